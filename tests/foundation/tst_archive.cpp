@@ -1,0 +1,318 @@
+#include "foundation/filesystemarchive.h"
+
+#include "scriptedanswerer.h"
+
+#include <QBuffer>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace Ovra;
+
+namespace {
+
+bool writeFile(const QString &name, const QByteArray &data)
+{
+    QDir().mkpath(QFileInfo(name).absolutePath());
+    QFile file(name);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
+}
+
+QByteArray readFile(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+// An archive that keeps its files in memory and can refuse writes, to see copyFile
+// cross between two different archives.
+class MemoryArchive : public Archive
+{
+public:
+    QMap<QString, QByteArray> files;
+    int freed = 0;
+    bool readOnly = false;
+
+    QString name() const override { return QStringLiteral("memory"); }
+    QString path() const override { return QStringLiteral("mem:"); }
+    QString absoluteFilePath(const QString &name) const override { return QFileInfo(name).path(); }
+    QString absoluteFileName(const QString &name) const override { return name; }
+    QStringList entries(const QString &, const QStringList &, QDir::Filters, QDir::SortFlags) const override
+    {
+        return files.keys();
+    }
+    QIODevice *openFile(const QString &name, QIODevice::OpenMode mode) override
+    {
+        if ((mode & QIODevice::WriteOnly) && readOnly)
+            return nullptr;
+        if (!(mode & QIODevice::WriteOnly) && !files.contains(name))
+            return nullptr;
+        auto *buffer = new QBuffer;
+        buffer->setObjectName(name);
+        if (!(mode & QIODevice::Truncate) && files.contains(name))
+            buffer->setData(files.value(name));
+        buffer->open(mode);
+        return buffer;
+    }
+    void closeFile(QIODevice *device) override
+    {
+        auto *buffer = static_cast<QBuffer *>(device);
+        if (buffer->openMode() & QIODevice::WriteOnly)
+            files.insert(buffer->objectName(), buffer->data());
+        delete buffer;
+    }
+    void discardFile(QIODevice *device) override { delete device; }
+    bool removeFile(const QString &name) override { return files.remove(name) > 0; }
+    bool renameFile(const QString &, const QString &) override { return false; }
+    void flush() override {}
+    bool isReadOnly() const override { return readOnly; }
+    bool isWritable(const QString &) const override { return !readOnly; }
+    bool fileExists(const QString &name) const override { return files.contains(name); }
+    bool directoryExists(const QString &) const override { return false; }
+
+protected:
+    void free() override { ++freed; }
+};
+
+} // namespace
+
+class ArchiveTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void referenceCounting();
+    void fileSystemSingletonSurvivesZero();
+    void fileSystemNames();
+    void entriesSkipLinksAndDots();
+    void openForWritingCreatesDirectories();
+    void openMissingForReadingCreatesNothing();
+    void newFileIsWrittenDirectly();
+    void isWritable();
+    void copyFile_data();
+    void copyFile();
+    void copyFileRefusesEqualNames();
+    void copyFileLargeAcrossBlocks();
+    void copyFileFailedOpenKeepsTarget();
+    void fixFileCase_data();
+    void fixFileCase();
+    void absolutePathToRelative_data();
+    void absolutePathToRelative();
+
+private:
+    QTemporaryDir m_dir;
+    QString m_root;
+};
+
+void ArchiveTest::init()
+{
+    QVERIFY(m_dir.isValid());
+    m_root = m_dir.path() + QLatin1Char('/') + QString::fromLatin1(QTest::currentTestFunction())
+             + QLatin1Char('/');
+    QDir(m_root).removeRecursively();
+    QVERIFY(QDir().mkpath(m_root));
+}
+
+void ArchiveTest::referenceCounting()
+{
+    MemoryArchive archive;
+    QCOMPARE(archive.refCount(), 1u);
+    archive.addRef();
+    archive.release();
+    QCOMPARE(archive.freed, 0);
+    MemoryArchive copy(archive); // copies the count as it stands
+    QCOMPARE(copy.refCount(), 1u);
+    archive.release();
+    QCOMPARE(archive.freed, 1);
+}
+
+void ArchiveTest::fileSystemSingletonSurvivesZero()
+{
+    FileSystemArchive &archive = FileSystemArchive::instance();
+    QCOMPARE(&FileSystemArchive::instance(), &archive);
+    const uint count = archive.refCount();
+    for (uint i = 0; i < count; ++i)
+        archive.release();
+    QCOMPARE(archive.refCount(), 0u);
+    // free() did nothing: the archive still works at a count of zero.
+    QVERIFY(writeFile(m_root + "a.txt", "abc"));
+    QVERIFY(FileSystemArchive::instance().fileExists(m_root + "a.txt"));
+    for (uint i = 0; i < count; ++i)
+        archive.addRef();
+}
+
+void ArchiveTest::fileSystemNames()
+{
+    FileSystemArchive &archive = FileSystemArchive::instance();
+    QVERIFY(archive.name().isEmpty());
+    QVERIFY(archive.path().isEmpty());
+    QVERIFY(!archive.isReadOnly());
+    // The directory of a name, and the full name: the crossed meanings callers rely on.
+    QCOMPARE(archive.absoluteFilePath(m_root + "sub/x.def"), m_root + "sub");
+    QCOMPARE(archive.absoluteFileName(m_root + "sub/../x.def"), m_root + "x.def");
+    QCOMPARE(archive.absoluteFilePath(QString()), QString());
+    QCOMPARE(archive.absoluteFileName(QString()), QString());
+    QVERIFY(archive.directoryExists(m_root));
+    QVERIFY(!archive.directoryExists(m_root + "none"));
+}
+
+void ArchiveTest::entriesSkipLinksAndDots()
+{
+    QVERIFY(writeFile(m_root + "b.txt", "b"));
+    QVERIFY(writeFile(m_root + "a.txt", "a"));
+    QVERIFY(QDir().mkpath(m_root + "dir"));
+    QVERIFY(QFile::link(m_root + "a.txt", m_root + "link.txt"));
+    FileSystemArchive &archive = FileSystemArchive::instance();
+    QCOMPARE(archive.entries(m_root, QDir::Files, QDir::Name), QStringList({"a.txt", "b.txt"}));
+    QCOMPARE(archive.entries(m_root, QDir::Dirs, QDir::Name), QStringList({"dir"}));
+    QCOMPARE(archive.entries(m_root, {QStringLiteral("b*")}, QDir::Files, QDir::Name),
+             QStringList({"b.txt"}));
+}
+
+void ArchiveTest::openForWritingCreatesDirectories()
+{
+    FileSystemArchive &archive = FileSystemArchive::instance();
+    const QString name = m_root + "x/y/z/new.def";
+    QIODevice *device = archive.openFile(name, QIODevice::WriteOnly);
+    QVERIFY(device);
+    device->write("hello");
+    archive.closeFile(device);
+    QCOMPARE(readFile(name), QByteArray("hello"));
+}
+
+void ArchiveTest::openMissingForReadingCreatesNothing()
+{
+    FileSystemArchive &archive = FileSystemArchive::instance();
+    QVERIFY(!archive.openFile(m_root + "missing/none.def", QIODevice::ReadOnly));
+    QVERIFY(!QFileInfo::exists(m_root + "missing"));
+}
+
+void ArchiveTest::newFileIsWrittenDirectly()
+{
+    // No temporary for a new name: the data lands under the target name while writing.
+    FileSystemArchive &archive = FileSystemArchive::instance();
+    const QString name = m_root + "direct.def";
+    QIODevice *device = archive.openFile(name, QIODevice::WriteOnly);
+    QVERIFY(device);
+    device->write("partial");
+    static_cast<QFile *>(device)->flush();
+    QCOMPARE(readFile(name), QByteArray("partial"));
+    QCOMPARE(QDir(m_root).entryList(QDir::Files), QStringList({"direct.def"}));
+    archive.closeFile(device);
+}
+
+void ArchiveTest::isWritable()
+{
+    FileSystemArchive &archive = FileSystemArchive::instance();
+    QVERIFY(archive.isWritable(m_root + "does-not-exist"));
+    QVERIFY(writeFile(m_root + "w.txt", "w"));
+    QVERIFY(archive.isWritable(m_root + "w.txt"));
+}
+
+void ArchiveTest::copyFile_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("small") << QByteArray("sprite bytes");
+    QTest::newRow("binary") << QByteArray("\x00\xFF\x10\r\n\x1A", 6);
+}
+
+void ArchiveTest::copyFile()
+{
+    QFETCH(QByteArray, content);
+    MemoryArchive memory;
+    memory.files.insert("in.bin", content);
+    FileSystemArchive &disk = FileSystemArchive::instance();
+    QVERIFY(Ovra::copyFile(memory, "in.bin", disk, m_root + "out/out.bin"));
+    QCOMPARE(readFile(m_root + "out/out.bin"), content);
+    QVERIFY(Ovra::copyFile(disk, m_root + "out/out.bin", memory, "back.bin"));
+    QCOMPARE(memory.files.value("back.bin"), content);
+}
+
+void ArchiveTest::copyFileRefusesEqualNames()
+{
+    MemoryArchive a, b;
+    a.files.insert("x", "data");
+    QVERIFY(!Ovra::copyFile(a, "x", b, "x"));
+    QVERIFY(!b.files.contains("x"));
+    QVERIFY(!Ovra::copyFile(a, "x", a, "x"));
+}
+
+void ArchiveTest::copyFileLargeAcrossBlocks()
+{
+    QByteArray content(0x20000 * 3 + 17, Qt::Uninitialized);
+    for (int i = 0; i < content.size(); ++i)
+        content[i] = char((i * 31) ^ (i >> 9));
+    QVERIFY(writeFile(m_root + "big.bin", content));
+    FileSystemArchive &disk = FileSystemArchive::instance();
+    QVERIFY(Ovra::copyFile(disk, m_root + "big.bin", disk, m_root + "big2.bin"));
+    QCOMPARE(readFile(m_root + "big2.bin"), content);
+}
+
+void ArchiveTest::copyFileFailedOpenKeepsTarget()
+{
+    FileSystemArchive &disk = FileSystemArchive::instance();
+    QVERIFY(writeFile(m_root + "target.bin", "precious"));
+    // A missing source must not replace the target with an empty file.
+    QVERIFY(!Ovra::copyFile(disk, m_root + "missing.bin", disk, m_root + "target.bin"));
+    QCOMPARE(readFile(m_root + "target.bin"), QByteArray("precious"));
+    QCOMPARE(QDir(m_root).entryList(QDir::Files), QStringList({"target.bin"}));
+    // Nor must a refused target lose the source.
+    MemoryArchive readOnly;
+    readOnly.readOnly = true;
+    QVERIFY(!Ovra::copyFile(disk, m_root + "target.bin", readOnly, "t"));
+    QCOMPARE(readFile(m_root + "target.bin"), QByteArray("precious"));
+}
+
+void ArchiveTest::fixFileCase_data()
+{
+    QTest::addColumn<QString>("relative");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("already right") << "dir/file.txt" << "dir/file.txt";
+    QTest::newRow("wrong case everywhere") << "DIR/File.TXT" << "dir/file.txt";
+    QTest::newRow("deep") << "Dir/SUB/Deep.Bin" << "dir/Sub/deep.bin";
+    QTest::newRow("missing directory kept, search goes on below") << "NoDir/File.TXT"
+                                                                    << "NoDir/File.TXT";
+    QTest::newRow("missing file kept") << "DIR/none.txt" << "dir/none.txt";
+    QTest::newRow("a directory is not taken for the file") << "DIR/SUB" << "dir/SUB";
+    QTest::newRow("top level") << "TOP.DEF" << "top.def";
+}
+
+void ArchiveTest::fixFileCase()
+{
+    QFETCH(QString, relative);
+    QFETCH(QString, expected);
+    QVERIFY(writeFile(m_root + "dir/file.txt", "f"));
+    QVERIFY(writeFile(m_root + "dir/Sub/deep.bin", "d"));
+    QVERIFY(writeFile(m_root + "top.def", "t"));
+    QCOMPARE(Ovra::fixFileCase(m_root, FileSystemArchive::instance(), relative),
+             QFileInfo(m_root + expected).absoluteFilePath());
+}
+
+void ArchiveTest::absolutePathToRelative_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("base");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("sibling") << "/a/b/c.txt" << "/a/d" << "../b/c.txt";
+    QTest::newRow("inside") << "/a/b/c.txt" << "/a/b" << "c.txt";
+    QTest::newRow("inside, base with slash") << "/a/b/c.txt" << "/a/b/" << "c.txt";
+    QTest::newRow("back slashes") << "\\a\\b\\c.txt" << "\\a\\d" << "../b/c.txt";
+    QTest::newRow("two levels up") << "/a/x.txt" << "/a/b/c" << "../../x.txt";
+    QTest::newRow("case-sensitive") << "/A/b/c.txt" << "/a/b" << "../../A/b/c.txt";
+    QTest::newRow("deeper") << "/r/s/t/u.def" << "/r" << "s/t/u.def";
+    // Without a common root the first character goes: long-standing behaviour.
+    QTest::newRow("no common root") << "c:/x/y.txt" << "d:/z" << "../../:/x/y.txt";
+    QTest::newRow("short path without common root") << "x" << "y" << "x";
+}
+
+void ArchiveTest::absolutePathToRelative()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, base);
+    QFETCH(QString, expected);
+    QCOMPARE(Ovra::absolutePathToRelative(path, base), expected);
+}
+
+QTEST_GUILESS_MAIN(ArchiveTest)
+#include "tst_archive.moc"
