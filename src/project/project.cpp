@@ -66,16 +66,17 @@ void Project::release()
         d->mainFile = nullptr;
         main->release();
     }
-    if (d->parent)
-        d->parent->removeProject(this);
-
+    // The files close while the parent still listens: leaving it may end it.
     const QList<ProjectFile *> files = d->filesWithIDs.keys();
     d->filesWithIDs.clear();
     d->filesByType.clear();
-    for (ProjectFile *file : files) {
+    for (ProjectFile *file : files)
         forgetFile(file);
+    if (d->parent)
+        d->parent->removeProject(this);
+    d->parent = nullptr;
+    for (ProjectFile *file : files)
         file->release();
-    }
     if (d->archive)
         d->archive->release();
     d->archive = nullptr;

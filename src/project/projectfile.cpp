@@ -188,15 +188,16 @@ QAbstractItemModel *ProjectFile::model()
 
 bool ProjectFile::fileExists() const
 {
-    return archive().fileExists(fileName());
+    return d->archive && d->archive->fileExists(fileName());
 }
 
 bool ProjectFile::isReadOnly() const
 {
     const QString name = fileName();
-    if (name.isEmpty())
+    // A file that was never loaded or saved has no place yet that could refuse it.
+    if (name.isEmpty() || !d->archive)
         return false;
-    return !archive().isWritable(name);
+    return !d->archive->isWritable(name);
 }
 
 } // namespace Ovra

@@ -1,0 +1,44 @@
+#include "ratioreporter.h"
+
+#include <cstdio>
+
+void RatioReporter::addRatio(std::string subject, std::string reference)
+{
+    m_ratios.emplace_back(std::move(subject), std::move(reference));
+}
+
+void RatioReporter::ReportRuns(const std::vector<Run> &runs)
+{
+    for (const Run &run : runs) {
+        if (run.error_occurred || run.iterations == 0)
+            continue;
+        // With repetitions the mean stands for the routine; single runs stand for themselves.
+        if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "mean")
+            continue;
+        m_times[run.run_name.function_name + run.run_name.args] = run.GetAdjustedRealTime();
+    }
+    ConsoleReporter::ReportRuns(runs);
+}
+
+void RatioReporter::Finalize()
+{
+    ConsoleReporter::Finalize();
+    for (const auto &[subject, reference] : m_ratios) {
+        const auto s = m_times.find(subject);
+        const auto r = m_times.find(reference);
+        if (s == m_times.end() || r == m_times.end() || s->second <= 0)
+            continue;
+        std::printf("ratio %s / %s: %.2fx\n", subject.c_str(), reference.c_str(),
+                    r->second / s->second);
+    }
+}
+
+int runWithRatios(int argc, char **argv, RatioReporter &reporter)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}

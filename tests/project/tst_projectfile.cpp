@@ -1,0 +1,290 @@
+#include "foundation/archive.h"
+#include "project/parentproject.h"
+#include "project/project.h"
+#include "project/projectfile.h"
+
+#include "testinterface.h"
+
+#include <QtTest>
+
+#include <memory>
+
+using namespace Ovra;
+
+namespace {
+
+// Only what a file asks of its archive: which names exist, which may be written,
+// and how many holders it has.
+class StubArchive : public Archive
+{
+public:
+    QStringList existing;
+    QStringList locked; // names that may not be written
+    int freed = 0;
+
+    QString name() const override { return QString(); }
+    QString path() const override { return QString(); }
+    QString absoluteFilePath(const QString &name) const override { return QFileInfo(name).path(); }
+    QString absoluteFileName(const QString &name) const override { return name; }
+    QStringList entries(const QString &, const QStringList &, QDir::Filters, QDir::SortFlags) const override { return {}; }
+    QIODevice *openFile(const QString &, QIODevice::OpenMode) override { return nullptr; }
+    void closeFile(QIODevice *) override {}
+    void discardFile(QIODevice *) override {}
+    bool removeFile(const QString &) override { return false; }
+    bool renameFile(const QString &, const QString &) override { return false; }
+    void flush() override {}
+    bool isReadOnly() const override { return false; }
+    bool isWritable(const QString &name) const override { return !locked.contains(name); }
+    bool fileExists(const QString &name) const override { return existing.contains(name); }
+    bool directoryExists(const QString &) const override { return false; }
+
+protected:
+    void free() override { ++freed; }
+};
+
+class PlainFile : public ProjectFile
+{
+public:
+    QString name;
+    int freed = 0;
+
+    QString fileName() const override { return name; }
+    bool isEmpty() const override { return true; }
+    QList<SearchResult> search(RegExp &, uint) override { return {}; }
+    void replace(QList<SearchResult> &, const QString &) override {}
+    Messages *fileMessages() const override { return nullptr; }
+    void free() override { ++freed; }
+};
+
+class CountingParent : public ParentProject
+{
+public:
+    using ParentProject::ParentProject;
+    int opened = 0;
+    int saved = 0;
+    void fileOpened(ProjectFile *) override { ++opened; }
+    void fileSaved(ProjectFile *) override { ++saved; }
+
+protected:
+    void allProjectsClosed() override {}
+};
+
+class EmptyProject : public Project
+{
+public:
+    using Project::Project;
+    void fileList(QList<PathEntry *> &) const override {}
+};
+
+// A file filed in a project whose parent counts the notifications. The file is
+// handed over with a reference of its own, so that closing the project leaves it.
+struct Filed
+{
+    StubArchive parentArchive;
+    CountingParent parent{QStringLiteral("/root/"), parentArchive};
+    PlainFile file;
+    Project *project = new EmptyProject(&parent, 0, nullptr, false);
+
+    Filed()
+    {
+        file.addRef();
+        project->addFile(&file, Project::Sprites);
+    }
+    ~Filed() { project->release(); }
+};
+
+} // namespace
+
+class ProjectFileTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void transfer_data();
+    void transfer();
+    void readOnlyAndExists_data();
+    void readOnlyAndExists();
+    void optionLayers_data();
+    void optionLayers();
+    void nullValueFallsThrough();
+    void setOptionRouting_data();
+    void setOptionRouting();
+};
+
+void ProjectFileTest::transfer_data()
+{
+    QTest::addColumn<bool>("save");
+    QTest::addColumn<uint>("flags");
+    QTest::addColumn<bool>("sameArchive");
+    QTest::addColumn<bool>("filed");
+    QTest::addColumn<bool>("rebinds");
+    QTest::addColumn<int>("opened");
+    QTest::addColumn<int>("saved");
+    const uint foreign = ProjectFile::Foreign;
+    QTest::newRow("load") << false << 0u << false << true << true << 1 << 0;
+    QTest::newRow("load, same archive") << false << 0u << true << true << false << 1 << 0;
+    // A backup is read without moving the file, yet the parent still hears of it.
+    QTest::newRow("load foreign") << false << foreign << false << true << false << 1 << 0;
+    QTest::newRow("load outside a project") << false << 0u << false << false << true << 0 << 0;
+    QTest::newRow("save elsewhere") << true << 0u << false << true << true << 0 << 1;
+    QTest::newRow("save in place") << true << 0u << true << true << false << 0 << 0;
+    QTest::newRow("save foreign") << true << foreign << false << true << false << 0 << 0;
+    QTest::newRow("save outside a project") << true << 0u << false << false << true << 0 << 0;
+}
+
+void ProjectFileTest::transfer()
+{
+    QFETCH(bool, save);
+    QFETCH(uint, flags);
+    QFETCH(bool, sameArchive);
+    QFETCH(bool, filed);
+    QFETCH(bool, rebinds);
+    QFETCH(int, opened);
+    QFETCH(int, saved);
+    StubArchive first, second; // outlive the files bound to them
+    Filed holder;
+    PlainFile loose;
+    ProjectFile &file = filed ? static_cast<ProjectFile &>(holder.file) : loose;
+    QVERIFY(!file.fromFile(first, QStringLiteral("a"), 0, nullptr));
+    holder.parent.opened = 0;
+
+    StubArchive &target = sameArchive ? first : second;
+    const QString name = QStringLiteral("b");
+    QVERIFY(!(save ? file.toFile(target, name, flags, nullptr) : file.fromFile(target, name, flags, nullptr)));
+    QCOMPARE(&file.archive(), rebinds ? &second : &first);
+    QCOMPARE(first.refCount(), rebinds ? 1u : 2u);
+    QCOMPARE(second.refCount(), rebinds ? 2u : 1u);
+    QCOMPARE(holder.parent.opened, opened);
+    QCOMPARE(holder.parent.saved, saved);
+}
+
+void ProjectFileTest::readOnlyAndExists_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("locked");
+    QTest::addColumn<bool>("exists");
+    QTest::addColumn<bool>("readOnly");
+    QTest::newRow("writable, present") << "chars/kfm.def" << false << true << false;
+    QTest::newRow("writable, missing") << "chars/kfm.def" << false << false << false;
+    QTest::newRow("locked") << "chars/kfm.def" << true << true << true;
+    // Without a name nothing can be locked, whatever the archive says.
+    QTest::newRow("no name") << QString() << true << false << false;
+}
+
+void ProjectFileTest::readOnlyAndExists()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, locked);
+    QFETCH(bool, exists);
+    QFETCH(bool, readOnly);
+    StubArchive archive;
+    PlainFile file;
+    file.name = name;
+    if (locked)
+        archive.locked << file.name;
+    if (exists)
+        archive.existing << file.name;
+    file.fromFile(archive, file.name, 0, nullptr);
+    QCOMPARE(file.isReadOnly(), readOnly);
+    QCOMPARE(file.fileExists(), exists);
+}
+
+void ProjectFileTest::optionLayers_data()
+{
+    QTest::addColumn<bool>("withHost");
+    QTest::addColumn<bool>("withProject");
+    QTest::addColumn<QVariant>("own");
+    QTest::addColumn<QVariant>("projectValue");
+    QTest::addColumn<QVariant>("hostValue");
+    QTest::addColumn<QVariant>("expected");
+    const QVariant no, a(1), b(2), c(3);
+    QTest::newRow("own value first") << true << true << a << b << c << a;
+    QTest::newRow("then the project") << true << true << no << b << c << b;
+    QTest::newRow("host through the project") << true << true << no << no << c << c;
+    QTest::newRow("host without project") << true << false << no << no << c << c;
+    QTest::newRow("own value, no host") << false << false << a << no << no << a;
+    QTest::newRow("project, no host") << false << true << no << b << no << b;
+    QTest::newRow("nothing anywhere") << true << true << no << no << no << no;
+    QTest::newRow("no project, no host") << false << false << no << no << no << no;
+    QTest::newRow("nothing, project without host") << false << true << no << no << no << no;
+}
+
+void ProjectFileTest::optionLayers()
+{
+    QFETCH(bool, withHost);
+    QFETCH(bool, withProject);
+    QFETCH(QVariant, own);
+    QFETCH(QVariant, projectValue);
+    QFETCH(QVariant, hostValue);
+    QFETCH(QVariant, expected);
+    const QString name = QStringLiteral("tabWidth");
+    std::unique_ptr<TestInterface> host(withHost ? new TestInterface : nullptr);
+    if (host && hostValue.isValid())
+        host->options.insert(name, hostValue);
+    Filed holder;
+    PlainFile loose;
+    ProjectFile &file = withProject ? static_cast<ProjectFile &>(holder.file) : loose;
+    holder.project->setOption(name, projectValue);
+    file.setOption(name, own, false, false);
+
+    QCOMPARE(file.option(name), expected);
+    QCOMPARE(file.option(name, QStringLiteral("fallback")),
+             expected.isValid() ? expected : QVariant(QStringLiteral("fallback")));
+    const QVariant projectExpected = projectValue.isValid() ? projectValue : host ? hostValue : QVariant();
+    QCOMPARE(holder.project->option(name), projectExpected);
+    QCOMPARE(holder.project->option(name, 7), projectExpected.isValid() ? projectExpected : QVariant(7));
+}
+
+void ProjectFileTest::nullValueFallsThrough()
+{
+    TestInterface host;
+    const QString name = QStringLiteral("wrap");
+    host.options.insert(name, QStringLiteral("host"));
+    Filed holder;
+    holder.project->setOption(name, QStringLiteral("project"));
+    holder.file.setOption(name, QStringLiteral("file"), false, false);
+    QCOMPARE(holder.file.option(name), QVariant(QStringLiteral("file")));
+
+    holder.file.setOption(name, QVariant(), false, false);
+    QCOMPARE(holder.file.option(name), QVariant(QStringLiteral("project")));
+    holder.project->setOption(name, QVariant());
+    QCOMPARE(holder.file.option(name), QVariant(QStringLiteral("host")));
+    QCOMPARE(host.options.value(name), QVariant(QStringLiteral("host"))); // not asked to go to the host
+    holder.project->setOption(name, QVariant(), true);
+    QVERIFY(!holder.file.option(name).isValid());
+}
+
+void ProjectFileTest::setOptionRouting_data()
+{
+    QTest::addColumn<bool>("withProject");
+    QTest::addColumn<bool>("toProject");
+    QTest::addColumn<bool>("toHost");
+    QTest::newRow("own store") << true << false << false;
+    QTest::newRow("to the project") << true << true << false;
+    QTest::newRow("to project and host") << true << true << true;
+    QTest::newRow("to the project, none there") << false << true << false;
+}
+
+void ProjectFileTest::setOptionRouting()
+{
+    QFETCH(bool, withProject);
+    QFETCH(bool, toProject);
+    QFETCH(bool, toHost);
+    TestInterface host;
+    const QString name = QStringLiteral("indent");
+    Filed holder;
+    PlainFile loose;
+    ProjectFile &file = withProject ? static_cast<ProjectFile &>(holder.file) : loose;
+    file.setOption(name, 4, toProject, toHost);
+
+    const bool forwarded = toProject && withProject;
+    QCOMPARE(file.option(name), QVariant(4));
+    QCOMPARE(holder.project->option(name), forwarded ? QVariant(4) : QVariant());
+    QCOMPARE(host.options.value(name), forwarded && toHost ? QVariant(4) : QVariant());
+    // Whatever went to the project was not kept by the file as well.
+    holder.project->setOption(name, QVariant(), true);
+    QCOMPARE(file.option(name), forwarded ? QVariant() : QVariant(4));
+}
+
+QTEST_GUILESS_MAIN(ProjectFileTest)
+#include "tst_projectfile.moc"
