@@ -65,28 +65,27 @@ uint SimpleMessages::count(Message::Type type) const
 {
     if (type == Message::All)
         return uint(m_messages.size());
-    return uint(type) < 3 ? m_counts[type] : 0;
+    return uint(type) < 3 ? uint(m_byType[type].size()) : 0;
 }
 
 Message SimpleMessages::at(uint index, Message::Type type) const
 {
     if (type == Message::All)
         return index < uint(m_messages.size()) ? *m_messages.at(int(index)) : Message();
-    for (const Message *message : m_messages) {
-        if (message->type == type && index-- == 0)
-            return *message;
-    }
-    return Message();
+    if (uint(type) >= 3 || index >= uint(m_byType[type].size()))
+        return Message();
+    return *m_byType[type].at(int(index));
 }
 
 void SimpleMessages::add(Message::Type type, const QString &text, uint line, uint column)
 {
     const int row = m_messages.size();
     beginInsertRows(QModelIndex(), row, row);
-    m_messages.append(new Message{type, line, column, text});
+    auto *message = new Message{type, line, column, text};
+    m_messages.append(message);
     endInsertRows();
     if (uint(type) < 3)
-        ++m_counts[type];
+        m_byType[type].append(message);
     if (m_changeDepth == 0)
         updateList();
 }
@@ -95,7 +94,8 @@ void SimpleMessages::clear()
 {
     if (m_messages.isEmpty())
         return;
-    m_counts[0] = m_counts[1] = m_counts[2] = 0;
+    for (auto &messages : m_byType)
+        messages.clear();
     beginRemoveRows(QModelIndex(), 0, m_messages.size() - 1);
     qDeleteAll(m_messages);
     m_messages.clear();

@@ -6,6 +6,7 @@
 #include <QAbstractTableModel>
 #include <QIcon>
 #include <QList>
+#include <QVector>
 #include <QString>
 
 namespace Ovra {
@@ -81,7 +82,9 @@ private:
 
     ProjectFile *const m_file;
     QList<Message *> m_messages;
-    uint m_counts[3] = {0, 0, 0};
+    // The messages of each type in list order: the counters, and O(1) look-ups by
+    // type for tables that walk thousands of rows.
+    QVector<const Message *> m_byType[3];
     uint m_changeDepth = 0;
 };
 
