@@ -1,8 +1,7 @@
 #include "foundation/filesystemarchive.h"
 
-#include "scriptedanswerer.h"
+#include "memoryarchive.h"
 
-#include <QBuffer>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -22,56 +21,6 @@ QByteArray readFile(const QString &name)
     QFile file(name);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
 }
-
-// An archive that keeps its files in memory and can refuse writes, to see copyFile
-// cross between two different archives.
-class MemoryArchive : public Archive
-{
-public:
-    QMap<QString, QByteArray> files;
-    int freed = 0;
-    bool readOnly = false;
-
-    QString name() const override { return QStringLiteral("memory"); }
-    QString path() const override { return QStringLiteral("mem:"); }
-    QString absoluteFilePath(const QString &name) const override { return QFileInfo(name).path(); }
-    QString absoluteFileName(const QString &name) const override { return name; }
-    QStringList entries(const QString &, const QStringList &, QDir::Filters, QDir::SortFlags) const override
-    {
-        return files.keys();
-    }
-    QIODevice *openFile(const QString &name, QIODevice::OpenMode mode) override
-    {
-        if ((mode & QIODevice::WriteOnly) && readOnly)
-            return nullptr;
-        if (!(mode & QIODevice::WriteOnly) && !files.contains(name))
-            return nullptr;
-        auto *buffer = new QBuffer;
-        buffer->setObjectName(name);
-        if (!(mode & QIODevice::Truncate) && files.contains(name))
-            buffer->setData(files.value(name));
-        buffer->open(mode);
-        return buffer;
-    }
-    void closeFile(QIODevice *device) override
-    {
-        auto *buffer = static_cast<QBuffer *>(device);
-        if (buffer->openMode() & QIODevice::WriteOnly)
-            files.insert(buffer->objectName(), buffer->data());
-        delete buffer;
-    }
-    void discardFile(QIODevice *device) override { delete device; }
-    bool removeFile(const QString &name) override { return files.remove(name) > 0; }
-    bool renameFile(const QString &, const QString &) override { return false; }
-    void flush() override {}
-    bool isReadOnly() const override { return readOnly; }
-    bool isWritable(const QString &) const override { return !readOnly; }
-    bool fileExists(const QString &name) const override { return files.contains(name); }
-    bool directoryExists(const QString &) const override { return false; }
-
-protected:
-    void free() override { ++freed; }
-};
 
 } // namespace
 
