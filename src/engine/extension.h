@@ -1,0 +1,54 @@
+#pragma once
+
+#include "foundation/global.h"
+
+#include <QIODevice>
+#include <QString>
+
+namespace Ovra {
+
+class Archive;
+
+// What a plug-in adds to the library: a format of one kind. The library finds
+// extensions through ExtensionManager::list() by kind and asks each for its format.
+class OVRA_EXPORT Extension
+{
+public:
+    enum Type {
+        Container = 0,         // opens container files (ZIP and the like)
+        ImageLoader = 1,
+        ImageSaver = 2,
+        PaletteLoader = 3,
+        PaletteSaver = 4,
+        SoundLoader = 5,
+        SoundSaver = 6,
+        Custom7 = 7,           // 7, 8 and 11 to 14 are the engines' own
+        Custom8 = 8,
+        AnimationExporter = 9,
+        AnimationImporter = 10,
+        Custom11 = 11,
+        Custom12 = 12,
+        Custom13 = 13,
+        Custom14 = 14,
+        SoundEffect = 15,
+        Named = 16,            // told apart by name() rather than format()
+        TypeCount = 17
+    };
+
+    virtual ~Extension() = default;
+    virtual Type type() const = 0;
+    // The format key it serves, in capitals ("ZIP", "PNG").
+    virtual const char *format() const = 0;
+    virtual const char *name() const = 0;
+};
+
+// Kind 0: container files that hold a project or a backup.
+class OVRA_EXPORT ArchiveExtension : public Extension
+{
+public:
+    Type type() const override { return Container; }
+    // The archive over `fileName`, or null; the caller releases it.
+    virtual Archive *open(const QString &fileName, QIODevice::OpenMode mode) = 0;
+};
+
+} // namespace Ovra
