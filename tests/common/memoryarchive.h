@@ -14,7 +14,9 @@ public:
     QMap<QString, QByteArray> files;
     int freed = 0;
     int flushes = 0;
+    int opened = 0;
     bool readOnly = false;
+    QStringList locked; // names that may not be written
 
     QString name() const override { return QStringLiteral("memory"); }
     QString path() const override { return QStringLiteral("mem:"); }
@@ -26,7 +28,8 @@ public:
     }
     QIODevice *openFile(const QString &name, QIODevice::OpenMode mode) override
     {
-        if ((mode & QIODevice::WriteOnly) && readOnly)
+        ++opened;
+        if ((mode & QIODevice::WriteOnly) && !isWritable(name))
             return nullptr;
         if (!(mode & QIODevice::WriteOnly) && !files.contains(name))
             return nullptr;
@@ -55,7 +58,7 @@ public:
     }
     void flush() override { ++flushes; }
     bool isReadOnly() const override { return readOnly; }
-    bool isWritable(const QString &) const override { return !readOnly; }
+    bool isWritable(const QString &name) const override { return !readOnly && !locked.contains(name); }
     bool fileExists(const QString &name) const override { return files.contains(name); }
     bool directoryExists(const QString &) const override { return false; }
 

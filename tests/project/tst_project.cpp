@@ -4,6 +4,8 @@
 #include "project/project.h"
 #include "project/projectfile.h"
 
+#include "projecttestsupport.h"
+
 #include <QBuffer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -29,133 +31,6 @@ bool writeFile(const QString &name, const QByteArray &data)
     QFile file(name);
     return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
 }
-
-// Files kept in memory; a read-only one refuses every write and counts attempts.
-class MemoryArchive : public Archive
-{
-public:
-    QMap<QString, QByteArray> files;
-    bool readOnly = false;
-    int opened = 0;
-    int freed = 0;
-
-    QString name() const override { return QString(); }
-    QString path() const override { return QString(); }
-    QString absoluteFilePath(const QString &name) const override { return QFileInfo(name).path(); }
-    QString absoluteFileName(const QString &name) const override { return name; }
-    QStringList entries(const QString &, const QStringList &, QDir::Filters, QDir::SortFlags) const override { return {}; }
-    QIODevice *openFile(const QString &name, QIODevice::OpenMode mode) override
-    {
-        ++opened;
-        const bool writing = mode & QIODevice::WriteOnly;
-        if ((writing && readOnly) || (!writing && !files.contains(name)))
-            return nullptr;
-        auto *buffer = new QBuffer;
-        buffer->setObjectName(name);
-        if (!writing)
-            buffer->setData(files.value(name));
-        buffer->open(mode);
-        return buffer;
-    }
-    void closeFile(QIODevice *device) override
-    {
-        auto *buffer = static_cast<QBuffer *>(device);
-        if (buffer->openMode() & QIODevice::WriteOnly)
-            files.insert(buffer->objectName(), buffer->data());
-        delete buffer;
-    }
-    void discardFile(QIODevice *device) override { delete device; }
-    bool removeFile(const QString &name) override { return files.remove(name) > 0; }
-    bool renameFile(const QString &, const QString &) override { return false; }
-    void flush() override {}
-    bool isReadOnly() const override { return readOnly; }
-    bool isWritable(const QString &) const override { return !readOnly; }
-    bool fileExists(const QString &name) const override { return files.contains(name); }
-    bool directoryExists(const QString &) const override { return false; }
-
-protected:
-    void free() override { ++freed; }
-};
-
-// A file that writes `content` when saved and records its loads and saves.
-class TestFile : public ProjectFile
-{
-public:
-    explicit TestFile(const QString &name = QString(), const QByteArray &content = QByteArray())
-        : name(name), content(content) {}
-
-    QString name;
-    QByteArray content;
-    bool modified = false;
-    bool empty = true;
-    bool saveable = true;
-    int loads = 0;
-    int freed = 0;
-    QStringList saves; // "name|flags"
-    std::unique_ptr<SimpleMessages> ownMessages;
-
-    QString fileName() const override { return name; }
-    bool isModified() const override { return modified; }
-    bool isEmpty() const override { return empty; }
-    bool canSave() const override { return saveable; }
-    bool toFile(Archive &archive, const QString &target, uint flags, JobStats *stats) override
-    {
-        saves << QStringLiteral("%1|%2").arg(target).arg(flags);
-        if (QIODevice *device = archive.openFile(target, QIODevice::WriteOnly)) {
-            device->write(content);
-            archive.closeFile(device);
-        }
-        return ProjectFile::toFile(archive, target, flags, stats);
-    }
-    bool fromFile(Archive &archive, const QString &source, uint flags, JobStats *stats) override
-    {
-        ++loads;
-        return ProjectFile::fromFile(archive, source, flags, stats);
-    }
-    QList<SearchResult> search(RegExp &, uint) override { return {}; }
-    void replace(QList<SearchResult> &, const QString &) override {}
-    Messages *fileMessages() const override { return ownMessages.get(); }
-    void free() override { ++freed; }
-};
-
-class TestProject : public Project
-{
-public:
-    using Project::Project;
-    QList<PathEntry> listed;
-    void fileList(QList<PathEntry *> &entries) const override
-    {
-        for (const PathEntry &entry : listed)
-            entries.append(new PathEntry(entry));
-    }
-};
-
-// allProjectsClosed is where a real parent ends itself, so anything reaching it
-// afterwards would reach freed memory: that is counted as a fault here.
-class RecordingParent : public ParentProject
-{
-public:
-    using ParentProject::ParentProject;
-    QList<ProjectFile *> added, opened, closed, saved;
-    int allClosed = 0;
-    int touchedAfterEnd = 0;
-
-    void fileAdded(ProjectFile *file) override { record(added, file); }
-    void fileOpened(ProjectFile *file) override { record(opened, file); }
-    void fileClosed(ProjectFile *file) override { record(closed, file); }
-    void fileSaved(ProjectFile *file) override { record(saved, file); }
-
-protected:
-    void allProjectsClosed() override { ++allClosed; }
-
-private:
-    void record(QList<ProjectFile *> &list, ProjectFile *file)
-    {
-        if (allClosed)
-            ++touchedAfterEnd;
-        list << file;
-    }
-};
 
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "project/project.h"
 #include "project/projectfile.h"
 
+#include "projecttestsupport.h"
 #include "testinterface.h"
 
 #include <QtTest>
@@ -13,77 +14,14 @@ using namespace Ovra;
 
 namespace {
 
-// Only what a file asks of its archive: which names exist, which may be written,
-// and how many holders it has.
-class StubArchive : public Archive
-{
-public:
-    QStringList existing;
-    QStringList locked; // names that may not be written
-    int freed = 0;
-
-    QString name() const override { return QString(); }
-    QString path() const override { return QString(); }
-    QString absoluteFilePath(const QString &name) const override { return QFileInfo(name).path(); }
-    QString absoluteFileName(const QString &name) const override { return name; }
-    QStringList entries(const QString &, const QStringList &, QDir::Filters, QDir::SortFlags) const override { return {}; }
-    QIODevice *openFile(const QString &, QIODevice::OpenMode) override { return nullptr; }
-    void closeFile(QIODevice *) override {}
-    void discardFile(QIODevice *) override {}
-    bool removeFile(const QString &) override { return false; }
-    bool renameFile(const QString &, const QString &) override { return false; }
-    void flush() override {}
-    bool isReadOnly() const override { return false; }
-    bool isWritable(const QString &name) const override { return !locked.contains(name); }
-    bool fileExists(const QString &name) const override { return existing.contains(name); }
-    bool directoryExists(const QString &) const override { return false; }
-
-protected:
-    void free() override { ++freed; }
-};
-
-class PlainFile : public ProjectFile
-{
-public:
-    QString name;
-    int freed = 0;
-
-    QString fileName() const override { return name; }
-    bool isEmpty() const override { return true; }
-    QList<SearchResult> search(RegExp &, uint) override { return {}; }
-    void replace(QList<SearchResult> &, const QString &) override {}
-    Messages *fileMessages() const override { return nullptr; }
-    void free() override { ++freed; }
-};
-
-class CountingParent : public ParentProject
-{
-public:
-    using ParentProject::ParentProject;
-    int opened = 0;
-    int saved = 0;
-    void fileOpened(ProjectFile *) override { ++opened; }
-    void fileSaved(ProjectFile *) override { ++saved; }
-
-protected:
-    void allProjectsClosed() override {}
-};
-
-class EmptyProject : public Project
-{
-public:
-    using Project::Project;
-    void fileList(QList<PathEntry *> &) const override {}
-};
-
 // A file filed in a project whose parent counts the notifications. The file is
 // handed over with a reference of its own, so that closing the project leaves it.
 struct Filed
 {
-    StubArchive parentArchive;
-    CountingParent parent{QStringLiteral("/root/"), parentArchive};
-    PlainFile file;
-    Project *project = new EmptyProject(&parent, 0, nullptr, false);
+    MemoryArchive parentArchive;
+    RecordingParent parent{QStringLiteral("/root/"), parentArchive};
+    TestFile file;
+    Project *project = new TestProject(&parent, 0, nullptr, false);
 
     Filed()
     {
@@ -141,21 +79,21 @@ void ProjectFileTest::transfer()
     QFETCH(bool, rebinds);
     QFETCH(int, opened);
     QFETCH(int, saved);
-    StubArchive first, second; // outlive the files bound to them
+    MemoryArchive first, second; // outlive the files bound to them
     Filed holder;
-    PlainFile loose;
+    TestFile loose;
     ProjectFile &file = filed ? static_cast<ProjectFile &>(holder.file) : loose;
     QVERIFY(!file.fromFile(first, QStringLiteral("a"), 0, nullptr));
-    holder.parent.opened = 0;
+    holder.parent.opened.clear();
 
-    StubArchive &target = sameArchive ? first : second;
+    MemoryArchive &target = sameArchive ? first : second;
     const QString name = QStringLiteral("b");
     QVERIFY(!(save ? file.toFile(target, name, flags, nullptr) : file.fromFile(target, name, flags, nullptr)));
     QCOMPARE(&file.archive(), rebinds ? &second : &first);
     QCOMPARE(first.refCount(), rebinds ? 1u : 2u);
     QCOMPARE(second.refCount(), rebinds ? 2u : 1u);
-    QCOMPARE(holder.parent.opened, opened);
-    QCOMPARE(holder.parent.saved, saved);
+    QCOMPARE(holder.parent.opened.size(), opened);
+    QCOMPARE(holder.parent.saved.size(), saved);
 }
 
 void ProjectFileTest::readOnlyAndExists_data()
@@ -177,13 +115,13 @@ void ProjectFileTest::readOnlyAndExists()
     QFETCH(bool, locked);
     QFETCH(bool, exists);
     QFETCH(bool, readOnly);
-    StubArchive archive;
-    PlainFile file;
+    MemoryArchive archive;
+    TestFile file;
     file.name = name;
     if (locked)
         archive.locked << file.name;
     if (exists)
-        archive.existing << file.name;
+        archive.files.insert(file.name, QByteArray());
     file.fromFile(archive, file.name, 0, nullptr);
     QCOMPARE(file.isReadOnly(), readOnly);
     QCOMPARE(file.fileExists(), exists);
@@ -222,7 +160,7 @@ void ProjectFileTest::optionLayers()
     if (host && hostValue.isValid())
         host->options.insert(name, hostValue);
     Filed holder;
-    PlainFile loose;
+    TestFile loose;
     ProjectFile &file = withProject ? static_cast<ProjectFile &>(holder.file) : loose;
     holder.project->setOption(name, projectValue);
     file.setOption(name, own, false, false);
@@ -273,7 +211,7 @@ void ProjectFileTest::setOptionRouting()
     TestInterface host;
     const QString name = QStringLiteral("indent");
     Filed holder;
-    PlainFile loose;
+    TestFile loose;
     ProjectFile &file = withProject ? static_cast<ProjectFile &>(holder.file) : loose;
     file.setOption(name, 4, toProject, toHost);
 
