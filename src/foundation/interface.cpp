@@ -36,11 +36,11 @@ QWidget *Interface::actionControl(const QString &name, QAction *action, QMenu *m
 {
     if (menu)
         menu->addAction(action);
-    ActionControlSpec spec;
-    spec.kind = ActionControlSpec::Kind;
-    spec.size = ActionControlSpec::Size;
-    spec.action = action;
-    return addControl(name, spec);
+    ActionControlSpec request;
+    request.kind = ActionControlSpec::Kind;
+    request.size = ActionControlSpec::Size;
+    request.action = action;
+    return addControl(name, request);
 }
 
 ItemsDialog *Interface::itemsDialog(QWidget *parent, const QString &name, const QString &title,

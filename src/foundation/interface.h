@@ -86,7 +86,7 @@ public:
     virtual QVariant option(const QString &name, const QVariant &defaultValue) = 0;
     virtual void setOption(const QString &name, const QVariant &value) = 0;
     virtual void setStatusText(int field, const QString &text) = 0;
-    virtual QWidget *addControl(const QString &name, const ControlSpec &spec) = 0;
+    virtual QWidget *addControl(const QString &name, const ControlSpec &request) = 0;
     virtual void registerControl(const QString &name, QObject *object) = 0;
     virtual QObject *control(const QString &name) = 0;
     virtual QWidget *actionControl(const QString &name, QAction *action, QMenu *menu);

@@ -67,12 +67,12 @@ void TestInterface::setStatusText(int field, const QString &text)
     statusTexts.insert(field, text);
 }
 
-QWidget *TestInterface::addControl(const QString &name, const Ovra::ControlSpec &spec)
+QWidget *TestInterface::addControl(const QString &name, const Ovra::ControlSpec &request)
 {
     QVariant payload;
-    if (spec.kind == Ovra::ActionControlSpec::Kind)
+    if (request.kind == Ovra::ActionControlSpec::Kind)
         payload = QVariant::fromValue(static_cast<QObject *>(
-            static_cast<const Ovra::ActionControlSpec &>(spec).action));
+            static_cast<const Ovra::ActionControlSpec &>(request).action));
     controlRequests.append({name, payload});
     return nullptr;
 }

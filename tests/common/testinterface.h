@@ -36,7 +36,7 @@ public:
     QVariant option(const QString &name, const QVariant &defaultValue) override;
     void setOption(const QString &name, const QVariant &value) override;
     void setStatusText(int field, const QString &text) override;
-    QWidget *addControl(const QString &name, const Ovra::ControlSpec &spec) override;
+    QWidget *addControl(const QString &name, const Ovra::ControlSpec &request) override;
     void registerControl(const QString &name, QObject *object) override;
     QObject *control(const QString &name) override;
     QMenu *menu(const QString &) override { return nullptr; }
