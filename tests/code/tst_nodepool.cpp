@@ -1,0 +1,104 @@
+#include "code/codeparser.h"
+#include "code/nodepool.h"
+
+#include <QtTest>
+
+using namespace Ovra;
+
+// The pool that keeps stale model indexes harmless, and the token formats every code
+// document paints with.
+class NodePoolTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void freedBlocksWaitForTheirSize();
+    void releasingTwiceHandsOutOnce();
+    void defaultFormats_data();
+    void defaultFormats();
+    void sharedFormatTable();
+};
+
+void NodePoolTest::freedBlocksWaitForTheirSize()
+{
+    const std::size_t before = NodePool::totalAllocated();
+    void *small = NodePool::allocate(40);
+    void *large = NodePool::allocate(96);
+    QVERIFY(NodePool::totalAllocated() > before + 40 + 96);
+    QVERIFY(!NodePool::isFree(small));
+    QVERIFY(reinterpret_cast<quintptr>(small) % alignof(std::max_align_t) == 0);
+
+    NodePool::recycle(small);
+    NodePool::recycle(large);
+    QVERIFY(NodePool::isFree(small));
+    const std::size_t total = NodePool::totalAllocated();
+    // A block of another size doesn't take a waiting one; one of the same size does,
+    // without new memory.
+    void *other = NodePool::allocate(64);
+    QVERIFY(other != small && other != large);
+    QCOMPARE(NodePool::allocate(96), large);
+    QCOMPARE(NodePool::allocate(40), small);
+    QVERIFY(!NodePool::isFree(small));
+    // Only the block of the new size took memory (with its header word).
+    QVERIFY(NodePool::totalAllocated() - total >= 64);
+    QVERIFY(NodePool::totalAllocated() - total < 64 + 2 * alignof(std::max_align_t));
+    for (void *block : {small, large, other})
+        NodePool::recycle(block);
+}
+
+void NodePoolTest::releasingTwiceHandsOutOnce()
+{
+    void *block = NodePool::allocate(200);
+    const std::size_t waiting = NodePool::freeCount();
+    NodePool::recycle(block);
+    NodePool::recycle(block);
+    QCOMPARE(NodePool::freeCount(), waiting + 1);
+    QCOMPARE(NodePool::allocate(200), block);
+    QVERIFY(NodePool::allocate(200) != block);
+    NodePool::recycle(nullptr); // nothing to do
+}
+
+void NodePoolTest::defaultFormats_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QColor>("foreground");
+    QTest::addColumn<bool>("italic");
+    QTest::addColumn<int>("weight");
+    QTest::newRow("0") << 0 << QColor(Qt::black) << true << 50;
+    QTest::newRow("comment") << 1 << QColor(Qt::gray) << true << 50;
+    QTest::newRow("2") << 2 << QColor(Qt::red) << false << 50;
+    QTest::newRow("4") << 4 << QColor(Qt::black) << false << 75;
+    QTest::newRow("6") << 6 << QColor(255, 128, 0) << false << 75;
+    QTest::newRow("9") << 9 << QColor(255, 0, 255) << false << 50;
+}
+
+void NodePoolTest::defaultFormats()
+{
+    QFETCH(int, type);
+    QFETCH(QColor, foreground);
+    QFETCH(bool, italic);
+    QFETCH(int, weight);
+    const QTextCharFormat format = CodeParserSyntax::defaultFormat(type);
+    QCOMPARE(format.foreground().color(), foreground);
+    QCOMPARE(format.fontItalic(), italic);
+    QCOMPARE(format.fontWeight(), weight);
+    QCOMPARE(format.fontFamily(), QStringLiteral("Courier"));
+    QCOMPARE(format.fontPointSize(), 10.0);
+    QVERIFY(format.fontFixedPitch());
+    QCOMPARE(format.fontStyleHint(), QFont::TypeWriter);
+}
+
+void NodePoolTest::sharedFormatTable()
+{
+    QCOMPARE(CodeParserSyntax::format(5), CodeParserSyntax::defaultFormat(5));
+    QTextCharFormat keyword;
+    keyword.setForeground(QColor(1, 2, 3));
+    CodeParserSyntax::setFormat(5, keyword);
+    QCOMPARE(CodeParserSyntax::format(5), keyword);
+    CodeParserSyntax::setFormat(10, keyword); // no such type: ignored
+    QCOMPARE(CodeParserSyntax::format(10), QTextCharFormat());
+    CodeParserSyntax::setFormat(5, CodeParserSyntax::defaultFormat(5));
+}
+
+QTEST_GUILESS_MAIN(NodePoolTest)
+#include "tst_nodepool.moc"
