@@ -1,0 +1,32 @@
+#pragma once
+
+#include "code/codenode.h"
+
+namespace Ovra {
+
+// A node that can have children. The base keeps none: it only sets or clears a
+// child's parent, and passes row announcements up to the root, which makes model
+// signals of them.
+class OVRA_EXPORT ParentCode : public CodeNode
+{
+public:
+    using CodeNode::CodeNode;
+
+    virtual uint childCount() const;
+    virtual int childIndex(const CodeNode *child) const;
+    virtual CodeNode *childAt(uint index) const;
+    // Takes the child from its old parent first.
+    virtual void insertChild(CodeNode *child, uint row);
+    virtual void removeChild(CodeNode *child);
+    virtual void childChanged(CodeNode *child);
+    virtual void beginInsert(const ParentCode *parent, int row);
+    virtual void endInsert();
+    virtual void beginRemove(const ParentCode *parent, int row);
+    virtual void endRemove();
+
+protected:
+    friend class CodeNode;
+    static void setParentOf(CodeNode *child, ParentCode *parent) { child->m_parent = parent; }
+};
+
+} // namespace Ovra
