@@ -60,4 +60,22 @@ void ParentCode::endRemove()
         up->endRemove();
 }
 
+void ParentCode::insertRootChild(CodeNode *node)
+{
+    CodeNode *first = node;
+    while (first->previous())
+        first = first->previous();
+    if (first->type() != Root)
+        return;
+    auto *root = static_cast<ParentCode *>(first);
+    uint row = root->childCount();
+    for (CodeNode *after = node->next(); after; after = after->next()) {
+        if (after->parent() == root) {
+            row = uint(root->childIndex(after));
+            break;
+        }
+    }
+    root->insertChild(node, row);
+}
+
 } // namespace Ovra

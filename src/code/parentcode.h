@@ -24,6 +24,10 @@ public:
     virtual void beginRemove(const ParentCode *parent, int row);
     virtual void endRemove();
 
+    // Files a new top-level node under the root, at the row that keeps the root's rows in
+    // document order: before the first following node that is a child of the root.
+    void insertRootChild(CodeNode *node);
+
 protected:
     friend class CodeNode;
     static void setParentOf(CodeNode *child, ParentCode *parent) { child->m_parent = parent; }
