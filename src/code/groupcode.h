@@ -1,0 +1,43 @@
+#pragma once
+
+#include "code/namedcode.h"
+#include "code/parentcode.h"
+
+#include <QList>
+
+namespace Ovra {
+
+class ValueCode;
+
+// A header line with the values below it. Kinds of group are told apart by subType,
+// whose meaning is the engine's.
+class OVRA_EXPORT GroupCode : public ParentCode, public NamedCode
+{
+public:
+    // Files itself under the root and adopts the values that follow, up to the next
+    // header: a header typed back after an edit takes its children back.
+    GroupCode(const QTextBlock &block, CodeNode *previous, uint subType);
+    // Hands the values to the group above, or leaves them without a parent.
+    ~GroupCode() override;
+
+    uint subType() const { return m_subType; }
+
+    int lastLine() const override;
+
+    uint childCount() const override;
+    int childIndex(const CodeNode *child) const override;
+    CodeNode *childAt(uint index) const override;
+    void insertChild(CodeNode *child, uint row) override;
+    void removeChild(CodeNode *child) override;
+
+    uint valueCount() const { return uint(m_values.size()); }
+    ValueCode *valueAt(uint index) const { return m_values.value(int(index)); }
+    const QList<ValueCode *> &values() const { return m_values; }
+    ValueCode *valueByName(const QString &name) const;
+
+private:
+    QList<ValueCode *> m_values;
+    uint m_subType;
+};
+
+} // namespace Ovra
