@@ -81,26 +81,30 @@ void CodeNode::remove(bool)
 {
 }
 
-CodeNode *CodeNode::next(Type type, int stopMask) const
+namespace {
+
+// The first node of `type` along `step`, or null where a node of `stopMask` comes first.
+CodeNode *walk(CodeNode *node, CodeNode *(CodeNode::*step)() const, CodeNode::Type type, int stopMask)
 {
-    for (CodeNode *node = m_next; node; node = node->m_next) {
-        if (node->m_type == type)
+    for (; node; node = (node->*step)()) {
+        if (node->type() == type)
             return node;
-        if (node->m_type & stopMask)
+        if (node->type() & stopMask)
             return nullptr;
     }
     return nullptr;
 }
 
+} // namespace
+
+CodeNode *CodeNode::next(Type type, int stopMask) const
+{
+    return walk(m_next, &CodeNode::next, type, stopMask);
+}
+
 CodeNode *CodeNode::previous(Type type, int stopMask) const
 {
-    for (CodeNode *node = m_previous; node; node = node->m_previous) {
-        if (node->m_type == type)
-            return node;
-        if (node->m_type & stopMask)
-            return nullptr;
-    }
-    return nullptr;
+    return walk(m_previous, &CodeNode::previous, type, stopMask);
 }
 
 ParentCode *CodeNode::parent(Type type, int stopMask) const
