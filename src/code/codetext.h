@@ -16,4 +16,10 @@ OVRA_EXPORT QString expandTabs(const QString &text);
 // stop stays a blank.
 OVRA_EXPORT QString fileText(const QString &text, bool spacesToTabs);
 
+// The new line of a node whose text changes from `oldLine` to `text`. A trailing
+// comment (from `commentMarker` on) always survives. With `preserveFormatting` the words
+// of `text` take the places of the old words, so the blanks between the columns stay.
+OVRA_EXPORT QString changedLine(const QString &oldLine, const QString &text,
+                                const QString &commentMarker, bool preserveFormatting);
+
 } // namespace Ovra

@@ -14,6 +14,8 @@ private slots:
     void fileText_data();
     void fileText();
     void foldUndoesExpansion();
+    void changedLine_data();
+    void changedLine();
 };
 
 void CodeTextTest::expandTabs_data()
@@ -66,6 +68,33 @@ void CodeTextTest::foldUndoesExpansion()
     QString loaded = Ovra::expandTabs(original);
     loaded.remove(QLatin1Char('\r'));
     QCOMPARE(Ovra::fileText(loaded, true), original);
+}
+
+void CodeTextTest::changedLine_data()
+{
+    QTest::addColumn<QString>("oldLine");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("preserve");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("columns kept") << "life  1000 ; strong" << "power 3000" << true << "power  3000 ; strong";
+    QTest::newRow("comment kept without the option") << "life  1000 ; strong" << "power 3000" << false
+                                                       << "power 3000 ; strong";
+    QTest::newRow("indent kept") << "    x = 1" << "y = 22" << true << "    y = 22";
+    QTest::newRow("new text before the comment") << "a ;note" << "b c" << true << "b c;note";
+    QTest::newRow("more new words than places") << "a  b" << "x y z w" << true << "x  y z w";
+    QTest::newRow("fewer new words") << "a  b  c" << "x" << true << "x    ";
+    QTest::newRow("no comment, option off") << "a b" << "c d" << false << "c d";
+    QTest::newRow("empty old line") << QString() << "v = 1" << true << "v = 1";
+    QTest::newRow("comment only") << "; all comment" << "x = 1" << true << "x = 1; all comment";
+}
+
+void CodeTextTest::changedLine()
+{
+    QFETCH(QString, oldLine);
+    QFETCH(QString, text);
+    QFETCH(bool, preserve);
+    QFETCH(QString, line);
+    QCOMPARE(Ovra::changedLine(oldLine, text, QStringLiteral(";"), preserve), line);
 }
 
 QTEST_GUILESS_MAIN(CodeTextTest)
