@@ -67,6 +67,7 @@ protected:
 
 private:
     friend class ParentCode;
+    friend class CodeDocumentPrivate;
     // Takes the node out of the document-order list; it keeps its own links, so that
     // linkBack() can put it where it was.
     void unlink();

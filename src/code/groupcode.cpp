@@ -23,7 +23,16 @@ GroupCode::GroupCode(const QTextBlock &block, CodeNode *previous, uint subType)
 
 GroupCode::~GroupCode()
 {
-    auto *heir = static_cast<GroupCode *>(previous(Group, 0));
+    // The parse pass takes a header out of the list before it ends it, so the way back
+    // to the header above starts at the first value, which is still in the list.
+    GroupCode *heir = nullptr;
+    const CodeNode *from = m_values.isEmpty() ? nullptr : m_values.first();
+    for (CodeNode *node = from ? from->previous() : nullptr; node; node = node->previous()) {
+        if (node->type() == Group && node != this) {
+            heir = static_cast<GroupCode *>(node);
+            break;
+        }
+    }
     while (!m_values.isEmpty()) {
         ValueCode *value = m_values.first();
         if (heir)

@@ -1,0 +1,124 @@
+#pragma once
+
+// Private to the code document: the document's messages and the callbacks of its
+// parser in one object, and the state of parsing and saving.
+
+#include "code/codeblockdata.h"
+#include "code/codedocument.h"
+#include "foundation/messages.h"
+
+#include <QFuture>
+#include <QMap>
+#include <QObjectUserData>
+#include <QTextCharFormat>
+#include <QVector>
+
+namespace Ovra {
+
+struct CodeBlockDataPrivate
+{
+    CodeBlockData *nextWithMessages = nullptr;
+    CodeDocumentPrivate *owner = nullptr;
+    CodeNode *node = nullptr;
+    bool folded = false;
+    bool parsed = false;
+    uint foldingIndent = 0;
+    QTextBlock block;
+    QList<CodeMark *> marks;
+    QList<CodeLink *> links;
+    QVector<CodeBlockData::SyntaxMessage> syntaxMessages;
+    QVector<CodeBlockData::Parenthesis> parenthesis;
+};
+
+// Stored on the document's QObject under UserDataId rather than in the private part, so
+// that a background save reads the codec without touching anything else.
+class CodeDocumentUserData : public QObjectUserData
+{
+public:
+    static constexpr uint UserDataId = 0xC0DE;
+    int codec = 0; // an index of TextCodecs
+};
+
+class CodeDocumentPrivate : public Messages, public CodeParserSyntax
+{
+    Q_OBJECT
+public:
+    explicit CodeDocumentPrivate(CodeDocument *document);
+    ~CodeDocumentPrivate() override;
+
+    // Messages: the messages of all lines, in document order.
+    ProjectFile *file() const override;
+    uint count(Message::Type type) const override;
+    Message at(uint index, Message::Type type) const override;
+
+    // CodeParserSyntax: what the parser reports of the line being parsed.
+    void token(TokenType type, int start, int end) override;
+    void error(TokenType type, const QString &text, int start, int end) override;
+    void deprecated(TokenType type, const QString &text, int start, int end) override;
+    void warning(TokenType type, const QString &text, int start, int end) override;
+    void parenthesis(bool opening, QChar character, int position) override;
+    void link(CodeLink *link) override;
+
+    void addMessage(TokenType type, int kind, const QString &text, int start, int end,
+                    const QColor &underline);
+
+    // The block's data, made on first need; testBlockData() only looks.
+    CodeBlockData *blockData(const QTextBlock &block);
+    static CodeBlockData *testBlockData(const QTextBlock &block);
+
+    void contentsChange(int position, int removed, int added);
+    // The pass over the lines an edit touched, and on while line states change.
+    void parsePass(int position, int removed, int added);
+    void wholeDocumentPass();
+    void notifyUpdate();
+    // The node the line's node must follow: that of the nearest line above with one,
+    // else the last implicit node behind the root.
+    CodeNode *previousNode(const QTextBlock &block) const;
+    static void unlinkNode(CodeNode *node);
+    static void relinkNode(CodeNode *node);
+    static void dropLinks(CodeNode *node);
+    void parseLine(const QTextBlock &block, bool highlight);
+    // Hands one line to the parser; with a null syntax only the tree follows.
+    void parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
+    int removeLineMessages(CodeBlockData *data);
+    void updateFoldingIndent(CodeBlockData *data);
+    void applyFormats(const QTextBlock &block);
+
+    void freezeModel();
+    void unfreezeModel();
+    void waitForSave();
+    void takeRevision();
+    void advanceRevision();
+
+    CodeDocument *document;
+    CodeParser *parser = nullptr;
+    CodeBlockData *currentData = nullptr;
+    QTextCursor cursor;
+    quint16 changeDepth = 0;
+    quint16 notifyLock = 0;
+    QMap<uint, CodeNodeFile *> nodeFiles;
+    QFuture<void> saveFuture;
+    bool saveInProgress = false;
+    uint errorCount = 0;
+    uint warningCount = 0;
+    uint otherCount = 0;
+    QVector<CodeBlockData::SyntaxMessage> pendingMessages;
+    CodeBlockData *firstMessageBlock = nullptr;
+    QVector<QTextCharFormat> lineFormats;
+    QTextBlock currentBlock;
+    bool ignoreContentsChange = false;
+    bool parsing = false;
+    bool reparsePending = false;
+    bool rehighlightPending = false;
+    bool modelEnabled = true;
+    int modelFreeze = 0;
+    int publishedRows = 0;
+    bool destroying = false;
+    int revision = 0;
+
+signals:
+    void saveFinished(Ovra::Archive *archive, QIODevice *device, const QString &name, uint flags,
+                      Ovra::JobStats *stats);
+};
+
+} // namespace Ovra

@@ -1,0 +1,254 @@
+#include "testengine.h"
+
+#include "foundation/filesystemarchive.h"
+#include "foundation/messages.h"
+#include "project/regexp.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace Ovra;
+
+namespace {
+
+const QString Text = QStringLiteral("[Data]\nlife = 1000\npower = 3000\n; comment\n[Size]\nxscale = 1\n");
+
+QStringList tree(CodeDocument &document)
+{
+    QStringList lines;
+    RootCode *root = document.root();
+    for (uint g = 0; g < root->childCount(); ++g) {
+        auto *group = static_cast<GroupCode *>(root->childAt(g));
+        lines << group->name() + QLatin1Char(':') + QString::number(group->lineNo());
+        for (ValueCode *value : group->values())
+            lines << QStringLiteral("  ") + value->name() + QLatin1Char(':') + QString::number(value->lineNo());
+    }
+    return lines;
+}
+
+void replaceLine(QTextDocument &document, int line, const QString &text)
+{
+    QTextCursor cursor(document.findBlockByNumber(line));
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    cursor.insertText(text);
+}
+
+QByteArray readFile(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+class Mark : public CodeMark
+{
+public:
+    int line = 0;
+    bool gone = false;
+    void setLine(int at, const QTextBlock &) override { line = at; }
+    void blockRemoved() override { gone = true; }
+};
+
+} // namespace
+
+class CodeDocumentTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void treeFollowsText();
+    void editingALineKeepsItsNode();
+    void brokenHeaderGivesValuesAwayUntilRetyped();
+    void bracketKeepsTreeCurrentAndUndoesAtOnce();
+    void savesWithCrLfAndTabs();
+    void foreignLoadAndBackgroundSave();
+    void savedRevisionOfBlocks();
+    void marks();
+    void searchAndReplace();
+};
+
+void CodeDocumentTest::treeFollowsText()
+{
+    TestDocument document;
+    QAbstractItemModelTester tester(document.model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    document.fromString(Text);
+    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "Size:4", "  xscale:5"}));
+    QCOMPARE(document.model()->rowCount(), 2);
+    QCOMPARE(document.messages()->count(Message::All), 0u);
+    QVERIFY(!document.isModified());
+    QCOMPARE(document.codecName(), QStringLiteral("UTF-8"));
+    // Comment and blank lines have no node; a header line's state is its group's kind.
+    QCOMPARE(document.nodeInBlock(document.findBlockByNumber(3)), nullptr);
+    QCOMPARE(document.findBlockByNumber(2).userState(), 1);
+}
+
+void CodeDocumentTest::editingALineKeepsItsNode()
+{
+    TestDocument document;
+    document.fromString(Text);
+    CodeNode *life = document.nodeInBlock(document.findBlockByNumber(1));
+    const int calls = document.parser.calls;
+    replaceLine(document, 1, QStringLiteral("life = 900"));
+    QCOMPARE(document.nodeInBlock(document.findBlockByNumber(1)), life);
+    QCOMPARE(static_cast<TestValue *>(life)->value, QStringLiteral("900"));
+    // The edit removed up to the end of its line, so the line after it is read as well;
+    // no state changed, so nothing further.
+    QCOMPARE(document.parser.calls - calls, 2);
+    QVERIFY(document.isModified());
+}
+
+void CodeDocumentTest::brokenHeaderGivesValuesAwayUntilRetyped()
+{
+    TestDocument document;
+    QAbstractItemModelTester tester(document.model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    document.fromString(Text);
+    MessageList list(nullptr);
+    list.registerMessages(document.messages());
+    replaceLine(document, 4, QStringLiteral("[Size"));
+    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "  xscale:5"}));
+    QCOMPARE(document.messages()->count(Message::Error), 1u);
+    const Message error = document.messages()->at(0, Message::Error);
+    QCOMPARE(error.text, QStringLiteral("Unknown line"));
+    QCOMPARE(error.line, 4u);
+    QCOMPARE(list.errorCount(), 1u);
+    replaceLine(document, 4, QStringLiteral("[Size]"));
+    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "Size:4", "  xscale:5"}));
+    QCOMPARE(document.messages()->count(Message::All), 0u);
+    QCOMPARE(list.errorCount(), 0u);
+    list.unregisterMessages(document.messages());
+}
+
+void CodeDocumentTest::bracketKeepsTreeCurrentAndUndoesAtOnce()
+{
+    TestDocument document;
+    document.fromString(Text);
+    GroupCode *data = static_cast<GroupCode *>(document.root()->childAt(0));
+    document.beginChange();
+    document.insertAfter(data->values().last(), QStringLiteral("attack = 5"), true);
+    // Inside the bracket the tree already knows the new line.
+    QCOMPARE(data->valueCount(), 3u);
+    document.insertBefore(data, QStringLiteral("[Header]"), true);
+    QCOMPARE(document.root()->childCount(), 3u);
+    document.endChange();
+    QCOMPARE(tree(document).first(), QStringLiteral("Header:0"));
+    QCOMPARE(document.toString(), QStringLiteral("[Header]\n[Data]\nlife = 1000\npower = 3000\nattack = 5\n; comment\n[Size]\nxscale = 1\n"));
+    document.undo();
+    QCOMPARE(document.toString(), Text);
+    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "Size:4", "  xscale:5"}));
+}
+
+void CodeDocumentTest::savesWithCrLfAndTabs()
+{
+    QTemporaryDir dir;
+    TestDocument document;
+    document.fromString(QStringLiteral("a   b\nabc d\n"));
+    const QString name = dir.filePath(QStringLiteral("plain.def"));
+    QVERIFY(document.toFile(FileSystemArchive::instance(), name, 0, nullptr));
+    QCOMPARE(readFile(name), QByteArray("a   b\r\nabc d\r\n"));
+    QCOMPARE(document.fileName(), name);
+    QCOMPARE(document.title(), QStringLiteral("plain.def"));
+    document.setOption(QStringLiteral("save_spaceToTab"), true, false, false);
+    QVERIFY(document.toFile(FileSystemArchive::instance(), name, 0, nullptr));
+    QCOMPARE(readFile(name), QByteArray("a\tb\r\nabc d\r\n"));
+
+    // Read back: the text decides the codec, and the file name and saved state come back.
+    TestDocument loaded;
+    QVERIFY(loaded.fromFile(FileSystemArchive::instance(), name, 0, nullptr));
+    QCOMPARE(loaded.toString(), QStringLiteral("a\tb\nabc d\n"));
+    QCOMPARE(loaded.fileName(), name);
+    QVERIFY(!loaded.isModified());
+    QVERIFY(!loaded.fromFile(FileSystemArchive::instance(), dir.filePath(QStringLiteral("none")), 0, nullptr));
+    QCOMPARE(loaded.toString(), QStringLiteral("a\tb\nabc d\n"));
+}
+
+void CodeDocumentTest::foreignLoadAndBackgroundSave()
+{
+    QTemporaryDir dir;
+    const QString source = dir.filePath(QStringLiteral("source.def"));
+    {
+        QFile file(source);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Data]\r\nx = 1\r\n");
+    }
+    TestDocument document;
+    QVERIFY(document.fromFile(FileSystemArchive::instance(), source, ProjectFile::Foreign, nullptr));
+    QVERIFY(document.fileName().isEmpty());
+    QVERIFY(document.isModified());
+
+    const QString target = dir.filePath(QStringLiteral("target.def"));
+    QVERIFY(document.toFile(FileSystemArchive::instance(), target, ProjectFile::Asynchronous, nullptr));
+    // The name comes back when the background save has finished.
+    QVERIFY(document.fileName().isEmpty());
+    QTRY_COMPARE(document.fileName(), target);
+    QVERIFY(!document.isModified());
+    QCOMPARE(readFile(target), QByteArray("[Data]\r\nx = 1\r\n"));
+}
+
+void CodeDocumentTest::savedRevisionOfBlocks()
+{
+    QTemporaryDir dir;
+    TestDocument document;
+    document.fromString(QStringLiteral("one\ntwo\nthree"));
+    const int loaded = document.findBlockByNumber(0).revision();
+    QCOMPARE(document.findBlockByNumber(2).revision(), loaded);
+    replaceLine(document, 1, QStringLiteral("TWO"));
+    QVERIFY(document.toFile(FileSystemArchive::instance(), dir.filePath(QStringLiteral("r.def")), 0, nullptr));
+    // Changed before the save: negative; untouched: the saved state.
+    QVERIFY(document.findBlockByNumber(1).revision() < 0);
+    const int saved = document.findBlockByNumber(0).revision();
+    QVERIFY(saved >= 0);
+    QCOMPARE(document.findBlockByNumber(2).revision(), saved);
+    replaceLine(document, 2, QStringLiteral("THREE"));
+    QVERIFY(document.findBlockByNumber(2).revision() > saved);
+}
+
+void CodeDocumentTest::marks()
+{
+    TestDocument document;
+    document.fromString(Text);
+    Mark mark, stray;
+    QVERIFY(!document.addMark(&mark, 0));
+    QVERIFY(!document.addMark(&mark, 100));
+    QVERIFY(document.addMark(&mark, 3));
+    QCOMPARE(mark.line, 3);
+    QCOMPARE(document.marksAt(3), QList<CodeMark *>({&mark}));
+    QVERIFY(document.hasMark(&mark));
+    QVERIFY(!document.hasMark(&stray));
+    document.removeMark(&stray); // on no line: nothing happens
+    // Deleting the line tells the mark its block is gone.
+    QTextCursor cursor(document.findBlockByNumber(1));
+    cursor.movePosition(QTextCursor::NextBlock, QTextCursor::KeepAnchor, 2);
+    cursor.removeSelectedText();
+    QVERIFY(mark.gone);
+}
+
+void CodeDocumentTest::searchAndReplace()
+{
+    TestDocument document;
+    document.fromString(Text);
+    RegExp numbers(QStringLiteral("(\\d)000"));
+    QList<ProjectFile::SearchResult> all = document.search(numbers, ProjectFile::All);
+    QCOMPARE(all.size(), 2);
+    QCOMPARE(all.at(1).item, 2u);
+    QCOMPARE(all.at(1).start, 8);
+    QCOMPARE(all.at(1).captures, QStringList({"3"}));
+    QTextCursor cursor(&document);
+    cursor.setPosition(document.findBlockByNumber(2).position());
+    document.setCursor(cursor);
+    QCOMPARE(document.search(numbers, 0).first().item, 2u);
+    QCOMPARE(document.search(numbers, ProjectFile::Backwards).first().item, 1u);
+    cursor.setPosition(document.findBlockByNumber(4).position());
+    document.setCursor(cursor);
+    QVERIFY(document.search(numbers, 0).isEmpty());
+    QCOMPARE(document.search(numbers, ProjectFile::Wrap).first().item, 1u);
+
+    document.replace(all, QStringLiteral("%1 500"));
+    QCOMPARE(document.findBlockByNumber(1).text(), QStringLiteral("life = 1 500"));
+    QCOMPARE(document.findBlockByNumber(2).text(), QStringLiteral("power = 3 500"));
+    document.undo(); // both replacements go at once
+    QCOMPARE(document.toString(), Text);
+}
+
+QTEST_MAIN(CodeDocumentTest)
+#include "tst_codedocument.moc"
