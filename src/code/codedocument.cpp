@@ -3,6 +3,9 @@
 #include "code/codedocument_p.h"
 #include "code/codetext.h"
 #include "code/groupcode.h"
+#include "engine/engine.h"
+#include "project/parentproject.h"
+#include "project/project.h"
 #include "project/regexp.h"
 #include "foundation/archive.h"
 #include "foundation/filesystemarchive.h"
@@ -632,6 +635,13 @@ void CodeDocument::setFileName(const QString &name)
 {
     setMetaInformation(DocumentTitle, name.isEmpty() ? QString() : name.split(QLatin1Char('/')).constLast());
     setMetaInformation(DocumentUrl, name);
+}
+
+QString CodeDocument::commentMarker() const
+{
+    const ParentProject *parent = project() ? project()->parentProject() : nullptr;
+    const Engine *engine = parent ? parent->engine() : nullptr;
+    return engine ? engine->queryString(Engine::CommentMarker, 0) : QString();
 }
 
 QString CodeDocument::title() const

@@ -115,6 +115,10 @@ public:
     void setCodec(const char *name);
     QString codecName() const;
 
+    // The language's comment marker, from the engine of the project's parent; empty
+    // when the document belongs to no engine.
+    QString commentMarker() const;
+
     QString title() const;
     void setTitle(const QString &title);
 

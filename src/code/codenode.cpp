@@ -1,5 +1,7 @@
 #include "code/codenode.h"
 
+#include "code/codedocument.h"
+#include "code/codetext.h"
 #include "code/nodepool.h"
 #include "code/parentcode.h"
 
@@ -74,11 +76,83 @@ int CodeNode::lastLine() const
 
 CodeDocument *CodeNode::document() const
 {
+    if (m_block.isValid())
+        return dynamic_cast<CodeDocument *>(const_cast<QTextDocument *>(m_block.document()));
     return m_parent ? m_parent->document() : nullptr;
 }
 
-void CodeNode::remove(bool)
+namespace {
+
+// Up to the end of `block` with its line end; the last line has none to take.
+void selectTo(QTextCursor &cursor, const QTextBlock &block)
 {
+    const int end = block.position() + block.length();
+    cursor.setPosition(qMin(end, block.document()->characterCount() - 1), QTextCursor::KeepAnchor);
+}
+
+} // namespace
+
+QTextCursor CodeNode::select() const
+{
+    if (!m_block.isValid())
+        return QTextCursor();
+    QTextCursor cursor(m_block);
+    selectTo(cursor, m_block);
+    return cursor;
+}
+
+QTextCursor CodeNode::selectAll() const
+{
+    const QTextDocument *text = m_block.isValid() ? m_block.document() : nullptr;
+    const CodeDocument *owner = document();
+    if (!text && owner)
+        text = owner;
+    if (!text)
+        return QTextCursor();
+    const QTextBlock first = text->findBlockByNumber(firstLine());
+    if (!first.isValid())
+        return QTextCursor();
+    QTextCursor cursor(first);
+    const QTextBlock last = text->findBlockByNumber(lastLine());
+    if (last.isValid())
+        selectTo(cursor, last);
+    else
+        cursor.setPosition(text->characterCount() - 1, QTextCursor::KeepAnchor);
+    return cursor;
+}
+
+QString CodeNode::code() const
+{
+    return selectAll().selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
+
+void CodeNode::change(const QString &text)
+{
+    CodeDocument *owner = document();
+    if (!owner || !m_block.isValid())
+        return;
+    QTextCursor cursor(m_block);
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    const bool preserve = owner->option(QStringLiteral("preserve_code_formatting"), false).toBool();
+    owner->insertOnCursor(changedLine(m_block.text(), text, owner->commentMarker(), preserve), cursor);
+}
+
+void CodeNode::remove(bool all)
+{
+    QTextCursor cursor = all ? selectAll() : select();
+    if (CodeDocument *owner = document(); owner && !cursor.isNull()) {
+        owner->insertOnCursor(QString(), cursor);
+        return;
+    }
+    // Without a document there is no text to edit: the node goes, with its children
+    // first if all of it should go.
+    if (all) {
+        if (auto *self = dynamic_cast<ParentCode *>(this)) {
+            while (CodeNode *child = self->childAt(0))
+                child->remove(true);
+        }
+    }
+    release();
 }
 
 namespace {

@@ -3,6 +3,7 @@
 #include "foundation/object.h"
 
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QVariant>
 
 namespace Ovra {
@@ -58,6 +59,15 @@ public:
 
     // False for null and for a node that has been released.
     static bool isValid(const CodeNode *node);
+
+    // The node's line with its line end, and everything from firstLine() to lastLine().
+    QTextCursor select() const;
+    QTextCursor selectAll() const;
+    // The text of selectAll().
+    QString code() const;
+    // Replaces the node's line; a trailing comment survives, and with the option
+    // "preserve_code_formatting" the columns of the old line too.
+    void change(const QString &text);
 
 protected:
     virtual void valueChanged(const QVariant &value);

@@ -1,5 +1,7 @@
 #include "code/parentcode.h"
 
+#include "code/codedocument.h"
+
 namespace Ovra {
 
 uint ParentCode::childCount() const
@@ -76,6 +78,15 @@ void ParentCode::insertRootChild(CodeNode *node)
         }
     }
     root->insertChild(node, row);
+}
+
+void ParentCode::appendValue(const QString &text)
+{
+    CodeDocument *owner = document();
+    if (!owner)
+        return;
+    const uint count = childCount();
+    owner->insertAfter(count ? childAt(count - 1) : this, text, true);
 }
 
 } // namespace Ovra

@@ -27,6 +27,8 @@ public:
     // Files a new top-level node under the root, at the row that keeps the root's rows in
     // document order: before the first following node that is a child of the root.
     void insertRootChild(CodeNode *node);
+    // A new line behind the last child, or behind this node without children.
+    void appendValue(const QString &text);
 
 protected:
     friend class CodeNode;

@@ -17,6 +17,7 @@ public:
     enum StringType {
         AnimationFilePattern = 1, // compared with the patterns of animation converters
         GameMarkFile = 2,         // a file whose presence makes a directory a game
+        CommentMarker = 3,        // what starts a comment in the engine's definition files
     };
 
     using EnginePrivate::EnginePrivate;

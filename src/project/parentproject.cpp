@@ -59,6 +59,11 @@ void ParentProject::removeProject(Project *project)
         allProjectsClosed();
 }
 
+Engine *ParentProject::engine() const
+{
+    return nullptr;
+}
+
 void ParentProject::fileAdded(ProjectFile *)
 {
 }

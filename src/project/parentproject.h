@@ -11,6 +11,7 @@
 namespace Ovra {
 
 class Archive;
+class Engine;
 class Project;
 class ProjectFile;
 struct ParentProjectPrivate;
@@ -34,6 +35,9 @@ public:
     void addRef(Project *project);
     // Forgets a closing project; the last one ends the parent through allProjectsClosed.
     void removeProject(Project *project);
+
+    // The engine the work belongs to; the engine's subclass tells.
+    virtual Engine *engine() const;
 
     virtual void fileAdded(ProjectFile *file);
     virtual void fileOpened(ProjectFile *file);

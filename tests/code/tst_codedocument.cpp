@@ -1,6 +1,11 @@
 #include "testengine.h"
 
+#include "memoryarchive.h"
+
+#include "engine/engine.h"
 #include "foundation/filesystemarchive.h"
+#include "project/parentproject.h"
+#include "project/project.h"
 #include "foundation/messages.h"
 #include "project/regexp.h"
 
@@ -50,6 +55,39 @@ public:
     void blockRemoved() override { gone = true; }
 };
 
+// An engine whose comments start with ";", and a project around a document of it.
+class SemicolonEngine : public Engine
+{
+public:
+    SemicolonEngine() : Engine(QStringLiteral("semicolon")) {}
+    QString queryString(StringType type, uint) const override
+    {
+        return type == CommentMarker ? QStringLiteral(";") : QString();
+    }
+    QString singleFileFilters(int) const override { return QString(); }
+    ProjectFile *createFile(int, Project *) override { return nullptr; }
+};
+
+class Work : public ParentProject
+{
+public:
+    Work(Archive &archive, Engine *engine) : ParentProject(QStringLiteral("/work/"), archive), m_engine(engine) {}
+    Engine *engine() const override { return m_engine; }
+
+protected:
+    void allProjectsClosed() override {}
+
+private:
+    Engine *m_engine;
+};
+
+class Character : public Project
+{
+public:
+    using Project::Project;
+    void fileList(QList<PathEntry *> &) const override {}
+};
+
 } // namespace
 
 class CodeDocumentTest : public QObject
@@ -66,6 +104,9 @@ private slots:
     void savedRevisionOfBlocks();
     void marks();
     void searchAndReplace();
+    void nodesEditTheirText();
+    void changeKeepsCommentAndColumns_data();
+    void changeKeepsCommentAndColumns();
 };
 
 void CodeDocumentTest::treeFollowsText()
@@ -248,6 +289,58 @@ void CodeDocumentTest::searchAndReplace()
     QCOMPARE(document.findBlockByNumber(2).text(), QStringLiteral("power = 3 500"));
     document.undo(); // both replacements go at once
     QCOMPARE(document.toString(), Text);
+}
+
+void CodeDocumentTest::nodesEditTheirText()
+{
+    TestDocument document;
+    document.fromString(Text);
+    auto *data = static_cast<GroupCode *>(document.root()->childAt(0));
+    QCOMPARE(data->code(), QStringLiteral("[Data]\nlife = 1000\npower = 3000\n; comment\n"));
+    QCOMPARE(data->values().first()->select().selectedText(), QStringLiteral("life = 1000") + QChar::ParagraphSeparator);
+
+    data->appendValue(QStringLiteral("guard = 2"));
+    QCOMPARE(document.findBlockByNumber(3).text(), QStringLiteral("guard = 2"));
+    QCOMPARE(data->valueCount(), 3u);
+
+    // The header line alone goes; its values fall to the header above (none here).
+    auto *size = static_cast<GroupCode *>(document.root()->childAt(1));
+    CodeNode *xscale = size->values().first();
+    size->remove(false);
+    QCOMPARE(document.root()->childCount(), 1u);
+    QCOMPARE(xscale->parent(), data);
+    // The whole group, values and all.
+    data->remove(true);
+    QCOMPARE(document.root()->childCount(), 0u);
+    QVERIFY(!document.toString().contains(QStringLiteral("life")));
+}
+
+void CodeDocumentTest::changeKeepsCommentAndColumns_data()
+{
+    QTest::addColumn<bool>("preserve");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("with the option") << true << "power  =  3000 ; strong";
+    QTest::newRow("without") << false << "power = 3000 ; strong";
+}
+
+void CodeDocumentTest::changeKeepsCommentAndColumns()
+{
+    QFETCH(bool, preserve);
+    QFETCH(QString, line);
+    // The comment marker comes from the engine of the project's parent.
+    SemicolonEngine engine;
+    MemoryArchive archive;
+    Work work(archive, &engine);
+    auto *document = new TestDocument;
+    document->fromString(QStringLiteral("[Data]\nlife  =  1000 ; strong\n"));
+    auto *character = new Character(&work, 0, document, true);
+    document->setOption(QStringLiteral("preserve_code_formatting"), preserve, false, false);
+    QCOMPARE(document->commentMarker(), QStringLiteral(";"));
+    document->nodeInBlock(document->findBlockByNumber(1))->change(QStringLiteral("power = 3000"));
+    QCOMPARE(document->findBlockByNumber(1).text(), line);
+    QCOMPARE(static_cast<TestValue *>(document->nodeInBlock(document->findBlockByNumber(1)))->value,
+             QStringLiteral("3000"));
+    character->release();
 }
 
 QTEST_MAIN(CodeDocumentTest)
