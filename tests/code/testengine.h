@@ -41,9 +41,15 @@ public:
     int calls = 0;
 
     Ovra::CodeNode *parse(const QString &line, const QTextBlock &block, Ovra::CodeNode *oldNode,
-                          Ovra::CodeNode *previous, Ovra::RootCode *, Ovra::CodeParserSyntax *syntax) override
+                          Ovra::CodeNode *previous, Ovra::RootCode *root, Ovra::CodeParserSyntax *syntax) override
     {
         ++calls;
+        if (syntax) {
+            for (int i = 0; i < line.size(); ++i) {
+                if (line.at(i) == QLatin1Char('(') || line.at(i) == QLatin1Char(')'))
+                    syntax->parenthesis(line.at(i) == QLatin1Char('('), line.at(i), i);
+            }
+        }
         const int comment = line.indexOf(QLatin1Char(';'));
         const QString code = (comment < 0 ? line : line.left(comment)).trimmed();
         if (syntax && comment >= 0)
@@ -64,6 +70,9 @@ public:
         if (equals > 0) {
             const QString key = code.left(equals).trimmed();
             const QString value = code.mid(equals + 1).trimmed();
+            // A version line concerns the whole file.
+            if (key == QLatin1String("version"))
+                root->setVersion(value.toUShort(), true);
             if (syntax)
                 syntax->token(Ovra::CodeParserSyntax::TokenType(3), 0, line.indexOf(QLatin1Char('=')));
             if (value.isEmpty() && syntax)

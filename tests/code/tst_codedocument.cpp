@@ -12,6 +12,7 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTextLayout>
 #include <QtTest>
 
 using namespace Ovra;
@@ -105,6 +106,8 @@ private slots:
     void marks();
     void searchAndReplace();
     void nodesEditTheirText();
+    void linesKnowTheirFormatsParenthesesAndLevels();
+    void versionChangeRehighlightsOnce();
     void changeKeepsCommentAndColumns_data();
     void changeKeepsCommentAndColumns();
 };
@@ -313,6 +316,55 @@ void CodeDocumentTest::nodesEditTheirText()
     data->remove(true);
     QCOMPARE(document.root()->childCount(), 0u);
     QVERIFY(!document.toString().contains(QStringLiteral("life")));
+}
+
+void CodeDocumentTest::linesKnowTheirFormatsParenthesesAndLevels()
+{
+    TestDocument document;
+    document.fromString(Text + QStringLiteral("pair = (1, 2) ; note\n"));
+    QList<uint> levels;
+    for (int line = 0; line < 6; ++line)
+        levels << static_cast<CodeBlockData *>(document.findBlockByNumber(line).userData())->foldingIndent();
+    // The comment in front of [Size] folds with what stands above it.
+    QCOMPARE(levels, QList<uint>({0, 1, 1, 0, 0, 1}));
+
+    const QTextBlock pair = document.findBlockByNumber(6);
+    const auto *data = static_cast<CodeBlockData *>(pair.userData());
+    QCOMPARE(data->parenthesis().size(), 2);
+    QCOMPARE(data->parenthesis().at(1).type, int(CodeBlockData::Parenthesis::Closing));
+    QCOMPARE(data->parenthesis().at(1).position, 12);
+    QVERIFY(data->isParsed());
+    // Key in type 3, comment in type 1, and the rest in no format at all.
+    const QVector<QTextLayout::FormatRange> ranges = pair.layout()->formats();
+    QCOMPARE(ranges.size(), 2);
+    QCOMPARE(ranges.at(0).start, 0);
+    QCOMPARE(ranges.at(0).format.foreground().color(), QColor(Qt::blue));
+    QCOMPARE(ranges.at(1).start, 14);
+    QCOMPARE(ranges.at(1).format.foreground().color(), QColor(Qt::gray));
+    // A comment line is no content.
+    QVERIFY(!static_cast<CodeBlockData *>(document.findBlockByNumber(3).userData())->isParsed());
+
+    // An empty value is a warning, underlined in yellow.
+    replaceLine(document, 1, QStringLiteral("life ="));
+    QCOMPARE(document.messages()->count(Message::Warning), 1u);
+    const QTextLayout::FormatRange warned = document.findBlockByNumber(1).layout()->formats().first();
+    QCOMPARE(warned.format.underlineStyle(), QTextCharFormat::SpellCheckUnderline);
+    QCOMPARE(warned.format.underlineColor(), QColor(255, 255, 0));
+}
+
+void CodeDocumentTest::versionChangeRehighlightsOnce()
+{
+    TestDocument document;
+    document.fromString(Text);
+    const int calls = document.parser.calls;
+    replaceLine(document, 2, QStringLiteral("version = 2"));
+    // The pass stops at the line that changed the version, and the whole document is
+    // read once after it.
+    QCOMPARE(document.version(), ushort(2));
+    QCOMPARE(document.parser.calls - calls, 1 + document.blockCount());
+    // The same version again is no change: the edited line and the one after it.
+    replaceLine(document, 2, QStringLiteral("version = 2"));
+    QCOMPARE(document.parser.calls - calls, 1 + document.blockCount() + 2);
 }
 
 void CodeDocumentTest::changeKeepsCommentAndColumns_data()
