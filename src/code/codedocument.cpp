@@ -1,6 +1,7 @@
 #include "code/codedocument.h"
 
 #include "code/codedocument_p.h"
+#include "code/codenodefile.h"
 #include "code/codetext.h"
 #include "code/groupcode.h"
 #include "engine/engine.h"
@@ -589,6 +590,7 @@ QT_WARNING_POP
 CodeDocument::~CodeDocument()
 {
     d->waitForSave();
+    const QList<CodeNodeFile *> files = d->distinctNodeFiles();
     m_root.destroy();
     d->parser = nullptr;
     d->freezeModel();
@@ -597,8 +599,12 @@ CodeDocument::~CodeDocument()
     QTextDocument::clear();
     d->destroying = false;
     d->unfreezeModel();
+    // The files no longer see a document: they must not give a reference back to it.
+    d->nodeFiles.clear();
     delete d;
     d = nullptr;
+    for (CodeNodeFile *file : files)
+        file->release();
 }
 
 QAbstractItemModel *CodeDocument::model()
@@ -881,7 +887,72 @@ Messages *CodeDocument::fileMessages() const
 
 void CodeDocument::release()
 {
+    // The last holder besides the node files lets go: each node file gets a reference
+    // to give back when it goes, and goes.
+    if (refCount() == 1) {
+        const QList<CodeNodeFile *> files = d->distinctNodeFiles();
+        for (CodeNodeFile *file : files) {
+            addRef();
+            file->release();
+        }
+    }
     ProjectFile::release();
+}
+
+namespace {
+
+uint nodeFileKey(int type, uint subType)
+{
+    return subType << 12 | uint(type);
+}
+
+uint nodeFileKey(const CodeNode *node)
+{
+    const uint subType = node->type() == CodeNode::Group ? static_cast<const GroupCode *>(node)->subType() : 0;
+    return nodeFileKey(node->type(), subType);
+}
+
+} // namespace
+
+QList<CodeNodeFile *> CodeDocumentPrivate::distinctNodeFiles() const
+{
+    QList<CodeNodeFile *> files;
+    for (CodeNodeFile *file : nodeFiles) {
+        if (!files.contains(file))
+            files.append(file);
+    }
+    return files;
+}
+
+void CodeDocument::registerNodeFile(CodeNodeFile *file, int type, uint subType)
+{
+    const uint key = nodeFileKey(type, subType);
+    d->nodeFiles.insert(key, file);
+    addRef();
+    uint index = 0;
+    for (CodeNode *node = m_root.next(); node; node = node->next()) {
+        if (nodeFileKey(node) == key)
+            file->insertChild(node, index++);
+    }
+}
+
+CodeNodeFile *CodeDocument::nodeFile(int type, uint subType) const
+{
+    return d->nodeFiles.value(nodeFileKey(type, subType));
+}
+
+bool CodeDocument::unregisterNodeFile(CodeNodeFile *file)
+{
+    bool had = false;
+    for (auto it = d->nodeFiles.begin(); it != d->nodeFiles.end();) {
+        if (it.value() == file) {
+            it = d->nodeFiles.erase(it);
+            had = true;
+        } else {
+            ++it;
+        }
+    }
+    return had;
 }
 
 void CodeDocument::free()
@@ -898,16 +969,40 @@ void CodeDocument::codeUpdated()
 {
 }
 
-void CodeDocument::insertChild(CodeNode *, uint)
+void CodeDocument::insertChild(CodeNode *node, uint row)
 {
+    const uint key = nodeFileKey(node);
+    CodeNodeFile *file = d->nodeFiles.value(key);
+    if (!file)
+        return;
+    // Its place in the file: the root rows before it that hold nodes of its kind.
+    uint index = 0;
+    for (uint i = 0; i < row && i < m_root.childCount(); ++i) {
+        const CodeNode *before = m_root.childAt(i);
+        if (before != node && nodeFileKey(before) == key)
+            ++index;
+    }
+    file->insertChild(node, index);
 }
 
-void CodeDocument::removeChild(CodeNode *)
+void CodeDocument::removeChild(CodeNode *node)
 {
+    // A node leaves the root while it ends, when only its type can still be read: every
+    // file of its type hears of it, and only the one that holds it acts.
+    for (auto it = d->nodeFiles.cbegin(); it != d->nodeFiles.cend(); ++it) {
+        if ((it.key() & 0xFFF) == uint(node->type()))
+            it.value()->removeChild(node);
+    }
 }
 
-void CodeDocument::childChanged(CodeNode *)
+void CodeDocument::childChanged(CodeNode *node)
 {
+    // A change deep in the tree belongs to the file of its top-level node.
+    const CodeNode *top = node;
+    while (top->parent() && top->parent() != &m_root)
+        top = top->parent();
+    if (CodeNodeFile *file = d->nodeFiles.value(nodeFileKey(top)))
+        file->childChanged(node);
 }
 
 QString CodeDocument::toString() const

@@ -115,6 +115,13 @@ public:
     void setCodec(const char *name);
     QString codecName() const;
 
+    // Lets a node file hear of the nodes of one type (and, for groups, one subtype); it
+    // gets every such node at once, and holds a reference on the document.
+    void registerNodeFile(CodeNodeFile *file, int type, uint subType);
+    CodeNodeFile *nodeFile(int type, uint subType) const;
+    // Drops every registration of the file; false if it had none.
+    bool unregisterNodeFile(CodeNodeFile *file);
+
     // The language's comment marker, from the engine of the project's parent; empty
     // when the document belongs to no engine.
     QString commentMarker() const;

@@ -84,6 +84,8 @@ public:
     void updateFoldingIndent(CodeBlockData *data);
     void applyFormats(const QTextBlock &block);
 
+    QList<CodeNodeFile *> distinctNodeFiles() const;
+
     void freezeModel();
     void unfreezeModel();
     void waitForSave();

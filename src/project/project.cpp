@@ -1,5 +1,7 @@
 #include "project/project.h"
 
+#include "code/codedocument.h"
+#include "code/codenodefile.h"
 #include "foundation/archive.h"
 #include "foundation/interface.h"
 #include "foundation/messages.h"
@@ -217,6 +219,9 @@ bool Project::addFile(ProjectFile *file, int type)
         return false;
     types |= bit;
 
+    // A view of nodes makes the project the owner of the document behind it.
+    if (auto *nodeFile = dynamic_cast<CodeNodeFile *>(file))
+        nodeFile->document()->setProject(this);
     if (Messages *messages = file->fileMessages()) {
         if (messages->messageList() != &d->messages)
             d->messages.registerMessages(messages);

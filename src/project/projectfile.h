@@ -28,6 +28,7 @@ class OVRA_EXPORT ProjectFile : public Object
 {
 public:
     enum Capability {
+        SharedDocument = 1, // a view of a document that others hold too
         AsynchronousSave = 4,
         CodeDocumentFile = 8,
     };
