@@ -4,6 +4,7 @@
 #include "code/codenodefile.h"
 #include "code/codetext.h"
 #include "code/groupcode.h"
+#include "code/valuecode.h"
 #include "engine/engine.h"
 #include "project/parentproject.h"
 #include "project/project.h"
@@ -960,9 +961,30 @@ void CodeDocument::free()
     delete this;
 }
 
-QIcon CodeDocument::nodeIcon(const CodeNode *) const
+QIcon CodeDocument::nodeIcon(const CodeNode *node) const
 {
-    return QIcon();
+    Interface *host = Interface::instance();
+    const auto *value = node && node->type() == CodeNode::Value ? dynamic_cast<const ValueCode *>(node) : nullptr;
+    if (!host || !value)
+        return QIcon();
+    switch (value->valueType()) {
+    case ValueCode::String: return host->icon(QStringLiteral("code_string"));
+    case ValueCode::Bool: return host->icon(QStringLiteral("code_bool"));
+    case ValueCode::File: return host->icon(QStringLiteral("code_file"));
+    case ValueCode::Date: return host->icon(QStringLiteral("code_date"));
+    case ValueCode::Keyword:
+    case ValueCode::KeywordVector: return host->icon(QStringLiteral("code_keyword"));
+    case ValueCode::Float:
+    case ValueCode::FloatVec2:
+    case ValueCode::FloatVec3:
+    case ValueCode::FloatVec4:
+    case ValueCode::FloatVector: return host->icon(QStringLiteral("code_float"));
+    case ValueCode::Int:
+    case ValueCode::IntVec2:
+    case ValueCode::IntVec3:
+    case ValueCode::IntVec4: return host->icon(QStringLiteral("code_int"));
+    default: return QIcon();
+    }
 }
 
 void CodeDocument::codeUpdated()

@@ -4,8 +4,10 @@
 
 namespace Ovra {
 
-ValueCode::ValueCode(const QTextBlock &block, CodeNode *previous)
+ValueCode::ValueCode(Type type, const QTextBlock &block, CodeNode *previous, const QVariant &value)
     : CodeNode(Value, block, previous)
+    , m_type(type)
+    , m_raw(value)
 {
     for (CodeNode *node = previous; node; node = node->previous()) {
         if (node->type() == Value) {

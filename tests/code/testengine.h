@@ -28,7 +28,13 @@ class TestValue : public Ovra::ValueCode
 {
 public:
     TestValue(const QTextBlock &block, Ovra::CodeNode *previous, const QString &key, const QString &value)
-        : ValueCode(block, previous), key(key), value(value) {}
+        : ValueCode(typeOf(value), block, previous, value), key(key), value(value) {}
+    static Type typeOf(const QString &value)
+    {
+        bool number = false;
+        value.toInt(&number);
+        return number ? Int : String;
+    }
     QString name() const override { return key; }
     void setName(const QString &name) override { key = name; }
     QString key;
@@ -39,11 +45,13 @@ class TestParser : public Ovra::CodeParser
 {
 public:
     int calls = 0;
+    QString lastLine;
 
     Ovra::CodeNode *parse(const QString &line, const QTextBlock &block, Ovra::CodeNode *oldNode,
                           Ovra::CodeNode *previous, Ovra::RootCode *root, Ovra::CodeParserSyntax *syntax) override
     {
         ++calls;
+        lastLine = line;
         if (syntax) {
             for (int i = 0; i < line.size(); ++i) {
                 if (line.at(i) == QLatin1Char('(') || line.at(i) == QLatin1Char(')'))

@@ -1,6 +1,7 @@
 #include "testengine.h"
 
 #include "memoryarchive.h"
+#include "testinterface.h"
 
 #include "engine/engine.h"
 #include "foundation/filesystemarchive.h"
@@ -108,6 +109,8 @@ private slots:
     void nodesEditTheirText();
     void linesKnowTheirFormatsParenthesesAndLevels();
     void versionChangeRehighlightsOnce();
+    void modelIconsAndGate();
+    void parserEdges();
     void changeKeepsCommentAndColumns_data();
     void changeKeepsCommentAndColumns();
 };
@@ -365,6 +368,49 @@ void CodeDocumentTest::versionChangeRehighlightsOnce()
     // The same version again is no change: the edited line and the one after it.
     replaceLine(document, 2, QStringLiteral("version = 2"));
     QCOMPARE(document.parser.calls - calls, 1 + document.blockCount() + 2);
+}
+
+void CodeDocumentTest::modelIconsAndGate()
+{
+    TestInterface host;
+    TestDocument document;
+    document.fromString(QStringLiteral("[Data]\nlife = 1000\nname = hero\n"));
+    QAbstractItemModel *model = document.model();
+    const QModelIndex data = model->index(0, 0);
+    auto iconOf = [&](const QModelIndex &index) {
+        return host.iconName(model->data(index, Qt::DecorationRole).value<QIcon>());
+    };
+    QCOMPARE(iconOf(model->index(0, 0, data)), QStringLiteral("code_int"));
+    QCOMPARE(iconOf(model->index(1, 0, data)), QStringLiteral("code_string"));
+    QVERIFY(model->data(data, Qt::DecorationRole).value<QIcon>().isNull()); // groups have none
+
+    // With the model switched off the tree still follows the text, but shows nothing.
+    host.options.insert(QStringLiteral("modelCode"), false);
+    QSignalSpy removed(model, &QAbstractItemModel::rowsRemoved);
+    document.reparse();
+    QCOMPARE(model->rowCount(), 0);
+    QCOMPARE(document.root()->childCount(), 1u);
+    host.options.insert(QStringLiteral("modelCode"), true);
+    document.reparse();
+    QCOMPARE(model->rowCount(), 1);
+}
+
+void CodeDocumentTest::parserEdges()
+{
+    TestDocument document;
+    // An empty document has one line, and it is read.
+    document.parser.lastLine = QStringLiteral("untouched");
+    document.fromString(QString());
+    QCOMPARE(document.parser.lastLine, QString());
+    const int calls = document.parser.calls;
+    document.setParser(&document.parser); // the same parser: nothing to do
+    QCOMPARE(document.parser.calls, calls);
+    // Without highlighting the parser gets no syntax: no formats, no messages.
+    document.fromString(QStringLiteral("nonsense\n"));
+    QCOMPARE(document.messages()->count(Message::Error), 1u);
+    document.setSyntaxHighlight(false);
+    QCOMPARE(document.messages()->count(Message::Error), 0u);
+    QVERIFY(document.findBlockByNumber(0).layout()->formats().isEmpty());
 }
 
 void CodeDocumentTest::changeKeepsCommentAndColumns_data()

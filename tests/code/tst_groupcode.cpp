@@ -21,7 +21,7 @@ public:
 class Value : public ValueCode
 {
 public:
-    using ValueCode::ValueCode;
+    Value(const QTextBlock &block, CodeNode *previous) : ValueCode(String, block, previous, QVariant()) {}
     QString name() const override { return block().text().section(QLatin1Char(' '), 0, 0); }
     void setName(const QString &) override {}
 };
