@@ -663,7 +663,21 @@ void CodeDocument::setTitle(const QString &title)
 
 QString CodeDocument::watchedFileName() const
 {
-    return fileName();
+    return d->watchedName;
+}
+
+void CodeDocument::watchLoaded(Archive &archive, const QString &name, bool isCopy)
+{
+    fileLoaded(archive, name, isCopy);
+    if (!isCopy && &archive == &FileSystemArchive::instance())
+        d->watchedName = name;
+}
+
+void CodeDocument::watchSaved(Archive &archive, const QString &name, bool isCopy)
+{
+    fileSaved(archive, name, isCopy);
+    if (!isCopy && &archive == &FileSystemArchive::instance())
+        d->watchedName = name;
 }
 
 int CodeDocument::codecId() const
@@ -689,7 +703,7 @@ QString CodeDocument::codecName() const
 
 bool CodeDocument::fromFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
 {
-    fileLoaded(archive, name, flags & Foreign);
+    watchLoaded(archive, name, flags & Foreign);
     return load(archive, name, -1, flags, stats);
 }
 
@@ -734,7 +748,7 @@ bool CodeDocument::load(Archive &archive, const QString &name, int codec, uint f
 void CodeDocument::fromString(const QString &text)
 {
     d->waitForSave();
-    fileLoaded(FileSystemArchive::instance(), QString(), false);
+    watchLoaded(FileSystemArchive::instance(), QString(), false);
     setText(text);
     setFileName(QString());
     d->takeRevision();
@@ -755,7 +769,7 @@ bool CodeDocument::toFile(Archive &archive, const QString &name, uint flags, Job
         stats->setValue(0);
     }
     d->saveInProgress = true;
-    fileSaved(archive, name, flags & Foreign);
+    watchSaved(archive, name, flags & Foreign);
     if (!(flags & Foreign))
         setFileName(QString());
     const bool spacesToTabs = option(QStringLiteral("save_spaceToTab"), false).toBool();
@@ -795,7 +809,7 @@ void CodeDocument::finishSave(Archive *archive, QIODevice *device, const QString
 void CodeDocument::reset()
 {
     d->waitForSave();
-    fileLoaded(FileSystemArchive::instance(), QString(), false);
+    watchLoaded(FileSystemArchive::instance(), QString(), false);
     d->freezeModel();
     setFileName(QString());
     QTextDocument::clear();

@@ -143,6 +143,8 @@ private:
     friend class CodeDocumentRoot;
     void setFileName(const QString &name);
     void setText(const QString &text);
+    void watchLoaded(Archive &archive, const QString &name, bool isCopy);
+    void watchSaved(Archive &archive, const QString &name, bool isCopy);
     // The one road by which text for nodes comes in; keeps the tree current inside brackets.
     void insertCode(QTextCursor &cursor, const QString &text);
     bool load(Archive &archive, const QString &name, int codec, uint flags, JobStats *stats);

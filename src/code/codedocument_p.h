@@ -117,6 +117,9 @@ public:
     int publishedRows = 0;
     bool destroying = false;
     int revision = 0;
+    // The name the file watcher knows the document by: the file name is empty while a
+    // save runs, but the watch stays with the file.
+    QString watchedName;
 
 signals:
     void saveFinished(Ovra::Archive *archive, QIODevice *device, const QString &name, uint flags,

@@ -1,6 +1,7 @@
 #include "testengine.h"
 
 #include "memoryarchive.h"
+#include "scriptedanswerer.h"
 #include "testinterface.h"
 
 #include "engine/engine.h"
@@ -8,12 +9,15 @@
 #include "project/parentproject.h"
 #include "project/project.h"
 #include "foundation/messages.h"
+#include "foundation/textcodecs.h"
 #include "project/regexp.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QRandomGenerator>
 #include <QTextLayout>
+#include <QTreeView>
 #include <QtTest>
 
 using namespace Ovra;
@@ -111,8 +115,16 @@ private slots:
     void versionChangeRehighlightsOnce();
     void modelIconsAndGate();
     void parserEdges();
+    void badInputSurvivesASave_data();
+    void badInputSurvivesASave();
+    void secondBackgroundSaveWaits();
+    void viewSurvivesReleasedNodes();
     void changeKeepsCommentAndColumns_data();
     void changeKeepsCommentAndColumns();
+
+private:
+    // No test expects a question; one that comes anyway is answered and counted.
+    ScriptedAnswerer m_user;
 };
 
 void CodeDocumentTest::treeFollowsText()
@@ -411,6 +423,83 @@ void CodeDocumentTest::parserEdges()
     document.setSyntaxHighlight(false);
     QCOMPARE(document.messages()->count(Message::Error), 0u);
     QVERIFY(document.findBlockByNumber(0).layout()->formats().isEmpty());
+}
+
+void CodeDocumentTest::badInputSurvivesASave_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QByteArray binary(4096, Qt::Uninitialized);
+    QRandomGenerator random(99);
+    for (char &c : binary)
+        c = char(random.bounded(256));
+    QTest::newRow("not text at all") << binary;
+    QTest::newRow("a line of one megabyte") << QByteArray("[Data]\nk = ") + QByteArray(1 << 20, 'x') + "\n";
+    QTest::newRow("NUL inside") << QByteArray("[Data]\nk = a\0b\n", 14);
+    QTest::newRow("an encoding nobody names") << QByteArray("\x81\x8D\x8F\x90\x9D\n");
+}
+
+void CodeDocumentTest::badInputSurvivesASave()
+{
+    QFETCH(QByteArray, bytes);
+    QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("bad.def"));
+    {
+        QFile file(name);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    TestDocument document;
+    QVERIFY(document.fromFile(FileSystemArchive::instance(), name, 0, nullptr));
+    const QString text = document.toString();
+    QVERIFY(document.toFile(FileSystemArchive::instance(), name, 0, nullptr));
+    TestDocument again;
+    int codec = document.codecId();
+    QVERIFY(again.fromFile(FileSystemArchive::instance(), name, 0, nullptr));
+    // Read back in the document's own codec, the text is the one that was saved.
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QString reread = TextCodecs::stringFromData(file.readAll(), &codec);
+    reread.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    QCOMPARE(reread, text);
+}
+
+void CodeDocumentTest::secondBackgroundSaveWaits()
+{
+    QTemporaryDir dir;
+    TestDocument document;
+    document.fromString(QStringLiteral("[Data]\n") + QStringLiteral("k = 1\n").repeated(20000));
+    const QString first = dir.filePath(QStringLiteral("first.def"));
+    const QString second = dir.filePath(QStringLiteral("second.def"));
+    QVERIFY(document.toFile(FileSystemArchive::instance(), first, ProjectFile::Asynchronous, nullptr));
+    // The second save starts only when the first has written everything.
+    QVERIFY(document.toFile(FileSystemArchive::instance(), second, ProjectFile::Asynchronous, nullptr));
+    const QByteArray expected = QByteArray("[Data]\r\n") + QByteArray("k = 1\r\n").repeated(20000);
+    QTRY_COMPARE(document.fileName(), second);
+    QCOMPARE(readFile(first), expected);
+    QCOMPARE(readFile(second), expected);
+    QTest::qWait(100); // the watcher's notices of both writes
+    QVERIFY(m_user.prompts().isEmpty());
+}
+
+void CodeDocumentTest::viewSurvivesReleasedNodes()
+{
+    TestDocument document;
+    document.fromString(Text.repeated(20));
+    QTreeView view;
+    view.setModel(document.model());
+    view.expandAll();
+    view.resize(300, 600);
+    view.show();
+    view.setCurrentIndex(document.model()->index(3, 0, document.model()->index(3, 0)));
+    for (int round = 0; round < 10; ++round) {
+        QTextCursor cursor(document.findBlockByNumber(1 + round * 3));
+        cursor.movePosition(QTextCursor::NextBlock, QTextCursor::KeepAnchor, 4);
+        cursor.removeSelectedText();
+        view.expandAll();
+        QTest::qWait(5);
+        view.viewport()->repaint();
+    }
+    QCOMPARE(view.model()->rowCount(), int(document.root()->childCount()));
 }
 
 void CodeDocumentTest::changeKeepsCommentAndColumns_data()
