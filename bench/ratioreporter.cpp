@@ -15,7 +15,8 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
         // With repetitions the mean stands for the routine; single runs stand for themselves.
         if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "mean")
             continue;
-        m_times[run.run_name.function_name + run.run_name.args] = run.GetAdjustedRealTime();
+        // In seconds, whatever unit each benchmark prints in.
+        m_times[run.run_name.str()] = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
     }
     ConsoleReporter::ReportRuns(runs);
 }

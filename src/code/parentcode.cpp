@@ -64,12 +64,19 @@ void ParentCode::endRemove()
 
 void ParentCode::insertRootChild(CodeNode *node)
 {
-    CodeNode *first = node;
-    while (first->previous())
-        first = first->previous();
-    if (first->type() != Root)
+    // The document knows its root; only a tree without one has to walk to the head.
+    ParentCode *root = nullptr;
+    if (CodeDocument *owner = node->document()) {
+        root = owner->root();
+    } else {
+        CodeNode *first = node;
+        while (first->previous())
+            first = first->previous();
+        if (first->type() == Root)
+            root = static_cast<ParentCode *>(first);
+    }
+    if (!root)
         return;
-    auto *root = static_cast<ParentCode *>(first);
     uint row = root->childCount();
     for (CodeNode *after = node->next(); after; after = after->next()) {
         if (after->parent() == root) {
