@@ -604,8 +604,10 @@ CodeDocument::~CodeDocument()
     d->nodeFiles.clear();
     delete d;
     d = nullptr;
-    for (CodeNodeFile *file : files)
+    for (CodeNodeFile *file : files) {
+        file->m_document = nullptr;
         file->release();
+    }
 }
 
 QAbstractItemModel *CodeDocument::model()

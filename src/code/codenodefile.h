@@ -47,6 +47,7 @@ public:
     virtual void childChanged(CodeNode *node);
 
 private:
+    friend class CodeDocument;
     CodeDocument *m_document;
 };
 

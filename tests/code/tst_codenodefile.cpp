@@ -62,6 +62,7 @@ class CodeNodeFileTest : public QObject
 private slots:
     void followsNodesOfItsKind();
     void capabilitiesAndLifetime();
+    void documentEndingFirstReleasesItsFiles();
 };
 
 void CodeNodeFileTest::followsNodesOfItsKind()
@@ -109,6 +110,20 @@ void CodeNodeFileTest::capabilitiesAndLifetime()
     groups->release();
     QVERIFY(fileEnded);
     QVERIFY(documentEnded);
+}
+
+void CodeNodeFileTest::documentEndingFirstReleasesItsFiles()
+{
+    bool fileEnded = false;
+    {
+        TestDocument document;
+        document.fromString(QStringLiteral("[A]\n"));
+        auto *groups = new GroupList(&document);
+        groups->ended = &fileEnded;
+        document.registerNodeFile(groups, CodeNode::Group, 1);
+    }
+    // The document took its files with it, and they didn't reach back into it.
+    QVERIFY(fileEnded);
 }
 
 QTEST_MAIN(CodeNodeFileTest)
