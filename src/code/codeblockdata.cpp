@@ -22,6 +22,7 @@ CodeBlockData::~CodeBlockData()
         d->owner->removeLineMessages(this);
         if (CodeNode *node = d->node) {
             d->node = nullptr;
+            d->owner->unseenNodeChange = true;
             node->release();
         }
     }

@@ -15,6 +15,8 @@
 #include "foundation/progress.h"
 #include "foundation/textcodecs.h"
 
+#include <utility>
+
 #include <QFont>
 #include <QPlainTextDocumentLayout>
 #include <QTextLayout>
@@ -302,13 +304,30 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         last = document->lastBlock();
     const int end = last.position() + last.length();
 
+    // The state of a line below a header depends on the run of headers directly behind
+    // its node, so after a line that is or was a header, or that gained or lost its node,
+    // the pass goes on to the next line with a node other than a header, even where no
+    // state changed on the way; so too after nodes changed unseen.
     bool stateChanged = false;
-    while (block.isValid() && (block.position() < end || stateChanged)) {
+    bool headerBehind = false;
+    bool unseen = std::exchange(unseenNodeChange, false);
+    while (block.isValid() && (block.position() < end || stateChanged || headerBehind || unseen)) {
         const int before = block.userState();
+        const CodeBlockData *data = testBlockData(block);
+        const CodeNode *was = data ? data->d->node : nullptr;
+        const bool wasHeader = isHeader(was);
         parseLine(block, highlight);
         if (reparsePending || rehighlightPending)
             break;
-        stateChanged = block.userState() != before;
+        const CodeBlockData *below = testBlockData(block.next());
+        stateChanged = below ? below->d->stateBefore != block.userState() : block.userState() != before;
+        const CodeBlockData *parsed = testBlockData(block);
+        const CodeNode *now = parsed ? parsed->d->node : nullptr;
+        if (was || now)
+            headerBehind = wasHeader || isHeader(now) || !was || !now;
+        // Where in the range unseen changes were is not known: only a line behind it ends them.
+        if (unseen && block.position() >= end && now && !isHeader(now))
+            unseen = false;
         block = block.next();
     }
     lineFormats.clear();
@@ -365,7 +384,7 @@ CodeNode *CodeDocumentPrivate::previousNode(const QTextBlock &block) const
     return node;
 }
 
-void CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *syntax)
+bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *syntax)
 {
     CodeBlockData *data = blockData(block);
     CodeNode *old = data->d->node;
@@ -377,11 +396,13 @@ void CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *s
     CodeNode *node = parser->parse(block.text(), block, old, previous, &document->m_root, syntax);
     data->d->node = node;
     if (old && node != old) {
-        CodeDocumentPrivate::dropLinks(old);
+        // The old node keeps its links to its neighbours: a header that ends finds the
+        // lines that followed it through them.
         old->release();
     } else if (old) {
         CodeDocumentPrivate::relinkNode(old);
     }
+    return node != old;
 }
 
 void CodeDocumentPrivate::unlinkNode(CodeNode *node)
@@ -392,11 +413,6 @@ void CodeDocumentPrivate::unlinkNode(CodeNode *node)
 void CodeDocumentPrivate::relinkNode(CodeNode *node)
 {
     node->linkBack();
-}
-
-void CodeDocumentPrivate::dropLinks(CodeNode *node)
-{
-    node->clearLinks();
 }
 
 void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
@@ -413,6 +429,8 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
 
     parseNode(block, highlight ? this : nullptr);
     QTextBlock(block).setUserState(lineState(block, currentData->d->node));
+    const QTextBlock above = block.previous();
+    currentData->d->stateBefore = above.isValid() ? above.userState() : -1;
 
     if (!pendingMessages.isEmpty()) {
         CodeBlockData *above = nullptr;
@@ -1181,7 +1199,7 @@ void CodeDocument::insertCode(QTextCursor &cursor, const QString &text)
     if (d->changeDepth == 0 || !d->parser || !optionOn(this, "parseCode"))
         return;
     for (QTextBlock block = findBlock(start); block.isValid() && block != after; block = block.next())
-        d->parseNode(block, nullptr);
+        d->unseenNodeChange |= d->parseNode(block, nullptr);
 }
 
 void CodeDocument::insert(const QString &text)

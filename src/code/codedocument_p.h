@@ -23,6 +23,10 @@ struct CodeBlockDataPrivate
     bool folded = false;
     bool parsed = false;
     uint foldingIndent = 0;
+    // The state of the line above when this line was parsed: a pass runs on into this
+    // line when that no longer holds. The line's own state may have come from a block
+    // that an edit split or joined, so it cannot tell.
+    int stateBefore = -2;
     QTextBlock block;
     QList<CodeMark *> marks;
     QList<CodeLink *> links;
@@ -76,10 +80,10 @@ public:
     CodeNode *previousNode(const QTextBlock &block) const;
     static void unlinkNode(CodeNode *node);
     static void relinkNode(CodeNode *node);
-    static void dropLinks(CodeNode *node);
     void parseLine(const QTextBlock &block, bool highlight);
     // Hands one line to the parser; with a null syntax only the tree follows.
-    void parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
+    // True when the line's node is another one afterwards.
+    bool parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
     int removeLineMessages(CodeBlockData *data);
     void updateFoldingIndent(CodeBlockData *data);
     void applyFormats(const QTextBlock &block);
@@ -116,6 +120,9 @@ public:
     int modelFreeze = 0;
     int publishedRows = 0;
     bool destroying = false;
+    // Nodes came or went where no pass saw it (with deleted lines, or inside a change
+    // bracket); the next pass looks past the headers behind its last line.
+    bool unseenNodeChange = false;
     int revision = 0;
     // The name the file watcher knows the document by: the file name is empty while a
     // save runs, but the watch stays with the file.

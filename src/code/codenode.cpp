@@ -35,6 +35,23 @@ void CodeNode::release()
     delete this;
 }
 
+void CodeNode::joinFromBehind(Type headerType, Type stopType)
+{
+    for (CodeNode *node = m_previous; node; node = node->m_previous) {
+        if (node->type() == type()) {
+            if (ParentCode *parent = node->parent())
+                parent->insertChild(this, uint(parent->childIndex(node) + 1));
+            return;
+        }
+        if (node->type() == headerType) {
+            static_cast<ParentCode *>(node)->insertChild(this, 0);
+            return;
+        }
+        if (node->type() == stopType)
+            return;
+    }
+}
+
 CodeNode::~CodeNode()
 {
     if (m_parent)

@@ -74,6 +74,11 @@ protected:
     virtual void changed(const ParentCode *parent, int row, int column);
 
     void setBlock(const QTextBlock &block) { m_block = block; }
+    // For a child's constructor: walks back from the node before it. Behind a node of its
+    // own type it joins that node's parent one place after it (or stays alone if that one
+    // has none); right behind a `headerType` node it becomes its first child; a
+    // `stopType` node leaves it without a parent. Other nodes are passed over.
+    void joinFromBehind(Type headerType, Type stopType);
 
 private:
     friend class ParentCode;

@@ -11,35 +11,12 @@ GroupCode::GroupCode(const QTextBlock &block, CodeNode *previous, uint subType)
     , m_subType(subType)
 {
     insertRootChild(this);
-    for (CodeNode *node = next(); node; node = node->next()) {
-        if (node->type() == Group || node->type() == Animation)
-            break;
-        if (node->type() == Value)
-            insertChild(node, childCount());
-        else if (node->type() == Frame && node->parent())
-            node->parent()->removeChild(node);
-    }
+    adoptFollowing(Value, Frame);
 }
 
 GroupCode::~GroupCode()
 {
-    // The parse pass takes a header out of the list before it ends it, so the way back
-    // to the header above starts at the first value, which is still in the list.
-    GroupCode *heir = nullptr;
-    const CodeNode *from = m_values.isEmpty() ? nullptr : m_values.first();
-    for (CodeNode *node = from ? from->previous() : nullptr; node; node = node->previous()) {
-        if (node->type() == Group && node != this) {
-            heir = static_cast<GroupCode *>(node);
-            break;
-        }
-    }
-    while (!m_values.isEmpty()) {
-        ValueCode *value = m_values.first();
-        if (heir)
-            heir->insertChild(value, heir->childCount());
-        else
-            removeChild(value);
-    }
+    releaseLines();
 }
 
 int GroupCode::lastLine() const

@@ -15,9 +15,11 @@ class OVRA_EXPORT GroupCode : public ParentCode, public NamedCode
 {
 public:
     // Files itself under the root and adopts the values that follow, up to the next
-    // header: a header typed back after an edit takes its children back.
+    // header; frames on the way lose their animation. A header typed back after an edit
+    // so takes its children back.
     GroupCode(const QTextBlock &block, CodeNode *previous, uint subType);
-    // Hands the values to the group above, or leaves them without a parent.
+    // Its values fall to the group above, if no animation stands between; frames
+    // below it rejoin the animation above.
     ~GroupCode() override;
 
     uint subType() const { return m_subType; }

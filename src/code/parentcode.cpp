@@ -87,6 +87,37 @@ void ParentCode::insertRootChild(CodeNode *node)
     root->insertChild(node, row);
 }
 
+void ParentCode::adoptFollowing(Type childType, Type orphanType)
+{
+    for (CodeNode *node = next(); node; node = node->next()) {
+        if (node->type() == Group || node->type() == Animation)
+            break;
+        if (node->type() == childType)
+            insertChild(node, childCount());
+        else if (node->type() == orphanType && node->parent())
+            node->parent()->removeChild(node);
+    }
+}
+
+void ParentCode::releaseLines()
+{
+    // Out of the list first, so that the walks back do not meet this header. The parse
+    // pass may have taken it out already; a node keeps its own links for this.
+    unlink();
+    while (CodeNode *child = childAt(0))
+        removeChild(child);
+    for (CodeNode *node = next(); node; node = node->next()) {
+        if (node->type() == Group || node->type() == Animation)
+            break;
+        if (node->parent())
+            continue;
+        if (node->type() == Value)
+            node->joinFromBehind(Group, Animation);
+        else if (node->type() == Frame)
+            node->joinFromBehind(Animation, Group);
+    }
+}
+
 void ParentCode::appendValue(const QString &text)
 {
     CodeDocument *owner = document();

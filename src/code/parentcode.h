@@ -31,6 +31,16 @@ public:
     void appendValue(const QString &text);
 
 protected:
+    // For a header's constructor: takes the following nodes of `childType`, up to the next
+    // group or animation, and frees those of `orphanType` on the way from their parents.
+    // This is how a header line typed back after an edit takes its children back.
+    void adoptFollowing(Type childType, Type orphanType);
+    // For a header's destructor: lets go of the children, and lets every line up to the
+    // next header find its parent again as if it had just been parsed. Values fall to the
+    // group above, frames to the animation above, unless another header stands between.
+    // No line is parsed again for this.
+    void releaseLines();
+
     friend class CodeNode;
     static void setParentOf(CodeNode *child, ParentCode *parent) { child->m_parent = parent; }
 };

@@ -4,12 +4,19 @@
 //   [Name]        a group (subtype 1)
 //   key = value   a value of the group above
 //   ; text        a comment, also at the end of a line
+//   <id>          an animation
+//   frame S, X, Y, D[, word...]
+//                 a frame of the animation above: sprite, offset, delay; the words
+//                 H and V flip it, loop makes it the loop point, #name names it
 // Anything else is an error of its line.
 
+#include "code/animationcode.h"
 #include "code/codedocument.h"
+#include "code/framecode.h"
 #include "code/groupcode.h"
 #include "code/valuecode.h"
 
+#include <QStringList>
 #include <QTextBlock>
 
 class TestGroup : public Ovra::GroupCode
@@ -39,6 +46,169 @@ public:
     void setName(const QString &name) override { key = name; }
     QString key;
     QString value;
+};
+
+// Boxes are not written in this language: the lists stay empty.
+class TestBoxes : public Ovra::ContactBoxesCode
+{
+public:
+    explicit TestBoxes(Ovra::ContactBoxCode::BoxType type) : m_type(type) {}
+    Ovra::FrameCode *frame() const override { return nullptr; }
+    Ovra::ContactBoxCode::BoxType boxType() const override { return m_type; }
+    uint count() const override { return 0; }
+    Ovra::ContactBoxCode *at(uint) const override { return nullptr; }
+    Ovra::ContactBoxCode *append(const QRect &) override { return nullptr; }
+    void remove(uint) override {}
+    void clear() override {}
+
+private:
+    Ovra::ContactBoxCode::BoxType m_type;
+};
+
+class TestFrame : public Ovra::FrameCode
+{
+public:
+    TestFrame(const QTextBlock &block, Ovra::CodeNode *previous, const QStringList &fields)
+        : FrameCode(block, previous, new TestBoxes(Ovra::ContactBoxCode::Attack),
+                    new TestBoxes(Ovra::ContactBoxCode::Collision))
+        , fields(fields)
+    {
+    }
+
+    QString field(int i) const { return fields.value(i).trimmed(); }
+    void write(const QStringList &next) { change(QStringLiteral("frame ") + next.join(QStringLiteral(", "))); }
+    bool hasWord(const QString &word) const { return fields.mid(4).contains(word); }
+    void setField(int i, const QString &text)
+    {
+        QStringList next = fields;
+        while (next.size() <= i)
+            next << QStringLiteral("0");
+        next[i] = text;
+        write(next);
+    }
+    void setWord(const QString &word, bool on)
+    {
+        QStringList next = fields;
+        next.removeAll(word);
+        if (on)
+            next << word;
+        write(next);
+    }
+
+    QVariant property(const QString &name) const override
+    {
+        if (name == QLatin1String("Delay"))
+            return delay();
+        if (name == QLatin1String("Offset"))
+            return offset();
+        if (name == QLatin1String("LoopPoint"))
+            return isLoopPoint();
+        if (name == QLatin1String("Identifier"))
+            return identifier();
+        return QVariant();
+    }
+    void setProperty(const QString &name, const QVariant &value) override
+    {
+        if (name == QLatin1String("Delay"))
+            setDelay(value.toInt());
+    }
+
+    Ovra::Sprite *sprite() const override { return nullptr; }
+    QVariant spriteId() const override { return field(0); }
+    int offsetX() const override { return field(1).toInt(); }
+    void setOffsetX(int x) override { setField(1, QString::number(x)); }
+    int offsetY() const override { return field(2).toInt(); }
+    void setOffsetY(int y) override { setField(2, QString::number(y)); }
+    void setSpriteId(const QVariant &id) override { setField(0, id.toString()); }
+    QString identifier() const override
+    {
+        for (const QString &word : fields.mid(4)) {
+            if (word.startsWith(QLatin1Char('#')))
+                return word.mid(1);
+        }
+        return QString();
+    }
+    void setIdentifier(const QString &identifier) override
+    {
+        QStringList next = fields;
+        for (int i = next.size() - 1; i >= 4; --i) {
+            if (next.at(i).startsWith(QLatin1Char('#')))
+                next.removeAt(i);
+        }
+        if (!identifier.isEmpty())
+            next << QLatin1Char('#') + identifier;
+        write(next);
+    }
+    int delay() const override { return field(3).toInt(); }
+    void setDelay(int ticks) override { setField(3, QString::number(ticks)); }
+    double scaleX() const override { return 1.0; }
+    void setScaleX(double) override {}
+    double scaleY() const override { return 1.0; }
+    void setScaleY(double) override {}
+    QPointF scale() const override { return QPointF(1.0, 1.0); }
+    void setScale(const QPointF &) override {}
+    double angle() const override { return 0.0; }
+    void setAngle(double) override {}
+    bool isLoopPoint() const override { return hasWord(QStringLiteral("loop")); }
+    quint8 flipFlags() const override
+    {
+        return quint8((hasWord(QStringLiteral("H")) ? Horizontal : None) | (hasWord(QStringLiteral("V")) ? Vertical : None));
+    }
+    void setFlipFlags(uint flags) override
+    {
+        setWord(QStringLiteral("H"), flags & Horizontal);
+        setWord(QStringLiteral("V"), flags & Vertical);
+    }
+    Blend::Mode blendMode() const override { return Blend::None; }
+    void setBlendMode(Blend::Mode) override {}
+    double blendSource() const override { return 0.0; }
+    void setBlendSource(double) override {}
+    double blendDestination() const override { return 0.0; }
+    void setBlendDestination(double) override {}
+    Blend blend() const override { return Blend(); }
+    void setBlend(const Blend &) override {}
+    void setLoopPoint(bool loop) override { setWord(QStringLiteral("loop"), loop); }
+    uint interpolation() const override { return 0; }
+    void setInterpolation(uint) override {}
+
+    QStringList fields;
+};
+
+class TestAnimation : public Ovra::AnimationCode
+{
+public:
+    TestAnimation(const QTextBlock &block, Ovra::CodeNode *previous, const QString &id)
+        : AnimationCode(block, previous), id(id) {}
+
+    QString name() const override { return QStringLiteral("Animation ") + id; }
+    void setName(const QString &name) override { change(QStringLiteral("<%1>").arg(name)); }
+    QVariant property(const QString &name) const override
+    {
+        if (name == QLatin1String("Identifier"))
+            return id;
+        return AnimationCode::property(name);
+    }
+
+    uint loopPoint() const override
+    {
+        for (uint i = 0; i < frameCount(); ++i) {
+            if (frameAt(i)->isLoopPoint())
+                return i;
+        }
+        return 0;
+    }
+    Ovra::FrameCode *insertFrame(uint index) override
+    {
+        const QString text = QStringLiteral("frame 0, 0, 0, 1");
+        if (index < frameCount())
+            document()->insertBefore(frameAt(index), text, false);
+        else
+            document()->insertAfter(frameCount() ? static_cast<CodeNode *>(frameAt(frameCount() - 1)) : this, text, true);
+        return frameAt(qMin(index, frameCount() - 1));
+    }
+    Ovra::FrameCode *addFrame() override { return insertFrame(frameCount()); }
+
+    QString id;
 };
 
 class TestParser : public Ovra::CodeParser
@@ -73,6 +243,24 @@ public:
                 return oldNode;
             }
             return new TestGroup(block, previous, name);
+        }
+        if (code.startsWith(QLatin1Char('<')) && code.endsWith(QLatin1Char('>'))) {
+            const QString id = code.mid(1, code.size() - 2);
+            if (oldNode && oldNode->type() == Ovra::CodeNode::Animation) {
+                static_cast<TestAnimation *>(oldNode)->id = id;
+                return oldNode;
+            }
+            return new TestAnimation(block, previous, id);
+        }
+        if (code.startsWith(QLatin1String("frame "))) {
+            QStringList fields = code.mid(6).split(QLatin1Char(','));
+            for (QString &field : fields)
+                field = field.trimmed();
+            if (oldNode && oldNode->type() == Ovra::CodeNode::Frame) {
+                static_cast<TestFrame *>(oldNode)->fields = fields;
+                return oldNode;
+            }
+            return new TestFrame(block, previous, fields);
         }
         const int equals = code.indexOf(QLatin1Char('='));
         if (equals > 0) {

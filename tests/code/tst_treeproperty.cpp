@@ -39,8 +39,11 @@ QStringList shape(CodeDocument &document)
 
 QString randomLine(QRandomGenerator &random)
 {
-    switch (random.bounded(6)) {
+    switch (random.bounded(9)) {
     case 0: return QStringLiteral("[G%1]").arg(random.bounded(20));
+    case 6: return QStringLiteral("<%1>").arg(random.bounded(20));
+    case 7:
+    case 8: return QStringLiteral("frame %1, 0, 0, %2").arg(random.bounded(9)).arg(random.bounded(5));
     case 1: return QStringLiteral("; note %1").arg(random.bounded(100));
     case 2: return QString();
     case 3: return QStringLiteral("broken %1").arg(random.bounded(9));
@@ -62,7 +65,7 @@ private slots:
 void TreePropertyTest::editsKeepTheTreeOfAFreshParse_data()
 {
     QTest::addColumn<quint32>("seed");
-    for (quint32 seed : {1u, 7u, 42u, 2026u})
+    for (quint32 seed : {1u, 4u, 7u, 37u, 38u, 42u, 2026u})
         QTest::addRow("seed %u", seed) << seed;
 }
 
