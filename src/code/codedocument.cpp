@@ -126,9 +126,21 @@ void CodeDocumentPrivate::token(TokenType type, int start, int end)
 {
     if (type != Comment && currentData)
         currentData->d->parsed = true;
-    const QTextCharFormat format = CodeParserSyntax::format(type);
-    for (int column = qMax(start, 0); column < end && column < lineFormats.size(); ++column)
-        lineFormats[column] = format;
+    paintColumns(start, end, CodeParserSyntax::format(type));
+}
+
+void CodeDocumentPrivate::paintColumns(int start, int end, const QTextCharFormat &format)
+{
+    start = qMax(start, 0);
+    end = qMin(end, lineFormats.size());
+    if (start >= end)
+        return;
+    if (lineFormatTable.size() == 1 || !(lineFormatTable.last() == format)) {
+        if (lineFormatTable.size() == 0xFFFF)
+            return; // a line with that many formats keeps the ones it has
+        lineFormatTable.append(format);
+    }
+    std::fill(lineFormats.begin() + start, lineFormats.begin() + end, quint16(lineFormatTable.size() - 1));
 }
 
 void CodeDocumentPrivate::addMessage(TokenType type, int kind, const QString &text, int start,
@@ -139,8 +151,7 @@ void CodeDocumentPrivate::addMessage(TokenType type, int kind, const QString &te
     QTextCharFormat format = CodeParserSyntax::format(type);
     format.setUnderlineStyle(QTextCharFormat::SpellCheckUnderline);
     format.setUnderlineColor(underline);
-    for (int column = qMax(start, 0); column < end && column < lineFormats.size(); ++column)
-        lineFormats[column] = format;
+    paintColumns(start, end, format);
     pendingMessages.append(CodeBlockData::SyntaxMessage{kind, start, end, text});
 }
 
@@ -418,7 +429,8 @@ void CodeDocumentPrivate::relinkNode(CodeNode *node)
 void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
 {
     currentBlock = block;
-    lineFormats.fill(QTextCharFormat(), qMax(block.length() - 1, 0));
+    lineFormats.fill(0, qMax(block.length() - 1, 0));
+    lineFormatTable.resize(1);
     if (!parser)
         return;
     currentData = blockData(block);
@@ -531,11 +543,20 @@ void CodeDocumentPrivate::applyFormats(const QTextBlock &block)
 {
     QVector<QTextLayout::FormatRange> ranges;
     const QTextCharFormat plain;
-    for (int column = 0; column < lineFormats.size();) {
-        const QTextCharFormat format = lineFormats.at(column);
+    const int columns = lineFormats.size();
+    for (int column = 0; column < columns;) {
+        const QTextCharFormat &format = lineFormatTable.at(lineFormats.at(column));
+        // Runs of one index, joined where two indexes hold equal formats.
+        quint16 index = lineFormats.at(column);
         int end = column + 1;
-        while (end < lineFormats.size() && lineFormats.at(end) == format)
-            ++end;
+        for (; end < columns; ++end) {
+            const quint16 next = lineFormats.at(end);
+            if (next != index) {
+                if (!(lineFormatTable.at(next) == format))
+                    break;
+                index = next;
+            }
+        }
         if (format != plain)
             ranges.append(QTextLayout::FormatRange{column, end - column, format});
         column = end;
@@ -610,9 +631,10 @@ CodeDocument::~CodeDocument()
 {
     d->waitForSave();
     const QList<CodeNodeFile *> files = d->distinctNodeFiles();
+    // Views see the rows go at once, not node by node.
+    d->freezeModel();
     m_root.destroy();
     d->parser = nullptr;
-    d->freezeModel();
     d->destroying = true;
     d->firstMessageBlock = nullptr;
     QTextDocument::clear();

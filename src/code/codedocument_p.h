@@ -86,6 +86,7 @@ public:
     bool parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
     int removeLineMessages(CodeBlockData *data);
     void updateFoldingIndent(CodeBlockData *data);
+    void paintColumns(int start, int end, const QTextCharFormat &format);
     void applyFormats(const QTextBlock &block);
 
     QList<CodeNodeFile *> distinctNodeFiles() const;
@@ -110,7 +111,10 @@ public:
     uint otherCount = 0;
     QVector<CodeBlockData::SyntaxMessage> pendingMessages;
     CodeBlockData *firstMessageBlock = nullptr;
-    QVector<QTextCharFormat> lineFormats;
+    // The formats of the line being parsed: an index into lineFormatTable per column,
+    // 0 for the default format. Indexes keep the per-column work to a word.
+    QVector<quint16> lineFormats;
+    QVector<QTextCharFormat> lineFormatTable;
     QTextBlock currentBlock;
     bool ignoreContentsChange = false;
     bool parsing = false;

@@ -1,24 +1,37 @@
 #include "code/nodepool.h"
 
-#include <QList>
-#include <QMap>
-#include <QSet>
-
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <vector>
 
 namespace Ovra {
 namespace {
 
-// Each block starts with one header word that holds its total size; the caller gets
-// the memory behind it, aligned as malloc aligns.
+// Every block starts with one header word: its size in bytes, header included, with
+// the lowest bit set while the block waits for reuse. Sizes are multiples of the
+// alignment, so that bit is free. The caller gets the memory behind the header.
 constexpr std::size_t HeaderSize = alignof(std::max_align_t);
+constexpr std::size_t FreeBit = 1;
+// Blocks are cut from slabs of this size: a document of many lines makes its nodes
+// without a call to malloc each, and a pointer can be told to be ours by its slab.
+constexpr std::size_t SlabSize = 256 * 1024;
+
+struct Slab
+{
+    const char *begin;
+    const char *end;
+};
 
 struct Pool
 {
-    QMap<std::size_t, QList<void *>> freeBySize;
-    QSet<const void *> free; // the same blocks, for a quick look-up
+    std::vector<Slab> slabs; // ordered by address
+    char *cursor = nullptr;
+    char *limit = nullptr;
+    std::vector<std::vector<void *>> freeBySize; // indexed by size / HeaderSize
     std::size_t total = 0;
+    std::size_t waiting = 0;
 };
 
 // Deliberately never destroyed: nodes released during static destruction still
@@ -29,9 +42,35 @@ Pool &pool()
     return *instance;
 }
 
-std::size_t &header(void *block)
+std::size_t &header(const void *block)
 {
-    return *reinterpret_cast<std::size_t *>(static_cast<char *>(block) - HeaderSize);
+    return *reinterpret_cast<std::size_t *>(const_cast<char *>(static_cast<const char *>(block)) - HeaderSize);
+}
+
+void newSlab(Pool &p, std::size_t atLeast)
+{
+    const std::size_t size = std::max(SlabSize, atLeast);
+    char *memory = static_cast<char *>(std::malloc(size));
+    if (!memory)
+        throw std::bad_alloc();
+    const Slab slab{memory, memory + size};
+    const auto at = std::upper_bound(p.slabs.begin(), p.slabs.end(), slab,
+                                     [](const Slab &a, const Slab &b) { return a.begin < b.begin; });
+    p.slabs.insert(at, slab);
+    p.cursor = memory;
+    p.limit = memory + size;
+}
+
+bool isPoolBlock(const Pool &p, const void *block)
+{
+    const char *address = static_cast<const char *>(block);
+    auto after = std::upper_bound(p.slabs.begin(), p.slabs.end(), address,
+                                  [](const char *a, const Slab &slab) { return a < slab.begin; });
+    if (after == p.slabs.begin())
+        return false;
+    const Slab &slab = *(after - 1);
+    return address >= slab.begin + HeaderSize && address < slab.end
+           && (reinterpret_cast<std::uintptr_t>(address) % HeaderSize) == 0;
 }
 
 } // namespace
@@ -39,18 +78,20 @@ std::size_t &header(void *block)
 void *NodePool::allocate(std::size_t size)
 {
     Pool &p = pool();
-    const std::size_t need = size + HeaderSize;
-    auto it = p.freeBySize.find(need);
-    if (it != p.freeBySize.end() && !it->isEmpty()) {
-        void *block = it->takeLast();
-        p.free.remove(block);
+    const std::size_t need = (size + 2 * HeaderSize - 1) / HeaderSize * HeaderSize;
+    const std::size_t index = need / HeaderSize;
+    if (index < p.freeBySize.size() && !p.freeBySize[index].empty()) {
+        void *block = p.freeBySize[index].back();
+        p.freeBySize[index].pop_back();
+        header(block) = need;
+        --p.waiting;
         return block;
     }
-    char *memory = static_cast<char *>(std::malloc(need));
-    if (!memory)
-        throw std::bad_alloc();
+    if (std::size_t(p.limit - p.cursor) < need)
+        newSlab(p, need);
+    void *block = p.cursor + HeaderSize;
+    p.cursor += need;
     p.total += need;
-    void *block = memory + HeaderSize;
     header(block) = need;
     return block;
 }
@@ -60,15 +101,21 @@ void NodePool::recycle(void *block)
     if (!block)
         return;
     Pool &p = pool();
-    if (p.free.contains(block))
+    std::size_t &word = header(block);
+    if (word & FreeBit)
         return; // already waiting: a second release must not hand it out twice
-    p.freeBySize[header(block)].append(block);
-    p.free.insert(block);
+    word |= FreeBit;
+    const std::size_t index = word / HeaderSize;
+    if (index >= p.freeBySize.size())
+        p.freeBySize.resize(index + 1);
+    p.freeBySize[index].push_back(block);
+    ++p.waiting;
 }
 
 bool NodePool::isFree(const void *block)
 {
-    return pool().free.contains(block);
+    const Pool &p = pool();
+    return block && isPoolBlock(p, block) && (header(block) & FreeBit);
 }
 
 std::size_t NodePool::totalAllocated()
@@ -78,7 +125,7 @@ std::size_t NodePool::totalAllocated()
 
 std::size_t NodePool::freeCount()
 {
-    return std::size_t(pool().free.size());
+    return pool().waiting;
 }
 
 } // namespace Ovra

@@ -18,7 +18,7 @@ public:
     static void recycle(void *block);
     // True for a block that was recycled and not handed out again.
     static bool isFree(const void *block);
-    // Bytes ever taken from the system, header words included.
+    // Bytes ever handed out as new blocks, header words included.
     static std::size_t totalAllocated();
     // Blocks waiting for reuse.
     static std::size_t freeCount();

@@ -291,7 +291,6 @@ class TestDocument : public Ovra::CodeDocument
 {
 public:
     TestDocument() : CodeDocument(0) { setParser(&parser); }
-    ~TestDocument() override { setParser(nullptr); }
     void formatLines(int, int, bool) override {}
     TestParser parser;
 };

@@ -3,6 +3,11 @@
 
 #include <QtTest>
 
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <vector>
+
 using namespace Ovra;
 
 // The pool that keeps stale model indexes harmless, and the token formats every code
@@ -14,6 +19,8 @@ class NodePoolTest : public QObject
 private slots:
     void freedBlocksWaitForTheirSize();
     void releasingTwiceHandsOutOnce();
+    void foreignMemoryIsNeverFree();
+    void manyAndLargeBlocks();
     void defaultFormats_data();
     void defaultFormats();
     void sharedFormatTable();
@@ -56,6 +63,51 @@ void NodePoolTest::releasingTwiceHandsOutOnce()
     QCOMPARE(NodePool::allocate(200), block);
     QVERIFY(NodePool::allocate(200) != block);
     NodePool::recycle(nullptr); // nothing to do
+}
+
+void NodePoolTest::foreignMemoryIsNeverFree()
+{
+    // Roots live inside their documents, not in the pool; asking about them (or about
+    // any other memory) must not read a header that isn't there.
+    alignas(std::max_align_t) char onStack[64] = {};
+    QVERIFY(!NodePool::isFree(onStack + 16));
+    std::unique_ptr<char[]> onHeap(new char[64]);
+    std::memset(onHeap.get(), 0xFF, 64);
+    QVERIFY(!NodePool::isFree(onHeap.get() + 32));
+    QVERIFY(!NodePool::isFree(nullptr));
+    // A pointer into the middle of a pool block is no block either.
+    void *block = NodePool::allocate(64);
+    NodePool::recycle(block);
+    QVERIFY(NodePool::isFree(block));
+    QVERIFY(!NodePool::isFree(static_cast<char *>(block) + 8));
+    QCOMPARE(NodePool::allocate(64), block);
+}
+
+void NodePoolTest::manyAndLargeBlocks()
+{
+    // Enough blocks to fill several slabs, and one larger than a slab: all distinct,
+    // all writable, all reusable.
+    std::vector<void *> blocks;
+    for (int i = 0; i < 20000; ++i) {
+        void *block = NodePool::allocate(48 + (i % 5) * 16);
+        std::memset(block, i & 0xFF, 48);
+        blocks.push_back(block);
+    }
+    void *huge = NodePool::allocate(1 << 20);
+    std::memset(huge, 0xAB, 1 << 20);
+    blocks.push_back(huge);
+    std::vector<void *> sorted = blocks;
+    std::sort(sorted.begin(), sorted.end());
+    QVERIFY(std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end());
+    for (int i = 0; i < 20000; ++i)
+        QCOMPARE(int(*static_cast<unsigned char *>(blocks[size_t(i)])), i & 0xFF);
+    const std::size_t waiting = NodePool::freeCount();
+    for (void *block : blocks)
+        NodePool::recycle(block);
+    QCOMPARE(NodePool::freeCount(), waiting + blocks.size());
+    QVERIFY(NodePool::isFree(huge));
+    QCOMPARE(NodePool::allocate(1 << 20), huge);
+    NodePool::recycle(huge);
 }
 
 void NodePoolTest::defaultFormats_data()
