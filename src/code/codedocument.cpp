@@ -1285,7 +1285,7 @@ ProjectFile::SearchResult resultOf(const QTextDocument *document, const QRegular
     QString text = block.text();
     int covered = result.start + result.length - block.length();
     for (QTextBlock next = block.next(); covered > 0 && next.isValid(); next = next.next()) {
-        text += QLatin1Char('\n') + next.text().left(covered - 1);
+        text += QLatin1Char('\n') + next.text().left(covered);
         covered -= next.length();
     }
     result.text = text;
@@ -1314,8 +1314,12 @@ QList<ProjectFile::SearchResult> CodeDocument::search(RegExp &expression, uint f
             results.append(resultOf(this, match));
         return results;
     }
-    // Backwards: the last match that starts before the cursor (or the end).
-    auto lastBefore = [&](int limit) {
+    // Backwards: an offset counted from the end of the text (-1 from the edge, else from
+    // the cursor through the end of the last block), and the last match that starts
+    // below the text's length plus that offset less one: from the cursor, that is
+    // three characters before it.
+    auto lastBefore = [&](int fromEnd) {
+        const int limit = text.size() + fromEnd - 1;
         QRegularExpressionMatch found;
         for (int offset = 0; offset <= text.size();) {
             const QRegularExpressionMatch match = expression.match(text, offset);
@@ -1326,9 +1330,11 @@ QList<ProjectFile::SearchResult> CodeDocument::search(RegExp &expression, uint f
         }
         return found;
     };
-    QRegularExpressionMatch match = lastBefore((flags & FromEnd) ? text.size() : d->cursor.selectionStart());
+    const QTextBlock last = lastBlock();
+    const int fromCursor = d->cursor.selectionStart() - 1 - last.position() - last.length();
+    QRegularExpressionMatch match = lastBefore((flags & FromEnd) ? -1 : fromCursor);
     if (!match.hasMatch() && retry)
-        match = lastBefore(text.size());
+        match = lastBefore(-1);
     if (match.hasMatch())
         results.append(resultOf(this, match));
     return results;

@@ -110,6 +110,11 @@ private slots:
     void savedRevisionOfBlocks();
     void marks();
     void searchAndReplace();
+    void searchOverLineEnds_data();
+    void searchOverLineEnds();
+    void searchBackwardsStopsBeforeTheCursor();
+    void tabsExpandOnLoad();
+    void undoToTheSavedTextKeepsChangedRevisions();
     void nodesEditTheirText();
     void linesKnowTheirFormatsParenthesesAndLevels();
     void versionChangeRehighlightsOnce();
@@ -307,6 +312,106 @@ void CodeDocumentTest::searchAndReplace()
     QCOMPARE(document.findBlockByNumber(2).text(), QStringLiteral("power = 3 500"));
     document.undo(); // both replacements go at once
     QCOMPARE(document.toString(), Text);
+}
+
+void CodeDocumentTest::searchOverLineEnds_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<int>("line");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("text");
+
+    QTest::addRow("in one line") << "d = 3" << 2 << 0 << "d = 3";
+    // A match that ends with the line end covers nothing of the next line.
+    QTest::addRow("to the line end") << "b = 2\\n" << 1 << 0 << "b = 2";
+    QTest::addRow("into the next line") << "2\\nd =" << 1 << 4 << "b = 2\nd =";
+    QTest::addRow("over a whole line") << "1\\n[^\\n]*\\nd" << 0 << 4 << "a = 1\nb = 2\nd";
+    QTest::addRow("to the end") << "3\\n\\[E\\]" << 2 << 4 << "d = 3\n[E]";
+}
+
+void CodeDocumentTest::searchOverLineEnds()
+{
+    QFETCH(QString, pattern);
+    QFETCH(int, line);
+    QFETCH(int, column);
+    QFETCH(QString, text);
+
+    TestDocument document;
+    document.fromString(QStringLiteral("a = 1\nb = 2\nd = 3\n[E]"));
+    RegExp expression(pattern);
+    const QList<ProjectFile::SearchResult> results = document.search(expression, ProjectFile::All);
+    QCOMPARE(results.size(), 1);
+    QCOMPARE(int(results.first().item), line);
+    QCOMPARE(results.first().start, column);
+    // The line, with the following lines as far as the match covers them.
+    QCOMPARE(results.first().text, text);
+}
+
+void CodeDocumentTest::searchBackwardsStopsBeforeTheCursor()
+{
+    TestDocument document;
+    document.fromString(QStringLiteral("x1 x2 x3 x4"));
+    RegExp expression(QStringLiteral("x\\d"));
+    auto foundFrom = [&](int position, uint flags) {
+        QTextCursor cursor(&document);
+        cursor.setPosition(position);
+        document.setCursor(cursor);
+        const QList<ProjectFile::SearchResult> results = document.search(expression, flags | ProjectFile::Backwards);
+        return results.isEmpty() ? -1 : results.first().start;
+    };
+    // From the edge: the offset -1 leaves out a match in the last two characters.
+    QCOMPARE(foundFrom(0, ProjectFile::FromEnd), 6);
+    // From the cursor, a match must start more than three characters before it.
+    QCOMPARE(foundFrom(10, 0), 6);
+    QCOMPARE(foundFrom(9, 0), 3);
+    QCOMPARE(foundFrom(6, 0), 0);
+    QCOMPARE(foundFrom(3, 0), -1);
+    // Wrapping around starts again from the edge.
+    QCOMPARE(foundFrom(2, ProjectFile::Wrap), 6);
+}
+
+void CodeDocumentTest::tabsExpandOnLoad()
+{
+    const QString tabbed = QStringLiteral("\tx\nab\ty\r\nabcd\tz\tw");
+    const QString expanded = QStringLiteral("    x\nab  y\nabcd    z   w");
+    TestDocument plain;
+    plain.fromString(tabbed);
+    QCOMPARE(plain.toString(), QStringLiteral("\tx\nab\ty\nabcd\tz\tw"));
+
+    TestDocument document;
+    document.setOption(QStringLiteral("open_tabToSpace"), true, false, false);
+    document.fromString(tabbed);
+    QCOMPARE(document.toString(), expanded);
+
+    QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("tabs.def"));
+    {
+        QFile file(name);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(tabbed.toUtf8());
+    }
+    TestDocument loaded;
+    loaded.setOption(QStringLiteral("open_tabToSpace"), true, false, false);
+    QVERIFY(loaded.fromFile(FileSystemArchive::instance(), name, 0, nullptr));
+    QCOMPARE(loaded.toString(), expanded);
+}
+
+void CodeDocumentTest::undoToTheSavedTextKeepsChangedRevisions()
+{
+    QTemporaryDir dir;
+    TestDocument document;
+    document.fromString(QStringLiteral("one\ntwo\nthree"));
+    replaceLine(document, 1, QStringLiteral("TWO"));
+    QVERIFY(document.toFile(FileSystemArchive::instance(), dir.filePath(QStringLiteral("u.def")), 0, nullptr));
+    const int saved = document.findBlockByNumber(0).revision();
+    QVERIFY(document.findBlockByNumber(1).revision() < 0);
+    // The undo takes the line back to its loaded text: it is a change against the saved
+    // file, and must not read as saved.
+    document.undo();
+    QCOMPARE(document.findBlockByNumber(1).text(), QStringLiteral("two"));
+    QVERIFY(document.findBlockByNumber(1).revision() != saved);
+    QVERIFY(document.findBlockByNumber(1).revision() >= 0);
+    QCOMPARE(document.findBlockByNumber(0).revision(), saved);
 }
 
 void CodeDocumentTest::nodesEditTheirText()
