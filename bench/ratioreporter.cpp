@@ -29,8 +29,8 @@ void RatioReporter::Finalize()
         const auto r = m_times.find(reference);
         if (s == m_times.end() || r == m_times.end() || s->second <= 0)
             continue;
-        std::printf("ratio %s / %s: %.2fx\n", subject.c_str(), reference.c_str(),
-                    r->second / s->second);
+        std::printf("ratio %s against %s: %.2fx the speed, %.3gx the time\n", subject.c_str(),
+                    reference.c_str(), r->second / s->second, s->second / r->second);
     }
 }
 

@@ -36,11 +36,7 @@ uint AnimationCode::childCount() const
 
 int AnimationCode::childIndex(const CodeNode *child) const
 {
-    for (int i = 0; i < m_frames.size(); ++i) {
-        if (static_cast<const CodeNode *>(m_frames.at(i)) == child)
-            return i;
-    }
-    return -1;
+    return listedIndex(m_frames, child);
 }
 
 CodeNode *AnimationCode::childAt(uint index) const
@@ -50,26 +46,13 @@ CodeNode *AnimationCode::childAt(uint index) const
 
 void AnimationCode::insertChild(CodeNode *child, uint row)
 {
-    if (child->type() != Frame)
-        return;
-    if (ParentCode *old = child->parent())
-        old->removeChild(child);
-    const int at = qMin(int(row), m_frames.size());
-    beginInsert(this, at);
-    m_frames.insert(at, static_cast<FrameCode *>(child));
-    setParentOf(child, this);
-    endInsert();
+    if (child->type() == Frame)
+        insertListed(m_frames, child, row);
 }
 
 void AnimationCode::removeChild(CodeNode *child)
 {
-    const int row = childIndex(child);
-    if (row < 0)
-        return;
-    beginRemove(this, row);
-    m_frames.removeAt(row);
-    setParentOf(child, nullptr);
-    endRemove();
+    removeListed(m_frames, child);
 }
 
 int AnimationCode::indexOfFrame(const FrameCode *frame) const

@@ -45,11 +45,7 @@ uint GroupCode::childCount() const
 
 int GroupCode::childIndex(const CodeNode *child) const
 {
-    for (int i = 0; i < m_values.size(); ++i) {
-        if (static_cast<const CodeNode *>(m_values.at(i)) == child)
-            return i;
-    }
-    return -1;
+    return listedIndex(m_values, child);
 }
 
 CodeNode *GroupCode::childAt(uint index) const
@@ -59,26 +55,13 @@ CodeNode *GroupCode::childAt(uint index) const
 
 void GroupCode::insertChild(CodeNode *child, uint row)
 {
-    if (child->type() != Value)
-        return;
-    if (ParentCode *old = child->parent())
-        old->removeChild(child);
-    const int at = qMin(int(row), m_values.size());
-    beginInsert(this, at);
-    m_values.insert(at, static_cast<ValueCode *>(child));
-    setParentOf(child, this);
-    endInsert();
+    if (child->type() == Value)
+        insertListed(m_values, child, row);
 }
 
 void GroupCode::removeChild(CodeNode *child)
 {
-    const int row = childIndex(child);
-    if (row < 0)
-        return;
-    beginRemove(this, row);
-    m_values.removeAt(row);
-    setParentOf(child, nullptr);
-    endRemove();
+    removeListed(m_values, child);
 }
 
 ValueCode *GroupCode::valueByName(const QString &name) const

@@ -2,6 +2,8 @@
 
 #include "code/codenode.h"
 
+#include <QList>
+
 namespace Ovra {
 
 // A node that can have children. The base keeps none: it only sets or clears a
@@ -40,6 +42,40 @@ protected:
     // group above, frames to the animation above, unless another header stands between.
     // No line is parsed again for this.
     void releaseLines();
+
+    // For parents that keep their children of one type in a list: the row operations,
+    // with their announcements to the views.
+    template <typename Child>
+    int listedIndex(const QList<Child *> &list, const CodeNode *child) const
+    {
+        for (int i = 0; i < list.size(); ++i) {
+            if (static_cast<const CodeNode *>(list.at(i)) == child)
+                return i;
+        }
+        return -1;
+    }
+    template <typename Child>
+    void insertListed(QList<Child *> &list, CodeNode *child, uint row)
+    {
+        if (ParentCode *old = child->parent())
+            old->removeChild(child);
+        const int at = qMin(int(row), list.size());
+        beginInsert(this, at);
+        list.insert(at, static_cast<Child *>(child));
+        setParentOf(child, this);
+        endInsert();
+    }
+    template <typename Child>
+    void removeListed(QList<Child *> &list, CodeNode *child)
+    {
+        const int row = listedIndex(list, child);
+        if (row < 0)
+            return;
+        beginRemove(this, row);
+        list.removeAt(row);
+        setParentOf(child, nullptr);
+        endRemove();
+    }
 
     friend class CodeNode;
     static void setParentOf(CodeNode *child, ParentCode *parent) { child->m_parent = parent; }
