@@ -73,4 +73,16 @@ ValueCode *GroupCode::valueByName(const QString &name) const
     return nullptr;
 }
 
+QVariant GroupCode::value(const QString &name) const
+{
+    const ValueCode *found = valueByName(name);
+    return found ? found->value() : QVariant();
+}
+
+void GroupCode::removeValue(uint index)
+{
+    if (ValueCode *found = valueAt(index))
+        found->remove(true);
+}
+
 } // namespace Ovra

@@ -31,11 +31,20 @@ public:
     CodeNode *childAt(uint index) const override;
     void insertChild(CodeNode *child, uint row) override;
     void removeChild(CodeNode *child) override;
+    // Write a new value line at `index` (at the end from valueCount() on) in the
+    // engine's syntax, and return the node once parsed, or null.
+    virtual ValueCode *insertValue(uint index, const QString &name, const QVariant &value) = 0;
+    virtual ValueCode *addValue(const QString &name, const QVariant &value) = 0;
 
     uint valueCount() const { return uint(m_values.size()); }
     ValueCode *valueAt(uint index) const { return m_values.value(int(index)); }
     const QList<ValueCode *> &values() const { return m_values; }
+    // The first value of that name, or null.
     ValueCode *valueByName(const QString &name) const;
+    // Its value(), or an invalid variant.
+    QVariant value(const QString &name) const;
+    // Removes the value's line; the parse takes the node away.
+    void removeValue(uint index);
 
 private:
     QList<ValueCode *> m_values;

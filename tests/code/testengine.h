@@ -2,7 +2,8 @@
 
 // A small definition language for testing code documents through real edits:
 //   [Name]        a group (subtype 1)
-//   key = value   a value of the group above
+//   key = value   a value of the group above; key:type = value gives it a type
+//                 (the words of TestValue::typeWords())
 //   ; text        a comment, also at the end of a line
 //   <id>          an animation
 //   frame S, X, Y, D[, word...]
@@ -16,6 +17,8 @@
 #include "code/groupcode.h"
 #include "code/valuecode.h"
 
+#include <QDate>
+#include <QMap>
 #include <QStringList>
 #include <QTextBlock>
 
@@ -25,25 +28,142 @@ public:
     TestGroup(const QTextBlock &block, Ovra::CodeNode *previous, const QString &name)
         : GroupCode(block, previous, 1), m_name(name) {}
     QString name() const override { return m_name; }
-    void setName(const QString &name) override { m_name = name; }
+    void setName(const QString &name) override { change(QStringLiteral("[%1]").arg(name)); }
+
+    Ovra::ValueCode *insertValue(uint index, const QString &name, const QVariant &value) override
+    {
+        const QString text = name + QStringLiteral(" = ") + value.toString();
+        if (index < valueCount()) {
+            document()->insertBefore(valueAt(index), text, false);
+            return valueAt(index);
+        }
+        appendValue(text);
+        return valueCount() ? valueAt(valueCount() - 1) : nullptr;
+    }
+    Ovra::ValueCode *addValue(const QString &name, const QVariant &value) override
+    {
+        return insertValue(valueCount(), name, value);
+    }
+
+    // The parser keeps the node when only the name changed.
+    void rename(const QString &name) { m_name = name; }
 
 private:
     QString m_name;
 };
 
+// A value line "key = text", or "key:type = text" with one of the type words below.
+// Without a type, a whole number is an Int and anything else a String. Vectors are
+// written with commas; keywords are the words of keywords().
 class TestValue : public Ovra::ValueCode
 {
 public:
-    TestValue(const QTextBlock &block, Ovra::CodeNode *previous, const QString &key, const QString &value)
-        : ValueCode(typeOf(value), block, previous, value), key(key), value(value) {}
-    static Type typeOf(const QString &value)
+    TestValue(const QTextBlock &block, Ovra::CodeNode *previous, const QString &key, Type type, const QString &text)
+        : ValueCode(type, block, previous, read(type, text)), key(key), value(text) {}
+
+    static const QMap<QString, Type> &typeWords()
+    {
+        static const QMap<QString, Type> words{
+            {QStringLiteral("str"), String},        {QStringLiteral("bool"), Bool},
+            {QStringLiteral("file"), File},         {QStringLiteral("date"), Date},
+            {QStringLiteral("kw"), Keyword},        {QStringLiteral("kwv"), KeywordVector},
+            {QStringLiteral("float"), Float},       {QStringLiteral("fvec2"), FloatVec2},
+            {QStringLiteral("fvec3"), FloatVec3},   {QStringLiteral("fvec4"), FloatVec4},
+            {QStringLiteral("fvec"), FloatVector},  {QStringLiteral("int"), Int},
+            {QStringLiteral("ivec2"), IntVec2},     {QStringLiteral("ivec3"), IntVec3},
+            {QStringLiteral("ivec4"), IntVec4},     {QStringLiteral("ivec"), IntVector},
+        };
+        return words;
+    }
+    static QStringList testKeywords()
+    {
+        return {QStringLiteral("none"), QStringLiteral("low"), QStringLiteral("high"), QStringLiteral("max")};
+    }
+    static Type untypedType(const QString &text)
     {
         bool number = false;
-        value.toInt(&number);
+        text.toInt(&number);
         return number ? Int : String;
     }
+    // The text of a value as the language reads it, into the variant the node is made of.
+    static QVariant read(Type type, const QString &text)
+    {
+        QVariantList items;
+        for (const QString &item : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            const QString word = item.trimmed();
+            const int keyword = testKeywords().indexOf(word);
+            if (type == KeywordVector)
+                items << (keyword < 0 ? QVariant() : QVariant(uint(keyword)));
+            else
+                items << word;
+        }
+        switch (type) {
+        case Bool:
+            return text == QLatin1String("1") || text == QLatin1String("true");
+        case Date:
+            return QDate::fromString(text, Qt::ISODate);
+        case Keyword:
+            return uint(qMax(0, testKeywords().indexOf(text)));
+        case Float:
+            return text.toDouble();
+        case Int:
+            return text.toInt();
+        case KeywordVector:
+        case FloatVec2:
+        case FloatVec3:
+        case FloatVec4:
+        case FloatVector:
+        case IntVec2:
+        case IntVec3:
+        case IntVec4:
+        case IntVector: {
+            const bool real = type >= FloatVec2 && type <= FloatVector;
+            if (type != KeywordVector) {
+                for (QVariant &item : items)
+                    item = real ? QVariant(item.toString().toDouble()) : QVariant(item.toString().toInt());
+            }
+            return items;
+        }
+        default:
+            return text;
+        }
+    }
+
     QString name() const override { return key; }
-    void setName(const QString &name) override { key = name; }
+    void setName(const QString &name) override { key = name; write(rawValue()); }
+    QStringList keywords() const override { return testKeywords(); }
+    QString keyword(uint index) const override { return testKeywords().value(int(index)); }
+
+    // The text the language writes for a value of this node's type.
+    QString text(const QVariant &data) const
+    {
+        if (valueType() == KeywordVector && data.userType() == QMetaType::QVariantList) {
+            QStringList words;
+            for (const QVariant &item : data.toList())
+                words << keyword(item.toUInt());
+            return words.join(QStringLiteral(", "));
+        }
+        return asString(valueType(), convertFrom(valueType(), data), QLatin1Char(','));
+    }
+    // Rewrites the line; the parse brings the value back.
+    void write(const QVariant &data)
+    {
+        const QString word = typeWords().key(valueType());
+        const QString typed = word.isEmpty() || untypedType(text(data)) == valueType() ? key : key + QLatin1Char(':') + word;
+        change(typed + QStringLiteral(" = ") + text(data));
+    }
+    // From the parser, for a line read again into this node.
+    void update(const QString &newKey, const QString &newText)
+    {
+        const bool renamed = newKey != key;
+        key = newKey;
+        value = newText;
+        if (renamed)
+            valueChanged(read(valueType(), newText));
+        else
+            setValue(read(valueType(), newText));
+    }
+
     QString key;
     QString value;
 };
@@ -239,7 +359,7 @@ public:
             if (syntax)
                 syntax->token(Ovra::CodeParserSyntax::TokenType(4), 0, line.indexOf(QLatin1Char(']')) + 1);
             if (oldNode && oldNode->type() == Ovra::CodeNode::Group) {
-                static_cast<TestGroup *>(oldNode)->setName(name);
+                static_cast<TestGroup *>(oldNode)->rename(name);
                 return oldNode;
             }
             return new TestGroup(block, previous, name);
@@ -264,8 +384,20 @@ public:
         }
         const int equals = code.indexOf(QLatin1Char('='));
         if (equals > 0) {
-            const QString key = code.left(equals).trimmed();
+            QString key = code.left(equals).trimmed();
             const QString value = code.mid(equals + 1).trimmed();
+            Ovra::ValueCode::Type type = TestValue::untypedType(value);
+            const int colon = key.indexOf(QLatin1Char(':'));
+            if (colon > 0) {
+                const auto found = TestValue::typeWords().constFind(key.mid(colon + 1));
+                if (found == TestValue::typeWords().constEnd()) {
+                    if (syntax)
+                        syntax->error(Ovra::CodeParserSyntax::TokenType(2), QStringLiteral("Unknown type"), colon, equals);
+                    return nullptr;
+                }
+                type = *found;
+                key = key.left(colon);
+            }
             // A version line concerns the whole file.
             if (key == QLatin1String("version"))
                 root->setVersion(value.toUShort(), true);
@@ -273,13 +405,12 @@ public:
                 syntax->token(Ovra::CodeParserSyntax::TokenType(3), 0, line.indexOf(QLatin1Char('=')));
             if (value.isEmpty() && syntax)
                 syntax->warning(Ovra::CodeParserSyntax::TokenType(3), QStringLiteral("Empty value"), 0, equals);
-            if (oldNode && oldNode->type() == Ovra::CodeNode::Value) {
-                auto *old = static_cast<TestValue *>(oldNode);
-                old->key = key;
-                old->value = value;
-                return old;
+            if (oldNode && oldNode->type() == Ovra::CodeNode::Value
+                && static_cast<TestValue *>(oldNode)->valueType() == type) {
+                static_cast<TestValue *>(oldNode)->update(key, value);
+                return oldNode;
             }
-            return new TestValue(block, previous, key, value);
+            return new TestValue(block, previous, key, type, value);
         }
         if (syntax)
             syntax->error(Ovra::CodeParserSyntax::TokenType(2), QStringLiteral("Unknown line"), 0, line.size());

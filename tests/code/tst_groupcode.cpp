@@ -16,6 +16,9 @@ public:
     Group(const QTextBlock &block, CodeNode *previous) : GroupCode(block, previous, 1) {}
     QString name() const override { return block().text(); }
     void setName(const QString &) override {}
+    // Over a plain text document there is no code document to write into.
+    ValueCode *insertValue(uint, const QString &, const QVariant &) override { return nullptr; }
+    ValueCode *addValue(const QString &, const QVariant &) override { return nullptr; }
 };
 
 class Value : public ValueCode
@@ -24,6 +27,8 @@ public:
     Value(const QTextBlock &block, CodeNode *previous) : ValueCode(String, block, previous, QVariant()) {}
     QString name() const override { return block().text().section(QLatin1Char(' '), 0, 0); }
     void setName(const QString &) override {}
+    QStringList keywords() const override { return {}; }
+    QString keyword(uint) const override { return QString(); }
 };
 
 QStringList names(const GroupCode *group)
