@@ -9,9 +9,12 @@
 //   frame S, X, Y, D[, word...]
 //                 a frame of the animation above: sprite, offset, delay; the words
 //                 H and V flip it, loop makes it the loop point, #name names it
+//   box a X1, Y1, X2, Y2 / box c ...
+//                 an attack or collision box of the frame above
 // Anything else is an error of its line.
 
 #include "code/animationcode.h"
+#include "code/animations.h"
 #include "code/codedocument.h"
 #include "code/framecode.h"
 #include "code/groupcode.h"
@@ -59,7 +62,7 @@ class TestValue : public Ovra::ValueCode
 {
 public:
     TestValue(const QTextBlock &block, Ovra::CodeNode *previous, const QString &key, Type type, const QString &text)
-        : ValueCode(type, block, previous, read(type, text)), key(key), value(text) {}
+        : ValueCode(type, block, previous, read(type, text)), key(key), source(text) {}
 
     static const QMap<QString, Type> &typeWords()
     {
@@ -157,7 +160,7 @@ public:
     {
         const bool renamed = newKey != key;
         key = newKey;
-        value = newText;
+        source = newText;
         if (renamed)
             valueChanged(read(valueType(), newText));
         else
@@ -165,24 +168,87 @@ public:
     }
 
     QString key;
-    QString value;
+    QString source; // the value's text as the line has it
 };
 
-// Boxes are not written in this language: the lists stay empty.
+// "box a X1, Y1, X2, Y2" (attack) or "box c ..." (collision): a box of the frame above,
+// with the boxes between them.
+class TestBox : public Ovra::ContactBoxCode
+{
+public:
+    TestBox(const QTextBlock &block, Ovra::CodeNode *previous, BoxType type, const QRect &rect)
+        : ContactBoxCode(block, previous), type(type), box(rect) {}
+
+    static QString text(BoxType type, const QRect &rect)
+    {
+        return QStringLiteral("box %1 %2, %3, %4, %5")
+            .arg(type == Attack ? QLatin1Char('a') : QLatin1Char('c'))
+            .arg(rect.left()).arg(rect.top()).arg(rect.right()).arg(rect.bottom());
+    }
+
+    BoxType boxType() const override { return type; }
+    QRect rect() const override { return box; }
+    void setRect(const QRect &rect) override { change(text(type, rect)); }
+    QStringList propertyNames() const override { return {QStringLiteral("Rect")}; }
+    QVariant property(const QString &name) const override
+    {
+        return name == QLatin1String("Rect") ? QVariant(box) : QVariant();
+    }
+    void setProperty(const QString &name, const QVariant &value) override
+    {
+        if (name == QLatin1String("Rect"))
+            setRect(value.toRect());
+    }
+
+    BoxType type;
+    QRect box;
+};
+
+// The boxes of one type of a frame: the box lines right below it, found anew on each
+// call, so that nothing points at a line that went.
 class TestBoxes : public Ovra::ContactBoxesCode
 {
 public:
     explicit TestBoxes(Ovra::ContactBoxCode::BoxType type) : m_type(type) {}
-    Ovra::FrameCode *frame() const override { return nullptr; }
+    Ovra::FrameCode *frame() const override { return m_frame; }
+    void setFrame(Ovra::FrameCode *frame) { m_frame = frame; }
     Ovra::ContactBoxCode::BoxType boxType() const override { return m_type; }
-    uint count() const override { return 0; }
-    Ovra::ContactBoxCode *at(uint) const override { return nullptr; }
-    Ovra::ContactBoxCode *append(const QRect &) override { return nullptr; }
-    void remove(uint) override {}
-    void clear() override {}
+    QList<Ovra::ContactBoxCode *> boxes() const
+    {
+        QList<Ovra::ContactBoxCode *> list;
+        for (Ovra::CodeNode *node = m_frame->next(); node && node->type() == Ovra::CodeNode::HitBox; node = node->next()) {
+            auto *box = static_cast<Ovra::ContactBoxCode *>(node);
+            if (box->boxType() == m_type)
+                list << box;
+        }
+        return list;
+    }
+    uint count() const override { return uint(boxes().size()); }
+    Ovra::ContactBoxCode *at(uint index) const override { return boxes().value(int(index)); }
+    Ovra::ContactBoxCode *append(const QRect &rect) override
+    {
+        Ovra::CodeNode *last = m_frame;
+        while (last->next() && last->next()->type() == Ovra::CodeNode::HitBox)
+            last = last->next();
+        m_frame->document()->insertAfter(last, TestBox::text(m_type, rect), true);
+        return count() ? at(count() - 1) : nullptr;
+    }
+    void remove(uint index) override
+    {
+        if (Ovra::ContactBoxCode *box = at(index))
+            box->remove(false);
+    }
+    void clear() override
+    {
+        m_frame->document()->beginChange();
+        while (count())
+            remove(0);
+        m_frame->document()->endChange();
+    }
 
 private:
     Ovra::ContactBoxCode::BoxType m_type;
+    Ovra::FrameCode *m_frame = nullptr;
 };
 
 class TestFrame : public Ovra::FrameCode
@@ -193,6 +259,8 @@ public:
                     new TestBoxes(Ovra::ContactBoxCode::Collision))
         , fields(fields)
     {
+        static_cast<TestBoxes *>(contactBoxes(Ovra::ContactBoxCode::Attack))->setFrame(this);
+        static_cast<TestBoxes *>(contactBoxes(Ovra::ContactBoxCode::Collision))->setFrame(this);
     }
 
     QString field(int i) const { return fields.value(i).trimmed(); }
@@ -331,6 +399,24 @@ public:
     QString id;
 };
 
+class TestAnimations : public Ovra::Animations
+{
+public:
+    explicit TestAnimations(Ovra::CodeDocument *document) : Animations(document)
+    {
+        document->registerNodeFile(this, Ovra::CodeNode::Animation, 0);
+    }
+    QVariant newIdentifier() const override
+    {
+        int id = 0;
+        while (find(0, id) >= 0)
+            ++id;
+        return id;
+    }
+    QString animationTemplate() const override { return QStringLiteral("<%1>\n"); }
+    void free() override { delete this; }
+};
+
 class TestParser : public Ovra::CodeParser
 {
 public:
@@ -371,6 +457,19 @@ public:
                 return oldNode;
             }
             return new TestAnimation(block, previous, id);
+        }
+        if (code.startsWith(QLatin1String("box a ")) || code.startsWith(QLatin1String("box c "))) {
+            const QStringList corners = code.mid(6).split(QLatin1Char(','));
+            const QRect rect(QPoint(corners.value(0).trimmed().toInt(), corners.value(1).trimmed().toInt()),
+                             QPoint(corners.value(2).trimmed().toInt(), corners.value(3).trimmed().toInt()));
+            const auto type = code.at(4) == QLatin1Char('a') ? Ovra::ContactBoxCode::Attack : Ovra::ContactBoxCode::Collision;
+            if (oldNode && oldNode->type() == Ovra::CodeNode::HitBox) {
+                auto *box = static_cast<TestBox *>(oldNode);
+                box->type = type;
+                box->box = rect;
+                return box;
+            }
+            return new TestBox(block, previous, type, rect);
         }
         if (code.startsWith(QLatin1String("frame "))) {
             QStringList fields = code.mid(6).split(QLatin1Char(','));

@@ -155,7 +155,7 @@ void CodeDocumentTest::editingALineKeepsItsNode()
     const int calls = document.parser.calls;
     replaceLine(document, 1, QStringLiteral("life = 900"));
     QCOMPARE(document.nodeInBlock(document.findBlockByNumber(1)), life);
-    QCOMPARE(static_cast<TestValue *>(life)->value, QStringLiteral("900"));
+    QCOMPARE(static_cast<TestValue *>(life)->source, QStringLiteral("900"));
     // The edit removed up to the end of its line, so the line after it is read as well;
     // no state changed, so nothing further.
     QCOMPARE(document.parser.calls - calls, 2);
@@ -630,7 +630,7 @@ void CodeDocumentTest::changeKeepsCommentAndColumns()
     QCOMPARE(document->commentMarker(), QStringLiteral(";"));
     document->nodeInBlock(document->findBlockByNumber(1))->change(QStringLiteral("power = 3000"));
     QCOMPARE(document->findBlockByNumber(1).text(), line);
-    QCOMPARE(static_cast<TestValue *>(document->nodeInBlock(document->findBlockByNumber(1)))->value,
+    QCOMPARE(static_cast<TestValue *>(document->nodeInBlock(document->findBlockByNumber(1)))->source,
              QStringLiteral("3000"));
     character->release();
 }
