@@ -265,7 +265,6 @@ public:
 
     QString field(int i) const { return fields.value(i).trimmed(); }
     void write(const QStringList &next) { change(QStringLiteral("frame ") + next.join(QStringLiteral(", "))); }
-    bool hasWord(const QString &word) const { return fields.mid(4).contains(word); }
     void setField(int i, const QString &text)
     {
         QStringList next = fields;
@@ -274,34 +273,77 @@ public:
         next[i] = text;
         write(next);
     }
+    // The words behind the four fields: H, V, loop, #name, and tagged words tag=value.
+    QStringList words() const { return fields.mid(4); }
+    bool hasWord(const QString &word) const { return words().contains(word); }
+    QString tagged(const QString &tag) const
+    {
+        for (const QString &word : words()) {
+            if (word.startsWith(tag + QLatin1Char('=')))
+                return word.mid(tag.size() + 1);
+        }
+        return QString();
+    }
+    // Writes the line once with the words changed: `drop` says which words go, `add`
+    // what comes in.
+    template <typename Drop>
+    void rewrite(Drop drop, const QStringList &add)
+    {
+        QStringList next = fields.mid(0, 4);
+        while (next.size() < 4)
+            next << QStringLiteral("0");
+        for (const QString &word : words()) {
+            if (!drop(word))
+                next << word;
+        }
+        write(next + add);
+    }
     void setWord(const QString &word, bool on)
     {
-        QStringList next = fields;
-        next.removeAll(word);
-        if (on)
-            next << word;
-        write(next);
+        rewrite([&](const QString &w) { return w == word; }, on ? QStringList{word} : QStringList());
+    }
+    void setTagged(const QString &tag, const QString &value)
+    {
+        rewrite([&](const QString &w) { return w.startsWith(tag + QLatin1Char('=')); },
+                value.isEmpty() ? QStringList() : QStringList{tag + QLatin1Char('=') + value});
     }
 
     QVariant property(const QString &name) const override
     {
-        if (name == QLatin1String("Delay"))
-            return delay();
-        if (name == QLatin1String("Offset"))
-            return offset();
-        if (name == QLatin1String("LoopPoint"))
-            return isLoopPoint();
-        if (name == QLatin1String("Identifier"))
-            return identifier();
-        return QVariant();
+        switch (propertyNames().indexOf(name)) {
+        case 0: return identifier();
+        case 1: return offset();
+        case 2: return delay();
+        case 3: return scale();
+        case 4: return angle();
+        case 5: return uint(flipFlags());
+        case 6: return isLoopPoint();
+        default: return QVariant();
+        }
     }
     void setProperty(const QString &name, const QVariant &value) override
     {
-        if (name == QLatin1String("Delay"))
-            setDelay(value.toInt());
+        switch (propertyNames().indexOf(name)) {
+        case 0: setIdentifier(value.toString()); break;
+        case 1: {
+            QStringList next = fields;
+            while (next.size() < 4)
+                next << QStringLiteral("0");
+            next[1] = QString::number(value.toPoint().x());
+            next[2] = QString::number(value.toPoint().y());
+            write(next);
+            break;
+        }
+        case 2: setDelay(value.toInt()); break;
+        case 3: setScale(value.toPointF()); break;
+        case 4: setAngle(value.toDouble()); break;
+        case 5: setFlipFlags(value.toUInt()); break;
+        case 6: setLoopPoint(value.toBool()); break;
+        default: break;
+        }
     }
 
-    Ovra::Sprite *sprite() const override { return nullptr; }
+    Ovra::Sprite *sprite() const override { return nullptr; } // sprites come with the image code
     QVariant spriteId() const override { return field(0); }
     int offsetX() const override { return field(1).toInt(); }
     void setOffsetX(int x) override { setField(1, QString::number(x)); }
@@ -310,7 +352,7 @@ public:
     void setSpriteId(const QVariant &id) override { setField(0, id.toString()); }
     QString identifier() const override
     {
-        for (const QString &word : fields.mid(4)) {
+        for (const QString &word : words()) {
             if (word.startsWith(QLatin1Char('#')))
                 return word.mid(1);
         }
@@ -318,25 +360,33 @@ public:
     }
     void setIdentifier(const QString &identifier) override
     {
-        QStringList next = fields;
-        for (int i = next.size() - 1; i >= 4; --i) {
-            if (next.at(i).startsWith(QLatin1Char('#')))
-                next.removeAt(i);
-        }
-        if (!identifier.isEmpty())
-            next << QLatin1Char('#') + identifier;
-        write(next);
+        rewrite([](const QString &w) { return w.startsWith(QLatin1Char('#')); },
+                identifier.isEmpty() ? QStringList() : QStringList{QLatin1Char('#') + identifier});
     }
     int delay() const override { return field(3).toInt(); }
     void setDelay(int ticks) override { setField(3, QString::number(ticks)); }
-    double scaleX() const override { return 1.0; }
-    void setScaleX(double) override {}
-    double scaleY() const override { return 1.0; }
-    void setScaleY(double) override {}
-    QPointF scale() const override { return QPointF(1.0, 1.0); }
-    void setScale(const QPointF &) override {}
-    double angle() const override { return 0.0; }
-    void setAngle(double) override {}
+    // scale=X:Y, 1:1 when not written
+    QPointF scale() const override
+    {
+        const QString text = tagged(QStringLiteral("scale"));
+        if (text.isEmpty())
+            return QPointF(1.0, 1.0);
+        return QPointF(text.section(QLatin1Char(':'), 0, 0).toDouble(), text.section(QLatin1Char(':'), 1, 1).toDouble());
+    }
+    void setScale(const QPointF &scale) override
+    {
+        const bool plain = scale == QPointF(1.0, 1.0);
+        setTagged(QStringLiteral("scale"), plain ? QString() : QStringLiteral("%1:%2").arg(scale.x()).arg(scale.y()));
+    }
+    double scaleX() const override { return scale().x(); }
+    void setScaleX(double x) override { setScale(QPointF(x, scaleY())); }
+    double scaleY() const override { return scale().y(); }
+    void setScaleY(double y) override { setScale(QPointF(scaleX(), y)); }
+    double angle() const override { return tagged(QStringLiteral("angle")).toDouble(); }
+    void setAngle(double degrees) override
+    {
+        setTagged(QStringLiteral("angle"), qFuzzyIsNull(degrees) ? QString() : QString::number(degrees));
+    }
     bool isLoopPoint() const override { return hasWord(QStringLiteral("loop")); }
     quint8 flipFlags() const override
     {
@@ -344,20 +394,57 @@ public:
     }
     void setFlipFlags(uint flags) override
     {
-        setWord(QStringLiteral("H"), flags & Horizontal);
-        setWord(QStringLiteral("V"), flags & Vertical);
+        QStringList add;
+        if (flags & Horizontal)
+            add << QStringLiteral("H");
+        if (flags & Vertical)
+            add << QStringLiteral("V");
+        rewrite([](const QString &w) { return w == QLatin1String("H") || w == QLatin1String("V"); }, add);
     }
-    Blend::Mode blendMode() const override { return Blend::None; }
-    void setBlendMode(Blend::Mode) override {}
-    double blendSource() const override { return 0.0; }
-    void setBlendSource(double) override {}
-    double blendDestination() const override { return 0.0; }
-    void setBlendDestination(double) override {}
-    Blend blend() const override { return Blend(); }
-    void setBlend(const Blend &) override {}
+    // blend=MODE:SOURCE:DESTINATION with the mode as its number
+    Blend blend() const override
+    {
+        const QStringList parts = tagged(QStringLiteral("blend")).split(QLatin1Char(':'));
+        Blend result;
+        if (parts.size() == 3) {
+            result.mode = Blend::Mode(qBound(0, parts.at(0).toInt(), 6));
+            result.source = parts.at(1).toDouble();
+            result.destination = parts.at(2).toDouble();
+        }
+        return result;
+    }
+    void setBlend(const Blend &blend) override
+    {
+        setTagged(QStringLiteral("blend"), blend.mode == Blend::None ? QString()
+                                           : QStringLiteral("%1:%2:%3").arg(int(blend.mode)).arg(blend.source).arg(blend.destination));
+    }
+    Blend::Mode blendMode() const override { return blend().mode; }
+    void setBlendMode(Blend::Mode mode) override
+    {
+        Blend next = blend();
+        next.mode = mode;
+        setBlend(next);
+    }
+    double blendSource() const override { return blend().source; }
+    void setBlendSource(double factor) override
+    {
+        Blend next = blend();
+        next.source = factor;
+        setBlend(next);
+    }
+    double blendDestination() const override { return blend().destination; }
+    void setBlendDestination(double factor) override
+    {
+        Blend next = blend();
+        next.destination = factor;
+        setBlend(next);
+    }
     void setLoopPoint(bool loop) override { setWord(QStringLiteral("loop"), loop); }
-    uint interpolation() const override { return 0; }
-    void setInterpolation(uint) override {}
+    uint interpolation() const override { return tagged(QStringLiteral("interp")).toUInt(); }
+    void setInterpolation(uint flags) override
+    {
+        setTagged(QStringLiteral("interp"), flags ? QString::number(flags) : QString());
+    }
 
     QStringList fields;
 };

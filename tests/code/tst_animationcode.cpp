@@ -68,6 +68,9 @@ private slots:
     void frameOperations();
     void modelNamesFrames();
     void codeAndSetCode();
+    void framePropertiesWriteTheLine_data();
+    void framePropertiesWriteTheLine();
+    void contactBoxes();
 };
 
 void AnimationCodeTest::framesFollowTheirHeader_data()
@@ -211,6 +214,25 @@ void AnimationCodeTest::frameOperations()
     b->setFlipFlags(FrameCode::Both);
     QCOMPARE(walk->frameAt(1), b);
     QCOMPARE(document.findBlockByNumber(3).text(), QStringLiteral("frame b, 1, 2, 9, H, V"));
+    FrameCode::Blend blend;
+    blend.mode = FrameCode::Blend::Addition;
+    blend.source = 0.5;
+    blend.destination = 1;
+    b->setBlend(blend);
+    b->setBlendDestination(0.25);
+    QCOMPARE(b->blendMode(), FrameCode::Blend::Addition);
+    QCOMPARE(b->blendSource(), 0.5);
+    QCOMPARE(b->blendDestination(), 0.25);
+    b->setScaleY(3);
+    QCOMPARE(b->scale(), QPointF(1, 3));
+    b->setInterpolation(5);
+    QCOMPARE(b->interpolation(), 5u);
+    QCOMPARE(document.findBlockByNumber(3).text(),
+             QStringLiteral("frame b, 1, 2, 9, H, V, blend=1:0.5:0.25, scale=1:3, interp=5"));
+    b->setBlendMode(FrameCode::Blend::None);
+    b->setScale(QPointF(1, 1));
+    b->setInterpolation(0);
+    QCOMPARE(document.findBlockByNumber(3).text(), QStringLiteral("frame b, 1, 2, 9, H, V"));
     run->frameAt(1)->setLoopPoint(true);
     run->frameAt(0)->setLoopPoint(false);
     QCOMPARE(run->loopPoint(), 1u);
@@ -256,6 +278,78 @@ void AnimationCodeTest::codeAndSetCode()
     QCOMPARE(document.toString(), QStringLiteral("<stand>\nframe s, 0, 0, 10\n\n<run>\nframe c, 0, 0, 3, loop\n"
                                                  "frame d, 0, 0, -1, #land\n"));
     QCOMPARE(frameLists(document), QStringList({"stand: s", "run: c d"}));
+}
+
+void AnimationCodeTest::framePropertiesWriteTheLine_data()
+{
+    QTest::addColumn<QString>("property");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("line");
+
+    QTest::addRow("identifier") << "Identifier" << QVariant(QStringLiteral("hit")) << "frame b, 1, 2, 5, H, #hit";
+    QTest::addRow("offset") << "Offset" << QVariant(QPoint(-3, 7)) << "frame b, -3, 7, 5, H";
+    QTest::addRow("delay") << "Delay" << QVariant(-1) << "frame b, 1, 2, -1, H";
+    QTest::addRow("scale") << "Scale" << QVariant(QPointF(2, 0.5)) << "frame b, 1, 2, 5, H, scale=2:0.5";
+    QTest::addRow("angle") << "Angle" << QVariant(90.0) << "frame b, 1, 2, 5, H, angle=90";
+    QTest::addRow("flip") << "Flip" << QVariant(uint(FrameCode::Vertical)) << "frame b, 1, 2, 5, V";
+    QTest::addRow("no flip") << "Flip" << QVariant(uint(FrameCode::None)) << "frame b, 1, 2, 5";
+    QTest::addRow("loop point") << "LoopPoint" << QVariant(true) << "frame b, 1, 2, 5, H, loop";
+}
+
+void AnimationCodeTest::framePropertiesWriteTheLine()
+{
+    QFETCH(QString, property);
+    QFETCH(QVariant, value);
+    QFETCH(QString, line);
+
+    TestDocument document;
+    document.fromString(QString::fromLatin1(twoAnimations));
+    FrameCode *frame = animation(document, 0)->frameAt(1);
+    frame->setProperty(property, value);
+    QCOMPARE(document.findBlockByNumber(3).text(), line);
+    // Read back from the new text by the same node, in one undo step.
+    QCOMPARE(animation(document, 0)->frameAt(1), frame);
+    QCOMPARE(frame->property(property), value);
+    document.undo();
+    QCOMPARE(document.toString(), QString::fromLatin1(twoAnimations));
+}
+
+void AnimationCodeTest::contactBoxes()
+{
+    TestDocument document;
+    document.fromString(QString::fromLatin1(twoAnimations));
+    FrameCode *frame = animation(document, 1)->frameAt(0);
+    ContactBoxesCode *attack = frame->contactBoxes(ContactBoxCode::Attack);
+    ContactBoxesCode *collision = frame->contactBoxes(ContactBoxCode::Collision);
+    QCOMPARE(attack->frame(), frame);
+    QCOMPARE(attack->count(), 0u);
+
+    ContactBoxCode *hit = attack->append(QRect(QPoint(0, 0), QPoint(10, 20)));
+    ContactBoxCode *body = collision->append(QRect(QPoint(-5, -5), QPoint(5, 5)));
+    attack->append(QRect(QPoint(1, 1), QPoint(2, 2)));
+    QVERIFY(hit && body);
+    QCOMPARE(attack->count(), 2u);
+    QCOMPARE(collision->count(), 1u);
+    QCOMPARE(attack->at(0), hit);
+    QCOMPARE(hit->type(), CodeNode::HitBox);
+    QCOMPARE(hit->boxType(), ContactBoxCode::Attack);
+    QCOMPARE(document.toString(), QStringLiteral("<walk>\nframe a, 0, 0, 4\n; a note\nframe b, 1, 2, 5, H\n<run>\n"
+                                                 "frame c, 0, 0, 3, loop\nbox a 0, 0, 10, 20\nbox c -5, -5, 5, 5\n"
+                                                 "box a 1, 1, 2, 2\nframe d, 0, 0, -1, #land\n"));
+    // Boxes are no frames: the animation still has two.
+    QCOMPARE(animation(document, 1)->frameCount(), 2u);
+
+    body->setRect(QRect(QPoint(0, 0), QPoint(3, 4)));
+    QCOMPARE(collision->at(0)->rect(), QRect(QPoint(0, 0), QPoint(3, 4)));
+    attack->remove(1);
+    QCOMPARE(attack->count(), 1u);
+    attack->remove(5); // nothing there
+    attack->clear();
+    QCOMPARE(attack->count(), 0u);
+    QCOMPARE(collision->count(), 1u);
+    // The whole clearing is one step back.
+    document.undo();
+    QCOMPARE(attack->count(), 1u);
 }
 
 QTEST_MAIN(AnimationCodeTest)
