@@ -83,8 +83,13 @@ void Animations::insertChild(CodeNode *node, uint index)
 
 void Animations::removeChild(CodeNode *node)
 {
-    const int row = d->animations.indexOf(static_cast<AnimationCode *>(node));
-    if (row < 0 || node->type() != CodeNode::Animation)
+    // The node may be half way through its destructor: it is compared, never cast.
+    int row = -1;
+    for (int i = 0; i < d->animations.size() && row < 0; ++i) {
+        if (static_cast<CodeNode *>(d->animations.at(i)) == node)
+            row = i;
+    }
+    if (row < 0)
         return;
     if (!d->moving)
         beginRemoveRows(QModelIndex(), row, row);
@@ -95,7 +100,11 @@ void Animations::removeChild(CodeNode *node)
 
 void Animations::childChanged(CodeNode *node)
 {
-    const int row = node->type() == CodeNode::Animation ? indexOf(static_cast<AnimationCode *>(node)) : -1;
+    int row = -1;
+    for (int i = 0; i < d->animations.size() && row < 0; ++i) {
+        if (static_cast<CodeNode *>(d->animations.at(i)) == node)
+            row = i;
+    }
     if (row >= 0 && !d->moving)
         emit dataChanged(index(row), index(row));
 }

@@ -32,6 +32,11 @@ CodeNode::CodeNode(Type type, const QTextBlock &block, CodeNode *previous)
 
 void CodeNode::release()
 {
+    // Out of the tree while the node is still whole: views and node files that read
+    // the row as it goes find every operation of the node's own class. (The destructor
+    // does the same for a node deleted directly, when only the base is left.)
+    if (m_parent)
+        m_parent->removeChild(this);
     delete this;
 }
 
