@@ -1,29 +1,412 @@
 #include "project/parentproject.h"
 
+#include "engine/engine.h"
 #include "foundation/archive.h"
+#include "foundation/filesystemarchive.h"
+#include "foundation/interface.h"
+#include "project/project.h"
+
+#include <QFileSystemWatcher>
+#include <QMap>
+#include <QProcess>
+
+#include <algorithm>
 
 namespace Ovra {
 
-struct ParentProjectPrivate
+// The root of the tree, and all the state of the parent project.
+struct ParentProjectPrivate : public QObject, public ParentProject::DirectoryPath
 {
-    QString basePath;
-    Archive *archive = nullptr; // counted
+    ParentProjectPrivate(ParentProject *owner, const QString &basePath, Archive &archive);
+    ~ParentProjectPrivate() override;
+
+    bool onFileSystem() const { return archive == &FileSystemArchive::instance(); }
+    // Rows of nodes in the tree are announced; a node being built lists its directory
+    // before it has a row, silently.
+    void insertChild(BasePath *into, int row, Path *child) override;
+    void removeChild(BasePath *from, int row) override;
+    bool isAttached(const BasePath *node) const;
+    // The node of a path relative to the root, or null.
+    BasePath *relativePath(const QString &path) const;
+    bool contains(const ParentProject::Path *node) const;
+    // The node, or a node below it, is where an open project stands.
+    bool holdsProject(const ParentProject::Path *node) const;
+    void directoryChanged(const QString &path);
+
+    QStringList baseParts;
+    Archive *archive;
     uint refCount = 0;
-    QList<Project *> projects;
+    ParentProject *model;
+    QMap<Project *, const ParentProject::Path *> projects;
+    // The file and dummy nodes entered for a project that stands at the root.
+    QMap<Project *, QList<const ParentProject::Path *>> rootEntries;
+    QFileSystemWatcher watcher;
 };
 
-ParentProject::ParentProject(const QString &basePath, Archive &archive)
-    : d(new ParentProjectPrivate)
+namespace {
+
+using Path = ParentProject::Path;
+using BasePath = ParentProject::BasePath;
+
+BasePath *base(Path *path)
 {
-    d->basePath = basePath;
-    d->archive = &archive;
-    archive.addRef();
+    return static_cast<BasePath *>(path);
 }
 
-ParentProject::~ParentProject()
+const BasePath *base(const Path *path)
 {
-    d->archive->release();
+    return static_cast<const BasePath *>(path);
 }
+
+ParentProjectPrivate *rootOf(const BasePath *node)
+{
+    while (node->parent())
+        node = node->parent();
+    return static_cast<ParentProjectPrivate *>(const_cast<BasePath *>(node));
+}
+
+// The node is `top` or lies below it.
+bool within(const Path *node, const Path *top)
+{
+    for (const BasePath *up = base(node); up; up = up->parent()) {
+        if (up == top)
+            return true;
+    }
+    return false;
+}
+
+QString withoutTrailingSlash(QString path)
+{
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path;
+}
+
+} // namespace
+
+// ---- nodes -----------------------------------------------------------------------------
+
+ParentProject::Path::~Path() = default;
+
+int ParentProject::Path::fileType() const
+{
+    return isListed() ? 0 : -1;
+}
+
+ParentProject *ParentProject::Path::parentProject() const
+{
+    return nullptr;
+}
+
+void ParentProject::Path::insertChild(BasePath *, int, Path *)
+{
+}
+
+void ParentProject::Path::removeChild(BasePath *, int)
+{
+}
+
+ParentProject::BasePath::BasePath(BasePath *parent, const QString &name)
+    : m_parent(parent)
+    , m_name(name)
+{
+}
+
+ParentProject::BasePath::~BasePath()
+{
+    qDeleteAll(m_children);
+}
+
+QString ParentProject::BasePath::path() const
+{
+    QString result = m_parent ? m_parent->path() : QString();
+    result += m_name;
+    if (isDirectory() && !result.isEmpty() && !result.endsWith(QLatin1Char('/')))
+        result += QLatin1Char('/');
+    return result;
+}
+
+QString ParentProject::BasePath::name() const
+{
+    return m_name;
+}
+
+ParentProject *ParentProject::BasePath::parentProject() const
+{
+    return rootOf(this)->model;
+}
+
+void ParentProject::BasePath::insertChild(BasePath *into, int row, Path *child)
+{
+    if (m_parent)
+        m_parent->insertChild(into, row, child);
+}
+
+void ParentProject::BasePath::removeChild(BasePath *from, int row)
+{
+    if (m_parent)
+        m_parent->removeChild(from, row);
+}
+
+ParentProject::BasePath *ParentProject::BasePath::child(const QString &name) const
+{
+    for (Path *node : m_children) {
+        if (node->name() == name)
+            return base(node);
+    }
+    return nullptr;
+}
+
+int ParentProject::BasePath::rowOf(const Path *child) const
+{
+    for (int row = 0; row < m_children.size(); ++row) {
+        if (m_children.at(row) == child)
+            return row;
+    }
+    return -1;
+}
+
+void ParentProject::BasePath::addChild(Path *child)
+{
+    insertChild(this, m_children.size(), child);
+}
+
+ParentProject::DirectoryPath::DirectoryPath(BasePath *parent, const QString &name, PathType type,
+                                            const QStringList &filters)
+    : BasePath(parent, name)
+    , m_type(type)
+    , m_filters(filters)
+{
+    // The root starts to watch once the whole parent project stands.
+    if (parent)
+        startWatching();
+}
+
+ParentProject::DirectoryPath::~DirectoryPath()
+{
+    // Children first, while the way to the root still holds.
+    qDeleteAll(m_children);
+    m_children.clear();
+    if (m_type != NoListing && m_parent) {
+        ParentProjectPrivate *root = rootOf(this);
+        if (root->onFileSystem())
+            root->watcher.removePath(path());
+    }
+}
+
+void ParentProject::DirectoryPath::startWatching()
+{
+    if (m_type == NoListing)
+        return;
+    ParentProjectPrivate *root = rootOf(this);
+    if (!root->onFileSystem())
+        return;
+    if (!path().isEmpty())
+        root->watcher.addPath(path());
+    refresh();
+}
+
+bool ParentProject::DirectoryPath::isDirectory() const
+{
+    return true;
+}
+
+bool ParentProject::DirectoryPath::isListed() const
+{
+    const auto *directory = dynamic_cast<const DirectoryPath *>(m_parent);
+    return directory && (directory->m_type & ListDirectories);
+}
+
+bool ParentProject::DirectoryPath::isFile() const
+{
+    return false;
+}
+
+void ParentProject::DirectoryPath::refresh()
+{
+    ParentProjectPrivate *root = rootOf(this);
+    const Archive &archive = *root->archive;
+    const QString directory = path();
+    QStringList listed;
+    if (m_type & ListDirectories) {
+        // Directories, readable ones, no links, neither "." nor "..".
+        const QStringList names = archive.entries(directory, QStringList(), QDir::Filters(0x6019), QDir::Name);
+        for (const QString &name : names) {
+            listed << name;
+            if (!child(name))
+                addChild(new DirectoryPath(this, name, m_type, m_filters));
+        }
+    }
+    if (m_type & ListFiles) {
+        const QStringList names = archive.entries(directory, m_filters, QDir::Files, QDir::Name);
+        for (const QString &name : names) {
+            listed << name;
+            if (!child(name))
+                addChild(new FilePath(this, name, 0));
+        }
+    }
+    // Only what a listing brought goes with the listing; the nodes of open projects
+    // stay until their projects close.
+    for (int row = m_children.size() - 1; row >= 0; --row) {
+        const Path *node = m_children.at(row);
+        if (!listed.contains(node->name()) && node->isListed() && !root->holdsProject(node))
+            removeChild(this, row);
+    }
+}
+
+ParentProject::FilePath::FilePath(BasePath *parent, const QString &name, int fileType)
+    : BasePath(parent, name)
+    , m_fileType(fileType)
+{
+}
+
+bool ParentProject::FilePath::isDirectory() const
+{
+    return false;
+}
+
+bool ParentProject::FilePath::isListed() const
+{
+    return m_fileType == 0;
+}
+
+bool ParentProject::FilePath::isFile() const
+{
+    return true;
+}
+
+int ParentProject::FilePath::fileType() const
+{
+    return m_fileType;
+}
+
+bool ParentProject::DummyPath::isDirectory() const
+{
+    return false;
+}
+
+bool ParentProject::DummyPath::isListed() const
+{
+    const auto *directory = dynamic_cast<const DirectoryPath *>(m_parent);
+    return directory && (directory->type() & ListFiles);
+}
+
+bool ParentProject::DummyPath::isFile() const
+{
+    return false;
+}
+
+// ---- the root --------------------------------------------------------------------------
+
+ParentProjectPrivate::ParentProjectPrivate(ParentProject *owner, const QString &basePath, Archive &archive)
+    : ParentProject::DirectoryPath(nullptr, withoutTrailingSlash(basePath), ParentProject::NoListing, QStringList())
+    , baseParts(basePath.split(QLatin1Char('/'), Qt::SkipEmptyParts))
+    , archive(&archive)
+    , model(owner)
+{
+    archive.addRef();
+    connect(&watcher, &QFileSystemWatcher::directoryChanged, this,
+            [this](const QString &path) { directoryChanged(path); });
+}
+
+ParentProjectPrivate::~ParentProjectPrivate()
+{
+    // The nodes stop watching while the watcher is still there.
+    qDeleteAll(m_children);
+    m_children.clear();
+    archive->release();
+}
+
+ParentProject::BasePath *ParentProjectPrivate::relativePath(const QString &path) const
+{
+    auto *node = const_cast<ParentProjectPrivate *>(this);
+    BasePath *current = node;
+    for (const QString &part : path.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        current = current->child(part);
+        if (!current)
+            return nullptr;
+    }
+    return current;
+}
+
+bool ParentProjectPrivate::contains(const ParentProject::Path *node) const
+{
+    QList<const BasePath *> open{this};
+    while (!open.isEmpty()) {
+        const BasePath *current = open.takeLast();
+        if (current == node)
+            return true;
+        for (const Path *child : current->children())
+            open << base(child);
+    }
+    return false;
+}
+
+bool ParentProjectPrivate::holdsProject(const ParentProject::Path *node) const
+{
+    for (const Path *place : projects) {
+        if (within(place, node))
+            return true;
+    }
+    return false;
+}
+
+bool ParentProjectPrivate::isAttached(const BasePath *node) const
+{
+    for (; node->parent(); node = node->parent()) {
+        if (node->parent()->rowOf(node) < 0)
+            return false;
+    }
+    return node == this;
+}
+
+void ParentProjectPrivate::insertChild(BasePath *into, int row, Path *child)
+{
+    const bool announce = isAttached(into);
+    if (announce)
+        model->beginInsertItems(model->indexOf(into), row, row);
+    into->m_children.insert(row, child);
+    if (announce)
+        model->endInsertItems();
+}
+
+void ParentProjectPrivate::removeChild(BasePath *from, int row)
+{
+    Path *child = from->m_children.value(row);
+    if (!child)
+        return;
+    // An open project whose place goes stands at the root from now on.
+    for (auto it = projects.begin(); it != projects.end(); ++it) {
+        if (within(it.value(), child))
+            it.value() = this;
+    }
+    for (QList<const Path *> &entries : rootEntries)
+        entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                     [child](const Path *entry) { return within(entry, child); }),
+                      entries.end());
+    const bool announce = isAttached(from);
+    if (announce)
+        model->beginRemoveItems(model->indexOf(from), row, row);
+    from->m_children.removeAt(row);
+    delete child;
+    if (announce)
+        model->endRemoveItems();
+}
+
+void ParentProjectPrivate::directoryChanged(const QString &path)
+{
+    if (auto *directory = dynamic_cast<ParentProject::DirectoryPath *>(model->filePath(path)))
+        directory->refresh();
+}
+
+// ---- the parent project ----------------------------------------------------------------
+
+ParentProject::ParentProject(const QString &basePath, Archive &archive)
+    : d(new ParentProjectPrivate(this, basePath, archive))
+{
+}
+
+ParentProject::~ParentProject() = default;
 
 Archive &ParentProject::archive() const
 {
@@ -32,7 +415,7 @@ Archive &ParentProject::archive() const
 
 QString ParentProject::basePath() const
 {
-    return d->basePath;
+    return d->path();
 }
 
 uint ParentProject::refCount() const
@@ -42,19 +425,149 @@ uint ParentProject::refCount() const
 
 QList<Project *> ParentProject::openedProjects() const
 {
-    return d->projects;
+    return d->projects.keys();
+}
+
+bool ParentProject::isGame() const
+{
+    const Engine *owner = engine();
+    const QString mark = owner ? owner->queryString(Engine::GameMarkFile, 0) : QString();
+    return !mark.isEmpty() && d->archive->fileExists(basePath() + mark);
+}
+
+ParentProject::BasePath *ParentProject::addPath(const QString &path, PathType type, const QStringList &filters)
+{
+    QStringList parts = path.split(QLatin1Char('/'));
+    if (!parts.isEmpty() && parts.first().isEmpty())
+        parts.removeFirst();
+    if (!parts.isEmpty() && parts.last().isEmpty())
+        parts.removeLast();
+    if (parts.isEmpty())
+        return nullptr;
+    BasePath *node = d.get();
+    for (const QString &part : qAsConst(parts)) {
+        BasePath *next = node->child(part);
+        if (!next) {
+            next = new DirectoryPath(node, part, type, filters);
+            node->addChild(next);
+        }
+        node = next;
+    }
+    return node;
+}
+
+void ParentProject::removePath(const QString &path)
+{
+    BasePath *node = d->relativePath(path);
+    if (node && node != d.get())
+        node->removeChild(node->parent(), node->parent()->rowOf(node));
+}
+
+ParentProject::Path *ParentProject::filePath(const QString &name) const
+{
+    const QString root = basePath();
+    if (!name.startsWith(root, Qt::CaseInsensitive))
+        return nullptr;
+    return d->relativePath(name.mid(root.size()));
+}
+
+const ParentProject::Path *ParentProject::projectForFile(const Path *path) const
+{
+    for (const BasePath *node = base(path); node; node = node->parent()) {
+        for (auto it = d->projects.cbegin(); it != d->projects.cend(); ++it) {
+            if (it.value() == node)
+                return node;
+        }
+    }
+    return nullptr;
+}
+
+ParentProject::Path *ParentProject::itemPath(const QModelIndex &index) const
+{
+    return index.isValid() ? static_cast<Path *>(index.internalPointer()) : nullptr;
+}
+
+const ParentProject::Path *ParentProject::projectPath(Project *project) const
+{
+    return d->projects.value(project);
 }
 
 void ParentProject::addRef(Project *project)
 {
     ++d->refCount;
-    d->projects.append(project);
+    BasePath *node = d.get();
+    const QString relative = project->basePath();
+    if (!project->fileName().isEmpty() && !relative.isEmpty()) {
+        if (BasePath *own = addPath(relative, NoListing, QStringList()))
+            node = own;
+    }
+    d->projects.insert(project, node);
+    enterFiles(project, node);
+}
+
+void ParentProject::enterFiles(Project *project, BasePath *node)
+{
+    QList<PathEntry *> entries;
+    project->fileList(entries);
+    for (const PathEntry *entry : qAsConst(entries)) {
+        const QString name = entry->name;
+        if (name.isEmpty())
+            continue;
+        Path *entered = nullptr;
+        if (name.startsWith(QLatin1String("../")) || name.startsWith(QLatin1Char('/'))) {
+            // Outside the project's directory: a node with no place in the tree.
+            entered = node->child(name);
+            if (!entered) {
+                entered = new DummyPath(node, name);
+                node->addChild(entered);
+            }
+        } else {
+            QStringList parts = name.split(QLatin1Char('/'));
+            const QString last = parts.takeLast();
+            BasePath *folder = node;
+            for (const QString &part : qAsConst(parts)) {
+                BasePath *next = folder->child(part);
+                if (!next) {
+                    next = new DirectoryPath(folder, part, NoListing, QStringList());
+                    folder->addChild(next);
+                }
+                folder = next;
+            }
+            BasePath *file = folder->child(last);
+            if (auto *listed = dynamic_cast<FilePath *>(file)) {
+                // A file the listing found already: it now shows as the project's.
+                listed->setFileType(entry->type);
+                const QModelIndex index = indexOf(listed);
+                emit dataChanged(index, index);
+            } else if (!file) {
+                file = new FilePath(folder, last, entry->type);
+                folder->addChild(file);
+            }
+            entered = file;
+        }
+        if (node == d.get() && entered)
+            d->rootEntries[project].append(entered);
+    }
+    qDeleteAll(entries);
 }
 
 void ParentProject::removeProject(Project *project)
 {
-    if (!d->projects.removeOne(project))
+    const auto found = d->projects.find(project);
+    if (found == d->projects.end())
         return;
+    const Path *node = found.value();
+    d->projects.erase(found);
+    // Its rows go: its own node, or at the root the nodes entered for it.
+    QList<const Path *> rows = d->rootEntries.take(project);
+    if (node != d.get())
+        rows = {node};
+    for (const Path *row : qAsConst(rows)) {
+        if (d->contains(row) && !d->holdsProject(row) && !row->isListed()) {
+            BasePath *parent = base(row)->parent();
+            parent->removeChild(parent, parent->rowOf(row));
+        }
+    }
     if (--d->refCount == 0)
         allProjectsClosed();
 }
@@ -62,6 +575,16 @@ void ParentProject::removeProject(Project *project)
 Engine *ParentProject::engine() const
 {
     return nullptr;
+}
+
+QString ParentProject::outputString(QProcess *process)
+{
+    return QString(process->readAllStandardOutput());
+}
+
+QIcon ParentProject::fileIcon(int) const
+{
+    return QIcon();
 }
 
 void ParentProject::fileAdded(ProjectFile *)
@@ -78,6 +601,77 @@ void ParentProject::fileClosed(ProjectFile *)
 
 void ParentProject::fileSaved(ProjectFile *)
 {
+}
+
+bool ParentProject::copyFile(const QString &, const QString &)
+{
+    return false;
+}
+
+// ---- the item model --------------------------------------------------------------------
+
+QModelIndex ParentProject::indexOf(const Path *path) const
+{
+    if (!path || path == d.get())
+        return QModelIndex();
+    const BasePath *parent = base(path)->parent();
+    return createIndex(parent->rowOf(path), 0, const_cast<Path *>(path));
+}
+
+QModelIndex ParentProject::index(int row, int column, const QModelIndex &parent) const
+{
+    if (!hasIndex(row, column, parent))
+        return QModelIndex();
+    const BasePath *owner = parent.isValid() ? base(itemPath(parent)) : d.get();
+    return createIndex(row, column, owner->children().at(row));
+}
+
+QModelIndex ParentProject::parent(const QModelIndex &index) const
+{
+    const Path *node = itemPath(index);
+    if (!node)
+        return QModelIndex();
+    return indexOf(base(node)->parent());
+}
+
+int ParentProject::rowCount(const QModelIndex &parent) const
+{
+    if (parent.column() > 0)
+        return 0;
+    const BasePath *owner = parent.isValid() ? base(itemPath(parent)) : d.get();
+    return owner->children().size();
+}
+
+QVariant ParentProject::data(const QModelIndex &index, int role) const
+{
+    const Path *node = itemPath(index);
+    if (!node)
+        return QVariant();
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+        return node->name();
+    case Qt::DecorationRole: {
+        Interface *host = Interface::instance();
+        if (!host)
+            return QIcon();
+        if (!node->isFile())
+            return host->icon(QStringLiteral("icon_folder"));
+        const QIcon own = fileIcon(node->fileType());
+        if (!own.isNull())
+            return own;
+        switch (node->fileType()) {
+        case 0:
+        case 4: return host->icon(QStringLiteral("icon_code"));
+        case 1: return host->icon(QStringLiteral("icon_sprite"));
+        case 2: return host->icon(QStringLiteral("icon_sound"));
+        case 3: return host->icon(QStringLiteral("icon_animation"));
+        default: return host->icon(QStringLiteral("icon_file"));
+        }
+    }
+    default:
+        return QVariant();
+    }
 }
 
 } // namespace Ovra
