@@ -75,6 +75,18 @@ bool within(const Path *node, const Path *top)
     return false;
 }
 
+// The parts of a path below the root; only an empty first and last part are dropped,
+// so "a//b" has an empty part in the middle, as the tree has a node for it.
+QStringList pathParts(const QString &path)
+{
+    QStringList parts = path.split(QLatin1Char('/'));
+    if (!parts.isEmpty() && parts.first().isEmpty())
+        parts.removeFirst();
+    if (!parts.isEmpty() && parts.last().isEmpty())
+        parts.removeLast();
+    return parts;
+}
+
 QString withoutTrailingSlash(QString path)
 {
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
@@ -121,7 +133,9 @@ QString ParentProject::BasePath::path() const
 {
     QString result = m_parent ? m_parent->path() : QString();
     result += m_name;
-    if (isDirectory() && !result.isEmpty() && !result.endsWith(QLatin1Char('/')))
+    // Every directory below the root ends with "/", even one with an empty name; the
+    // root does unless it is empty (an archive's relative root) or "/" itself.
+    if (isDirectory() && (m_parent || (!result.isEmpty() && !result.endsWith(QLatin1Char('/')))))
         result += QLatin1Char('/');
     return result;
 }
@@ -321,7 +335,7 @@ ParentProject::BasePath *ParentProjectPrivate::relativePath(const QString &path)
 {
     auto *node = const_cast<ParentProjectPrivate *>(this);
     BasePath *current = node;
-    for (const QString &part : path.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+    for (const QString &part : pathParts(path)) {
         current = current->child(part);
         if (!current)
             return nullptr;
@@ -437,11 +451,7 @@ bool ParentProject::isGame() const
 
 ParentProject::BasePath *ParentProject::addPath(const QString &path, PathType type, const QStringList &filters)
 {
-    QStringList parts = path.split(QLatin1Char('/'));
-    if (!parts.isEmpty() && parts.first().isEmpty())
-        parts.removeFirst();
-    if (!parts.isEmpty() && parts.last().isEmpty())
-        parts.removeLast();
+    const QStringList parts = pathParts(path);
     if (parts.isEmpty())
         return nullptr;
     BasePath *node = d.get();
