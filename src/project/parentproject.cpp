@@ -1,11 +1,18 @@
 #include "project/parentproject.h"
 
+#include "editors/editor.h"
 #include "engine/engine.h"
+#include "engine/extension.h"
+#include "engine/extensionmanager.h"
+#include "foundation/filewatcher.h"
+#include "foundation/progress.h"
+#include "project/projectfile.h"
 #include "foundation/archive.h"
 #include "foundation/filesystemarchive.h"
 #include "foundation/interface.h"
 #include "project/project.h"
 
+#include <QDateTime>
 #include <QFileSystemWatcher>
 #include <QMap>
 #include <QProcess>
@@ -616,6 +623,213 @@ void ParentProject::fileSaved(ProjectFile *)
 bool ParentProject::copyFile(const QString &, const QString &)
 {
     return false;
+}
+
+// ---- saving, backups -------------------------------------------------------------------
+
+void ParentProject::save(ProgressProvider *progress)
+{
+    Job *main = progress ? progress->start(tr("Saving..."), 0) : nullptr;
+    if (main)
+        main->setMaximum(uint(d->projects.size()));
+    const QList<Project *> projects = d->projects.keys();
+    for (Project *project : projects) {
+        for (ProjectFile *file : project->files()) {
+            if (!file->isModified() || !file->canSave())
+                continue;
+            Archive &archive = file->archive();
+            if (file->fileExists() && archive.isWritable(file->fileName())) {
+                uint flags = 0;
+                Job *job = nullptr;
+                if ((file->capabilities() & ProjectFile::AsynchronousSave) && progress) {
+                    flags = ProjectFile::Asynchronous;
+                    job = progress->start(tr("Saving") + QLatin1Char(' ') + file->displayName(), 0);
+                    if (job)
+                        job->setAsynchronous(true);
+                }
+                file->toFile(archive, file->fileName(), flags, job);
+            } else if (Interface *host = Interface::instance()) {
+                // No place to write it: the user picks one through the file's editor.
+                const Project::FileTypes types = project->fileID(file);
+                int type = -1;
+                for (int bit = 0; bit < 32 && type < 0; ++bit) {
+                    if (types & (1u << bit))
+                        type = bit;
+                }
+                if (FileEditor *editor = host->editorForFile(file, type))
+                    FileEditor::saveFileAs(file, editor, host);
+            }
+        }
+        if (main)
+            main->incrementValue();
+    }
+}
+
+bool ParentProject::saveAs(const QString &path, JobStats *stats)
+{
+    FileSystemArchive &disk = FileSystemArchive::instance();
+    if (d->projects.size() == 1 && !isGame()) {
+        // One stand-alone project: its files go next to the new main file.
+        Project *project = d->projects.firstKey();
+        const QString directory = disk.absoluteFilePath(path);
+        if (stats)
+            stats->setMaximum(1);
+        project->saveAll(disk, directory + QLatin1Char('/'), false, nullptr);
+        if (ProjectFile *main = project->mainFile())
+            main->toFile(disk, path, 0, nullptr);
+        // The tree now stands on the new directory.
+        while (!d->m_children.isEmpty())
+            d->removeChild(d.get(), d->m_children.size() - 1);
+        d->rootEntries.clear();
+        d->m_name = withoutTrailingSlash(directory);
+        d->baseParts = directory.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+        BasePath *node = d.get();
+        const QString relative = project->basePath();
+        if (!relative.isEmpty())
+            node = addPath(relative, NoListing, QStringList());
+        d->projects[project] = node ? node : d.get();
+        enterFiles(project, node ? node : d.get());
+        if (stats)
+            stats->incrementValue();
+        return true;
+    }
+    // A whole game: every file below the root, then the projects' own saves.
+    QString target = path;
+    if (!target.endsWith(QLatin1Char('/')))
+        target += QLatin1Char('/');
+    QStringList names;
+    QList<const BasePath *> open{d.get()};
+    while (!open.isEmpty()) {
+        const BasePath *node = open.takeFirst();
+        for (const Path *child : node->children()) {
+            if (child->isFile())
+                names << child->path().mid(basePath().size());
+            open << base(child);
+        }
+    }
+    if (stats)
+        stats->setMaximum(uint(names.size() + d->projects.size()));
+    for (const QString &name : qAsConst(names)) {
+        copyFile(name, target);
+        if (stats)
+            stats->incrementValue();
+    }
+    const QList<Project *> projects = d->projects.keys();
+    for (Project *project : projects) {
+        project->saveAll(disk, target, false, nullptr);
+        if (stats)
+            stats->incrementValue();
+    }
+    return true;
+}
+
+namespace {
+
+// "<root>/backup/<date and time>_<name>": the name of a backup made now.
+QString backupName(const ParentProjectPrivate &root, const QString &name)
+{
+    QString base = root.onFileSystem() ? root.path() : root.archive->path();
+    if (!base.isEmpty() && !base.endsWith(QLatin1Char('/')))
+        base += QLatin1Char('/');
+    return base + QLatin1String("backup/")
+           + QDateTime::currentDateTime().toString(QStringLiteral("dd.MM.yyyy_h.m.s_ap_")) + name;
+}
+
+// The container of a backup: a zip from the extension that serves the format, the
+// last one loaded standing, or null.
+Archive *openZip(const QString &fileName, QIODevice::OpenMode mode)
+{
+    ArchiveExtension *zip = nullptr;
+    for (Extension *extension : ExtensionManager::list(Extension::Container)) {
+        if (QByteArray(extension->format()) == "ZIP")
+            zip = static_cast<ArchiveExtension *>(extension);
+    }
+    return zip ? zip->open(fileName, mode) : nullptr;
+}
+
+// Every file below a directory of an archive, with its full name.
+QStringList filesBelow(const Archive &archive, QString directory)
+{
+    if (!directory.endsWith(QLatin1Char('/')))
+        directory += QLatin1Char('/');
+    QStringList found;
+    for (const QString &name : archive.entries(directory, QDir::Files | QDir::Hidden, QDir::Name))
+        found << directory + name;
+    for (const QString &name : archive.entries(directory, QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name))
+        found << filesBelow(archive, directory + name);
+    return found;
+}
+
+} // namespace
+
+bool ParentProject::backup(const QString &name, JobStats *stats)
+{
+    QString target = backupName(*d, name);
+    Archive *container = openZip(target + QLatin1String(".zip"), QIODevice::WriteOnly);
+    if (!container) {
+        container = &FileSystemArchive::instance();
+        container->addRef();
+    }
+    if (stats)
+        stats->setMaximum(uint(d->projects.size()));
+    const QList<Project *> projects = d->projects.keys();
+    for (Project *project : projects) {
+        project->saveAll(*container, target, true, nullptr);
+        if (stats)
+            stats->incrementValue();
+    }
+    container->release();
+    return true;
+}
+
+bool ParentProject::restoreBackup(const QString &name, JobStats *stats)
+{
+    if (d->archive->isReadOnly())
+        return false;
+    QString source = backupName(*d, QString());
+    source = source.left(source.lastIndexOf(QLatin1Char('/')) + 1) + name;
+
+    Archive *container = nullptr;
+    if (FileSystemArchive::instance().fileExists(source + QLatin1String(".zip")))
+        container = openZip(source + QLatin1String(".zip"), QIODevice::ReadOnly);
+    if (!container) {
+        container = &FileSystemArchive::instance();
+        container->addRef();
+    }
+
+    // Our own writes must not raise the question whether to reload.
+    const QList<Project *> projects = d->projects.keys();
+    auto pause = [&projects](bool paused) {
+        for (Project *project : projects) {
+            for (ProjectFile *file : project->files()) {
+                if (auto *watched = dynamic_cast<FileWatchObject *>(file))
+                    watched->pauseWatch(paused);
+            }
+        }
+    };
+    pause(true);
+
+    const QStringList files = filesBelow(*container, source);
+    if (stats)
+        stats->setMaximum(uint(files.size() + projects.size()));
+    QString root = basePath();
+    if (root.endsWith(QLatin1Char('/')))
+        root.chop(1);
+    for (const QString &file : files) {
+        Ovra::copyFile(*container, file, *d->archive, root + file.mid(source.size()));
+        if (stats)
+            stats->incrementValue();
+    }
+    for (Project *project : projects) {
+        project->reload();
+        if (stats)
+            stats->incrementValue();
+    }
+    pause(false);
+    container->release();
+    if (Interface *host = Interface::instance())
+        host->projectsRestored();
+    return true;
 }
 
 // ---- the item model --------------------------------------------------------------------
