@@ -66,6 +66,9 @@ void FileWatchObject::registerFile(Archive &archive, const QString &name, bool i
                 watcher->addObject(this, name);
         }
     }
+    const QFileInfo info(name);
+    m_modified = info.exists() ? info.lastModified() : QDateTime();
+    m_size = info.exists() ? info.size() : -1;
     // Our own write notifies the watcher too; that notification must not ask.
     if (saving)
         m_paused = 1;
@@ -174,15 +177,19 @@ void FileWatcherManager::fileChanged(const QString &path)
     Interface *host = Interface::instance();
     const bool enabled = !host || host->option(QStringLiteral("enable_file_watcher"), true).toBool();
     // A deleted file has nothing to reload; when it comes back, its next change asks.
-    if (enabled && QFileInfo::exists(path) && !m_entries.value(path).busy) {
+    const QFileInfo info(path);
+    if (enabled && info.exists() && !m_entries.value(path).busy) {
         Entry &entry = m_entries[path];
         QList<FileWatchObject *> collected;
         for (FileWatchObject *object : qAsConst(entry.objects)) {
-            // A pause is used up by the one notification it was meant for.
-            if (object->m_paused == 0)
-                collected.append(object);
-            else
+            // A pause is used up by the one notification it was meant for; an object that
+            // has read the file as it now stands has nothing to reload.
+            const bool current = object->m_size >= 0 && object->m_size == info.size()
+                                 && object->m_modified == info.lastModified();
+            if (object->m_paused != 0)
                 object->m_paused = 0;
+            else if (!current)
+                collected.append(object);
         }
         if (!collected.isEmpty()) {
             entry.busy = true;

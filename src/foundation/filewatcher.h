@@ -4,6 +4,7 @@
 
 #include <QFileSystemWatcher>
 #include <QList>
+#include <QDateTime>
 #include <QMap>
 #include <QObject>
 #include <QString>
@@ -50,6 +51,11 @@ private:
     void registerFile(Archive &archive, const QString &name, bool isCopy, bool saving);
 
     int m_paused = 0;
+    // The file as this object last read or wrote it. A notification that finds the
+    // file still so has nothing new for the object (it comes late, for a change that
+    // the object has read since) and asks it nothing.
+    QDateTime m_modified;
+    qint64 m_size = -1;
 };
 
 // Owns the one file-system watcher of the process and the list of objects per path.

@@ -130,6 +130,7 @@ private slots:
     void outsideChangeAsksButOwnSaveDoesNot_data();
     void outsideChangeAsksButOwnSaveDoesNot();
     void twoDocumentsOnOnePath();
+    void lateNewsAsksOnlyWhoHasNotReadIt();
     void deletedFileDoesNotAsk();
     void optionDisablesQuestion();
     void replacedByRenameStaysWatched();
@@ -289,6 +290,29 @@ void FileWatcherTest::twoDocumentsOnOnePath()
     QCOMPARE(a.paused(), 0);
     QCOMPARE(manager().objects(m_path).size(), 2);
     QVERIFY(manager().watchedPaths().contains(m_path));
+}
+
+void FileWatcherTest::lateNewsAsksOnlyWhoHasNotReadIt()
+{
+    ScriptedAnswerer user({QMessageBox::Yes});
+    Document a, b;
+    a.load(m_path);
+    b.load(m_path);
+    // The file changes, and one instance reads it again before the notification comes
+    // (as a restore does): only the other one has something to reload.
+    writeFile(m_path, "changed outside, longer than before");
+    a.load(m_path);
+    EXPECT_PROMPTS(user, 1);
+    QCOMPARE(a.reloads, 0);
+    QCOMPARE(b.reloads, 1);
+    QCOMPARE(b.contents, QByteArray("changed outside, longer than before"));
+
+    // When every instance has read it, nobody is asked.
+    writeFile(m_path, "once more");
+    a.load(m_path);
+    b.load(m_path);
+    QTest::qWait(400);
+    QCOMPARE(user.prompts().size(), 1);
 }
 
 void FileWatcherTest::deletedFileDoesNotAsk()

@@ -1,11 +1,15 @@
 #include "foundation/filesystemarchive.h"
 #include "foundation/interface.h"
+#include "foundation/filewatcher.h"
+#include "foundation/progress.h"
+#include "foundation/prompt.h"
 
 #include "projecttestsupport.h"
 #include "testinterface.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -41,6 +45,53 @@ QStringList shape(const ParentProject &model, const QModelIndex &parent = QModel
     return lines;
 }
 
+// A file that reads and writes its bytes on disk and is watched there, as code
+// documents are: a change by another hand would raise the reload question.
+class WatchedFile : public TestFile, public FileWatchObject
+{
+public:
+    using TestFile::TestFile;
+    int reloads = 0;
+    int pauses = 0;
+    QString watchedFileName() const override { return name; }
+    void reloadFile() override { ++reloads; }
+    void pauseWatch(bool pause) override
+    {
+        ++pauses;
+        FileWatchObject::pauseWatch(pause);
+    }
+    bool fromFile(Archive &archive, const QString &source, uint flags, JobStats *stats) override
+    {
+        fileLoaded(archive, source, flags & Foreign);
+        QIODevice *device = archive.openFile(source, QIODevice::ReadOnly);
+        if (device) {
+            content = device->readAll();
+            archive.closeFile(device);
+        }
+        TestFile::fromFile(archive, source, flags, stats);
+        return device != nullptr;
+    }
+    Capabilities capabilities() const override { return {}; }
+};
+
+class CountingStats : public JobStats
+{
+public:
+    uint maximum = 0;
+    uint value = 0;
+    void error(const QString &) override {}
+    void setMaximum(uint to) override { maximum = to; }
+    void setValue(uint to) override { value = to; }
+    void incrementValue() override { ++value; }
+    bool wasCancelled() override { return false; }
+};
+
+QByteArray readFile(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
 class ColumnWork : public RecordingParent
 {
 public:
@@ -71,6 +122,9 @@ private slots:
     void projectsEnterTheirFiles();
     void iconsAndRoles_data();
     void iconsAndRoles();
+    void backupAndRestore();
+    void restoreRefusesAReadOnlyArchive();
+    void backupOfNoProject();
 
 private:
     QTemporaryDir m_dir;
@@ -248,6 +302,128 @@ void ParentProjectTest::iconsAndRoles()
     QCOMPARE(host.iconName(work.data(folder, Qt::DecorationRole).value<QIcon>()), QStringLiteral("icon_folder"));
     setGlobalInterface(nullptr);
     project->release();
+}
+
+void ParentProjectTest::backupAndRestore()
+{
+    const QString root = m_dir.filePath(QStringLiteral("game/"));
+    const QMap<QString, QByteArray> original{
+        {QStringLiteral("chars/kfm/kfm.def"), "[Info]\r\nname = kfm\r\n"},
+        {QStringLiteral("chars/kfm/kfm.air"), "<0>\r\nframe 0, 0, 0, 4\r\n"},
+        {QStringLiteral("chars/kfm/sprites/kfm.sff"), QByteArray("\x00\x01\xff\xfe binary\x00", 13)},
+        {QStringLiteral("chars/ryu/ryu.def"), "[Info]\nname = ryu\n"},
+        {QStringLiteral("chars/ryu/ryu.cns"), "[Data]\nlife = 1000\n"},
+    };
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        QVERIFY(writeFile(root + it.key(), it.value()));
+
+    TestInterface host;
+    setGlobalInterface(&host);
+    int questions = 0;
+    const Answerer before = setAnswerer([&](const Prompt &) {
+        ++questions;
+        return QMessageBox::No;
+    });
+    auto *work = new RecordingParent(root, FileSystemArchive::instance());
+    QList<WatchedFile *> files;
+    bool opened = true;
+    auto openProject = [&](const QString &folder, const QStringList &names) -> TestProject * {
+        auto *main = new WatchedFile(root + folder + names.first());
+        auto *project = new TestProject(work, 0, main, true);
+        QList<WatchedFile *> own{main};
+        project->listed.append({0, names.first()});
+        for (const QString &name : names.mid(1)) {
+            project->listed.append({1, name});
+            auto *file = new WatchedFile(root + folder + name);
+            opened = project->addFile(file, 1) && opened;
+            file->release();
+            own << file;
+        }
+        for (WatchedFile *file : qAsConst(own))
+            opened = file->fromFile(FileSystemArchive::instance(), file->name, 0, nullptr) && opened;
+        files << own;
+        project->addToParent();
+        return project;
+    };
+    TestProject *kfm = openProject(QStringLiteral("chars/kfm/"),
+                                   {QStringLiteral("kfm.def"), QStringLiteral("kfm.air"), QStringLiteral("sprites/kfm.sff")});
+    TestProject *ryu = openProject(QStringLiteral("chars/ryu/"), {QStringLiteral("ryu.def"), QStringLiteral("ryu.cns")});
+    QVERIFY(opened);
+    QCOMPARE(work->refCount(), 2u);
+
+    CountingStats stats;
+    QVERIFY(work->backup(QStringLiteral("first"), &stats));
+    QCOMPARE(stats.maximum, 2u);
+    QCOMPARE(stats.value, 2u);
+    const QStringList backups = QDir(root + QStringLiteral("backup")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    QCOMPARE(backups.size(), 1);
+    const QString saved = backups.first();
+    QVERIFY(QRegularExpression(QStringLiteral("^\\d\\d\\.\\d\\d\\.\\d{4}_\\d+\\.\\d+\\.\\d+_(am|pm)_first$")).match(saved).hasMatch());
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        QCOMPARE(readFile(root + QStringLiteral("backup/") + saved + QLatin1Char('/') + it.key()), it.value());
+
+    // The working files change and go, as a user's edits would.
+    QVERIFY(writeFile(root + QStringLiteral("chars/kfm/kfm.def"), "broken"));
+    QVERIFY(QFile::remove(root + QStringLiteral("chars/kfm/kfm.air")));
+    QVERIFY(QFile::remove(root + QStringLiteral("chars/kfm/sprites/kfm.sff")));
+    QVERIFY(writeFile(root + QStringLiteral("chars/ryu/ryu.cns"), "[Data]\nlife = 1\n"));
+    QTest::qWait(300);
+    questions = 0;
+    for (WatchedFile *file : qAsConst(files))
+        file->loads = 0;
+
+    CountingStats restored;
+    QVERIFY(work->restoreBackup(saved, &restored));
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        QCOMPARE(readFile(root + it.key()), it.value());
+    QCOMPARE(restored.maximum, uint(original.size() + 2));
+    QCOMPARE(restored.value, restored.maximum);
+    // Every file was read again, every watch paused and resumed, and the host told.
+    for (WatchedFile *file : qAsConst(files)) {
+        QCOMPARE(file->loads, 1);
+        QCOMPARE(file->pauses, 2);
+    }
+    QCOMPARE(files.first()->content, original.value(QStringLiteral("chars/kfm/kfm.def")));
+    QCOMPARE(host.projectsRestoredCalls, 1);
+    // No question to reload comes from our own writes, now or a moment later.
+    QTest::qWait(300);
+    QCOMPARE(questions, 0);
+
+    kfm->release();
+    ryu->release();
+    delete work;
+    setAnswerer(before);
+    setGlobalInterface(nullptr);
+}
+
+void ParentProjectTest::restoreRefusesAReadOnlyArchive()
+{
+    MemoryArchive archive;
+    archive.readOnly = true;
+    archive.files.insert(QStringLiteral("/work/x/x.def"), "kept");
+    RecordingParent work(QStringLiteral("/work/"), archive);
+    auto *main = new WatchedFile(QStringLiteral("/work/x/x.def"));
+    auto *project = new TestProject(&work, 0, main, true);
+    project->addToParent();
+    CountingStats stats;
+    QVERIFY(!work.restoreBackup(QStringLiteral("anything"), &stats));
+    QCOMPARE(main->pauses, 0);
+    QCOMPARE(main->loads, 0);
+    QCOMPARE(stats.maximum, 0u);
+    QCOMPARE(archive.files.value(QStringLiteral("/work/x/x.def")), QByteArray("kept"));
+    project->release();
+}
+
+void ParentProjectTest::backupOfNoProject()
+{
+    const QString root = m_dir.filePath(QStringLiteral("empty/"));
+    QVERIFY(QDir().mkpath(root));
+    RecordingParent work(root, FileSystemArchive::instance());
+    QVERIFY(work.backup(QStringLiteral("nothing"), nullptr));
+    QVERIFY(!QDir(root + QStringLiteral("backup")).exists()
+            || QDir(root + QStringLiteral("backup")).entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty());
+    // A backup that isn't there restores nothing and returns true all the same.
+    QVERIFY(work.restoreBackup(QStringLiteral("missing"), nullptr));
 }
 
 QTEST_MAIN(ParentProjectTest)
