@@ -1,3 +1,5 @@
+#include "editors/editor.h"
+#include "engine/engine.h"
 #include "foundation/filesystemarchive.h"
 #include "foundation/interface.h"
 #include "foundation/filewatcher.h"
@@ -92,6 +94,76 @@ QByteArray readFile(const QString &name)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
 }
 
+// A host that records who asks for an editor, and a progress display of plain jobs.
+class SavingHost : public TestInterface
+{
+public:
+    QList<QPair<ProjectFile *, int>> editorsAsked;
+    FileEditor *editorForFile(ProjectFile *file, int type) override
+    {
+        editorsAsked.append({file, type});
+        return nullptr;
+    }
+};
+
+class RecordingJob : public Job
+{
+public:
+    QString title;
+    uint maximum = 0;
+    uint value = 0;
+    bool asynchronous = false;
+    void error(const QString &) override {}
+    void setMaximum(uint to) override { maximum = to; }
+    void setValue(uint to) override { value = to; }
+    void incrementValue() override { ++value; }
+    bool wasCancelled() override { return false; }
+    void setAsynchronous(bool on) override { asynchronous = on; }
+};
+
+class RecordingProgress : public ProgressProvider
+{
+public:
+    std::vector<std::unique_ptr<RecordingJob>> jobs;
+    Job *start(const QString &title, int) override
+    {
+        jobs.emplace_back(new RecordingJob);
+        jobs.back()->title = title;
+        return jobs.back().get();
+    }
+};
+
+class MarkEngine : public Engine
+{
+public:
+    MarkEngine() : Engine(QStringLiteral("marks")) {}
+    QString queryString(StringType type, uint) const override
+    {
+        return type == GameMarkFile ? QStringLiteral("game.mark") : QString();
+    }
+    QString singleFileFilters(int) const override { return QString(); }
+    ProjectFile *createFile(int, Project *) override { return nullptr; }
+};
+
+class CopyingWork : public RecordingParent
+{
+public:
+    CopyingWork(const QString &root, Archive &archive, Engine *engine) : RecordingParent(root, archive), m_engine(engine) {}
+    Engine *engine() const override { return m_engine; }
+    QStringList copied;
+
+protected:
+    bool copyFile(const QString &relativeName, const QString &targetDirectory) override
+    {
+        copied << relativeName;
+        return Ovra::copyFile(archive(), basePath() + relativeName, FileSystemArchive::instance(),
+                              targetDirectory + relativeName);
+    }
+
+private:
+    Engine *m_engine;
+};
+
 class ColumnWork : public RecordingParent
 {
 public:
@@ -125,6 +197,8 @@ private slots:
     void backupAndRestore();
     void restoreRefusesAReadOnlyArchive();
     void backupOfNoProject();
+    void saveWritesWhatChanged();
+    void saveAsOneProjectOrAGame();
 
 private:
     QTemporaryDir m_dir;
@@ -424,6 +498,89 @@ void ParentProjectTest::backupOfNoProject()
             || QDir(root + QStringLiteral("backup")).entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty());
     // A backup that isn't there restores nothing and returns true all the same.
     QVERIFY(work.restoreBackup(QStringLiteral("missing"), nullptr));
+}
+
+void ParentProjectTest::saveWritesWhatChanged()
+{
+    const QString root = m_dir.filePath(QStringLiteral("saving/"));
+    QVERIFY(writeFile(root + QStringLiteral("p/p.def"), "main"));
+    QVERIFY(writeFile(root + QStringLiteral("p/a.cns"), "old a"));
+    SavingHost host;
+    setGlobalInterface(&host);
+    RecordingParent work(root, FileSystemArchive::instance());
+    auto *main = new TestFile(root + QStringLiteral("p/p.def"), "main");
+    auto *project = new TestProject(&work, 0, main, true);
+    auto *changed = new TestFile(root + QStringLiteral("p/a.cns"), "new a");
+    auto *unchanged = new TestFile(root + QStringLiteral("p/b.cns"), "b");
+    auto *lost = new TestFile(root + QStringLiteral("p/gone/c.cns"), "c");
+    for (TestFile *file : {changed, unchanged, lost}) {
+        QVERIFY(project->addFile(file, 4));
+        file->release();
+    }
+    for (TestFile *file : {main, changed, unchanged, lost})
+        file->fromFile(FileSystemArchive::instance(), file->name, 0, nullptr);
+    project->addToParent();
+    changed->modified = true;
+    lost->modified = true;
+
+    RecordingProgress progress;
+    work.save(&progress);
+    // Only the modified file that has its place is written, in the foreground.
+    QCOMPARE(changed->saves, QStringList({root + QStringLiteral("p/a.cns|0")}));
+    QCOMPARE(readFile(root + QStringLiteral("p/a.cns")), QByteArray("new a"));
+    QVERIFY(unchanged->saves.isEmpty());
+    QVERIFY(main->saves.isEmpty());
+    // The one whose file is gone goes to its editor's "save as", by its lowest type.
+    QVERIFY(lost->saves.isEmpty());
+    QCOMPARE(host.editorsAsked.size(), 1);
+    QCOMPARE(host.editorsAsked.first().first, lost);
+    QCOMPARE(host.editorsAsked.first().second, 4);
+    QCOMPARE(progress.jobs.size(), size_t(1));
+    QCOMPARE(progress.jobs.front()->maximum, 1u);
+    QCOMPARE(progress.jobs.front()->value, 1u);
+    project->release();
+    setGlobalInterface(nullptr);
+}
+
+void ParentProjectTest::saveAsOneProjectOrAGame()
+{
+    const QString root = m_dir.filePath(QStringLiteral("alone/"));
+    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.def"), "main"));
+    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.cns"), "states"));
+    MarkEngine engine;
+    CopyingWork work(root, FileSystemArchive::instance(), &engine);
+    QVERIFY(!work.isGame());
+    auto *main = new TestFile(root + QStringLiteral("kfm/kfm.def"), "main");
+    auto *project = new TestProject(&work, 0, main, true);
+    project->listed = {{0, QStringLiteral("kfm.def")}, {4, QStringLiteral("kfm.cns")}};
+    main->fromFile(FileSystemArchive::instance(), main->name, 0, nullptr);
+    project->addToParent();
+
+    // One stand-alone project: its files go with the new main file.
+    const QString target = m_dir.filePath(QStringLiteral("copy/kfm2.def"));
+    QVERIFY(QDir().mkpath(m_dir.filePath(QStringLiteral("copy"))));
+    QVERIFY(work.saveAs(target, nullptr));
+    QCOMPARE(readFile(target), QByteArray("main"));
+    QCOMPARE(readFile(m_dir.filePath(QStringLiteral("copy/kfm/kfm.cns"))), QByteArray("states"));
+    QCOMPARE(work.basePath(), m_dir.filePath(QStringLiteral("copy/")));
+    QVERIFY(work.copied.isEmpty());
+    project->release();
+
+    // A game: every file of the tree is copied by the engine's operation.
+    const QString game = m_dir.filePath(QStringLiteral("game2/"));
+    QVERIFY(writeFile(game + QStringLiteral("game.mark"), "mark"));
+    QVERIFY(writeFile(game + QStringLiteral("chars/a.def"), "a"));
+    QVERIFY(writeFile(game + QStringLiteral("chars/b.def"), "b"));
+    CopyingWork whole(game, FileSystemArchive::instance(), &engine);
+    QVERIFY(whole.isGame());
+    whole.addPath(QStringLiteral("chars"), ParentProject::ListFiles, {});
+    CountingStats stats;
+    const QString copy = m_dir.filePath(QStringLiteral("game2copy/"));
+    QVERIFY(whole.saveAs(copy, &stats));
+    QCOMPARE(whole.copied, QStringList({"chars/a.def", "chars/b.def"}));
+    QCOMPARE(readFile(copy + QStringLiteral("chars/b.def")), QByteArray("b"));
+    QCOMPARE(stats.maximum, 2u);
+    QCOMPARE(stats.value, 2u);
 }
 
 QTEST_MAIN(ParentProjectTest)
