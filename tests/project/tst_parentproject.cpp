@@ -1,5 +1,6 @@
 #include "editors/editor.h"
 #include "engine/engine.h"
+#include "engine/extensionmanager.h"
 #include "foundation/filesystemarchive.h"
 #include "foundation/interface.h"
 #include "foundation/filewatcher.h"
@@ -8,6 +9,7 @@
 
 #include "projecttestsupport.h"
 #include "testinterface.h"
+#include "ziparchive.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
@@ -198,6 +200,7 @@ private slots:
     void restoreRefusesAReadOnlyArchive();
     void backupOfNoProject();
     void saveWritesWhatChanged();
+    void backupAsZip();
     void saveAsOneProjectOrAGame();
 
 private:
@@ -498,6 +501,54 @@ void ParentProjectTest::backupOfNoProject()
             || QDir(root + QStringLiteral("backup")).entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty());
     // A backup that isn't there restores nothing and returns true all the same.
     QVERIFY(work.restoreBackup(QStringLiteral("missing"), nullptr));
+}
+
+void ParentProjectTest::backupAsZip()
+{
+    const QString root = m_dir.filePath(QStringLiteral("zipped/"));
+    const QMap<QString, QByteArray> original{
+        {QStringLiteral("chars/kfm/kfm.def"), "[Info]\nname = kfm\n"},
+        {QStringLiteral("chars/kfm/sprites/kfm.sff"), QByteArray("\x00\x10\x20\xff", 4)},
+    };
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        QVERIFY(writeFile(root + it.key(), it.value()));
+    ZipExtension zip;
+    ExtensionManager::add(&zip);
+    RecordingParent work(root, FileSystemArchive::instance());
+    auto *main = new TestFile(root + QStringLiteral("chars/kfm/kfm.def"));
+    auto *project = new TestProject(&work, 0, main, true);
+    project->listed = {{0, QStringLiteral("kfm.def")}, {1, QStringLiteral("sprites/kfm.sff")}};
+    main->fromFile(FileSystemArchive::instance(), main->name, 0, nullptr);
+    project->addToParent();
+
+    QVERIFY(work.backup(QStringLiteral("zipped"), nullptr));
+    const QStringList made = QDir(root + QStringLiteral("backup")).entryList(QDir::Files);
+    QCOMPARE(made.size(), 1);
+    QVERIFY(made.first().endsWith(QLatin1String("zipped.zip")));
+    // A real zip, readable on its own, with the files under their places in the work.
+    {
+        std::unique_ptr<ZipArchive, void (*)(ZipArchive *)> check(
+            ZipArchive::open(root + QStringLiteral("backup/") + made.first(), QIODevice::ReadOnly),
+            [](ZipArchive *archive) { archive->release(); });
+        QVERIFY(check);
+        QStringList names = check->names();
+        names.sort();
+        QCOMPARE(names, QStringList(original.keys()));
+        QIODevice *device = check->openFile(check->path() + QStringLiteral("chars/kfm/sprites/kfm.sff"), QIODevice::ReadOnly);
+        QVERIFY(device);
+        QCOMPARE(device->readAll(), original.value(QStringLiteral("chars/kfm/sprites/kfm.sff")));
+        check->closeFile(device);
+    }
+
+    QVERIFY(writeFile(root + QStringLiteral("chars/kfm/kfm.def"), "changed"));
+    QVERIFY(QFile::remove(root + QStringLiteral("chars/kfm/sprites/kfm.sff")));
+    QString name = made.first();
+    name.chop(4);
+    QVERIFY(work.restoreBackup(name, nullptr));
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        QCOMPARE(readFile(root + it.key()), it.value());
+    project->release();
+    ExtensionManager::list(Extension::Container).removeAll(&zip);
 }
 
 void ParentProjectTest::saveWritesWhatChanged()

@@ -1,0 +1,62 @@
+#pragma once
+
+// A container of the "ZIP" format over libzip, as an engine's plug-in would bring one:
+// the archive stands for the directory its file name names without ".zip", so names
+// below that directory are entries of the zip.
+#include "engine/extension.h"
+#include "foundation/archive.h"
+
+#include <QMap>
+
+struct zip;
+
+class ZipArchive : public Ovra::Archive
+{
+public:
+    // Null when the file can't be opened (or, for writing, created).
+    static ZipArchive *open(const QString &fileName, QIODevice::OpenMode mode);
+
+    QString name() const override { return QStringLiteral("zip"); }
+    QString path() const override { return m_prefix; }
+    QString absoluteFilePath(const QString &name) const override;
+    QString absoluteFileName(const QString &name) const override { return name; }
+    QStringList entries(const QString &directory, const QStringList &nameFilters, QDir::Filters filters,
+                        QDir::SortFlags sort) const override;
+    QIODevice *openFile(const QString &name, QIODevice::OpenMode mode) override;
+    void closeFile(QIODevice *device) override;
+    void discardFile(QIODevice *device) override;
+    bool removeFile(const QString &name) override;
+    bool renameFile(const QString &oldName, const QString &newName) override;
+    void flush() override {}
+    bool isReadOnly() const override { return !m_writable; }
+    bool isWritable(const QString &) const override { return m_writable; }
+    bool fileExists(const QString &name) const override;
+    bool directoryExists(const QString &name) const override;
+
+    // The names of all entries.
+    QStringList names() const;
+
+protected:
+    // Writes the zip out.
+    void free() override;
+
+private:
+    ZipArchive(zip *archive, const QString &prefix, bool writable);
+    QString inner(const QString &name) const;
+
+    zip *m_zip;
+    QString m_prefix;
+    bool m_writable;
+    QMap<QIODevice *, QString> m_writes;
+};
+
+class ZipExtension : public Ovra::ArchiveExtension
+{
+public:
+    const char *format() const override { return "ZIP"; }
+    const char *name() const override { return "zip"; }
+    Ovra::Archive *open(const QString &fileName, QIODevice::OpenMode mode) override
+    {
+        return ZipArchive::open(fileName, mode);
+    }
+};
