@@ -35,6 +35,11 @@ Editor::Editor()
 {
 }
 
+void Editor::release()
+{
+    deleteLater();
+}
+
 void Editor::activate()
 {
     m_active = true;
@@ -209,6 +214,11 @@ void FileEditor::save()
     ProjectFile *file = m_currentFile;
     if (!file || !file->isModified() || !file->canSave())
         return;
+    // A file that was never written has no place yet: the user gives it one.
+    if (!file->hasArchive()) {
+        saveAs();
+        return;
+    }
     ProgressProvider *progress = m_interface ? m_interface->progressProvider() : nullptr;
     Job *job = progress ? progress->start(tr("Saving") + QLatin1Char(' ') + file->displayName(), 0) : nullptr;
     uint flags = 0;

@@ -21,6 +21,8 @@ class OVRA_EXPORT Editor : public QObject, public Object
 
 public:
     Editor();
+    // The host ends its editors with this, also from inside their own signals.
+    void release() override;
 
     // The action that opens this editor; its text is the label of the file kind.
     virtual QAction *action() const = 0;

@@ -637,8 +637,8 @@ void ParentProject::save(ProgressProvider *progress)
         for (ProjectFile *file : project->files()) {
             if (!file->isModified() || !file->canSave())
                 continue;
-            Archive &archive = file->archive();
-            if (file->fileExists() && archive.isWritable(file->fileName())) {
+            if (file->hasArchive() && file->fileExists() && file->archive().isWritable(file->fileName())) {
+                Archive &archive = file->archive();
                 uint flags = 0;
                 Job *job = nullptr;
                 if ((file->capabilities() & ProjectFile::AsynchronousSave) && progress) {
