@@ -179,8 +179,6 @@ void EditorTest::canDiscardAsksOnlyForModifiedFiles()
     a->modified = b->modified = true;
     QVERIFY(m_project->addFile(a, 4));
     QVERIFY(m_project->addFile(b, 4));
-    a->release();
-    b->release();
     QVERIFY(!editor.canDiscard(static_cast<Project *>(nullptr)));
     QCOMPARE(user.prompts().size(), 4);
 }
@@ -206,7 +204,6 @@ void EditorTest::failedSaveGoesToSaveAs()
     StatesEditor editor;
     auto *file = new TestFile(m_dir->filePath(QStringLiteral("chars/kfm/y.cns")), "y"); // its saves fail
     QVERIFY(m_project->addFile(file, 4));
-    file->release();
     file->modified = true;
     editor.setCurrentFile(file);
     ScriptedAnswerer user({QMessageBox::Ok});
@@ -242,7 +239,6 @@ void EditorTest::saveFileAsAddsTheExtensionAndWarnsOutside()
     StatesEditor editor;
     auto *file = new SavingFile(QString(), "content");
     QVERIFY(m_project->addFile(file, 4));
-    file->release();
     ScriptedAnswerer user({QMessageBox::Yes});
     QSignalSpy modified(&editor, &FileEditor::modified);
     answerFileDialog(m_dir->filePath(typed));

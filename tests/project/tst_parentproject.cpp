@@ -9,6 +9,7 @@
 
 #include "projecttestsupport.h"
 #include "testinterface.h"
+#include "../code/testengine.h"
 #include "ziparchive.h"
 
 #include <QAbstractItemModelTester>
@@ -201,6 +202,7 @@ private slots:
     void backupOfNoProject();
     void saveWritesWhatChanged();
     void backupAsZip();
+    void restoreBringsBackCodeDocuments();
     void saveAsOneProjectOrAGame();
 
 private:
@@ -413,7 +415,6 @@ void ParentProjectTest::backupAndRestore()
             project->listed.append({1, name});
             auto *file = new WatchedFile(root + folder + name);
             opened = project->addFile(file, 1) && opened;
-            file->release();
             own << file;
         }
         for (WatchedFile *file : qAsConst(own))
@@ -551,6 +552,54 @@ void ParentProjectTest::backupAsZip()
     ExtensionManager::list(Extension::Container).removeAll(&zip);
 }
 
+void ParentProjectTest::restoreBringsBackCodeDocuments()
+{
+    // Code documents of the test language: watched files with their own reload road.
+    const QString root = m_dir.filePath(QStringLiteral("code/"));
+    const QByteArray definition = "[Info]\r\nname = kfm\r\n<walk>\r\nframe a, 0, 0, 4\r\n";
+    const QByteArray states = "[Data]\r\nlife = 1000\r\n";
+    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.def"), definition));
+    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.cns"), states));
+    int questions = 0;
+    const Answerer before = setAnswerer([&](const Prompt &) {
+        ++questions;
+        return QMessageBox::Yes;
+    });
+    RecordingParent work(root, FileSystemArchive::instance());
+    auto *main = new TestDocument;
+    auto *project = new TestProject(&work, 0, main, true);
+    auto *cns = new TestDocument;
+    QVERIFY(project->addFile(cns, 4));
+    QVERIFY(main->fromFile(FileSystemArchive::instance(), root + QStringLiteral("kfm/kfm.def"), 0, nullptr));
+    QVERIFY(cns->fromFile(FileSystemArchive::instance(), root + QStringLiteral("kfm/kfm.cns"), 0, nullptr));
+    project->listed = {{0, QStringLiteral("kfm.def")}, {4, QStringLiteral("kfm.cns")}};
+    project->addToParent();
+
+    QVERIFY(work.backup(QStringLiteral("code"), nullptr));
+    const QString saved = QDir(root + QStringLiteral("backup")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+    QVERIFY(!saved.isEmpty());
+
+    // Edited and saved in the editor, and the other file deleted by hand.
+    QTextCursor cursor(cns->findBlockByNumber(1));
+    cursor.insertText(QStringLiteral("max"));
+    QVERIFY(cns->toFile(FileSystemArchive::instance(), cns->fileName(), 0, nullptr));
+    QVERIFY(QFile::remove(root + QStringLiteral("kfm/kfm.def")));
+    QTest::qWait(300);
+    questions = 0;
+
+    QVERIFY(work.restoreBackup(saved, nullptr));
+    QCOMPARE(readFile(root + QStringLiteral("kfm/kfm.def")), definition);
+    QCOMPARE(readFile(root + QStringLiteral("kfm/kfm.cns")), states);
+    // The documents read their files again: text, tree and saved state as restored.
+    QCOMPARE(cns->toString(), QStringLiteral("[Data]\nlife = 1000\n"));
+    QCOMPARE(main->root()->childCount(), 2u);
+    QVERIFY(!cns->isModified());
+    QTest::qWait(400);
+    QCOMPARE(questions, 0);
+    project->release();
+    setAnswerer(before);
+}
+
 void ParentProjectTest::saveWritesWhatChanged()
 {
     const QString root = m_dir.filePath(QStringLiteral("saving/"));
@@ -566,7 +615,6 @@ void ParentProjectTest::saveWritesWhatChanged()
     auto *lost = new TestFile(root + QStringLiteral("p/gone/c.cns"), "c");
     for (TestFile *file : {changed, unchanged, lost}) {
         QVERIFY(project->addFile(file, 4));
-        file->release();
     }
     for (TestFile *file : {main, changed, unchanged, lost})
         file->fromFile(FileSystemArchive::instance(), file->name, 0, nullptr);
