@@ -28,6 +28,19 @@ QWidget *dialogParent(Interface *interface)
     return interface ? interface->mainWidget() : nullptr;
 }
 
+// A question whose safe answer, and default, is No.
+bool askYesNo(const QString &title, const QString &text, QMessageBox::Icon icon, QWidget *parent)
+{
+    Prompt question;
+    question.icon = icon;
+    question.title = title;
+    question.text = text;
+    question.buttons = QMessageBox::Yes | QMessageBox::No;
+    question.defaultButton = QMessageBox::No;
+    question.parent = parent;
+    return ask(question) == QMessageBox::Yes;
+}
+
 } // namespace
 
 Editor::Editor()
@@ -89,14 +102,9 @@ bool FileEditor::canDiscard(const ProjectFile *file)
 {
     if (!file || (file->capabilities() & ProjectFile::SharedDocument) || !file->isModified())
         return true;
-    Prompt question;
-    question.icon = QMessageBox::Question;
-    question.title = tr("Discard changes?");
-    question.text = tr("Do you want to discard the changes made in %1?").arg(QString::fromLatin1(name()));
-    question.buttons = QMessageBox::Yes | QMessageBox::No;
-    question.defaultButton = QMessageBox::No;
-    question.parent = dialogParent(m_interface);
-    return ask(question) == QMessageBox::Yes;
+    return askYesNo(tr("Discard changes?"),
+                    tr("Do you want to discard the changes made in %1?").arg(QString::fromLatin1(name())),
+                    QMessageBox::Question, dialogParent(m_interface));
 }
 
 bool FileEditor::canDiscard(Project *project)
@@ -186,19 +194,13 @@ void FileEditor::open()
         return;
     }
     uint flags = 0;
-    if (!inProject) {
-        Prompt warning;
-        warning.icon = QMessageBox::Warning;
-        warning.title = tr("External file!");
-        warning.text = tr("This file isn't a child of the project directory, so will be ignored on 'Run in engine', "
-                          "'Backup' and 'Save as' functions. Do you want to load it as copy?\nNote: As copy, if you "
-                          "save it the previous file will be overwritten!");
-        warning.buttons = QMessageBox::Yes | QMessageBox::No;
-        warning.defaultButton = QMessageBox::No;
-        warning.parent = dialogParent(m_interface);
-        if (ask(warning) == QMessageBox::Yes)
-            flags = ProjectFile::Foreign;
-    }
+    if (!inProject
+        && askYesNo(tr("External file!"),
+                    tr("This file isn't a child of the project directory, so will be ignored on 'Run in engine', "
+                       "'Backup' and 'Save as' functions. Do you want to load it as copy?\nNote: As copy, if you "
+                       "save it the previous file will be overwritten!"),
+                    QMessageBox::Warning, dialogParent(m_interface)))
+        flags = ProjectFile::Foreign;
     if (!file->fromFile(FileSystemArchive::instance(), name, flags, nullptr)) {
         project->removeFile(file);
         return;
@@ -274,19 +276,13 @@ void FileEditor::saveFileAs(ProjectFile *file, FileEditor *editor, Interface *in
     }
     uint flags = 0;
     const Project *project = file->project();
-    if (!project || !name.startsWith(project->absolutePath())) {
-        Prompt warning;
-        warning.icon = QMessageBox::Warning;
-        warning.title = tr("External file!");
-        warning.text = tr("This file isn't a child of the project directory, so will be ignored on 'Run in engine', "
-                          "'Backup' and 'Save as' functions. Do you want to save it as copy?\nNote: As copy, we keep "
-                          "the reference to the previous file!");
-        warning.buttons = QMessageBox::Yes | QMessageBox::No;
-        warning.defaultButton = QMessageBox::No;
-        warning.parent = dialogParent(interface);
-        if (ask(warning) == QMessageBox::Yes)
-            flags = ProjectFile::Foreign;
-    }
+    if ((!project || !name.startsWith(project->absolutePath()))
+        && askYesNo(tr("External file!"),
+                    tr("This file isn't a child of the project directory, so will be ignored on 'Run in engine', "
+                       "'Backup' and 'Save as' functions. Do you want to save it as copy?\nNote: As copy, we keep "
+                       "the reference to the previous file!"),
+                    QMessageBox::Warning, dialogParent(interface)))
+        flags = ProjectFile::Foreign;
     if (!file->toFile(FileSystemArchive::instance(), name, flags, nullptr))
         tell(QMessageBox::Critical, tr("Save file error!"), tr("An error has occurred while trying to save the file!"),
              dialogParent(interface));
