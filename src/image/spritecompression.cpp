@@ -1,0 +1,407 @@
+#include "image/spritecompression.h"
+
+#include <QDataStream>
+#include <QIODevice>
+#include <QImage>
+
+#include <algorithm>
+#include <vector>
+
+namespace Ovra {
+namespace {
+
+bool openForReading(QIODevice *device)
+{
+    return device && (device->isReadable() || device->open(QIODevice::ReadOnly));
+}
+
+bool openForWriting(QIODevice *device)
+{
+    return device && (device->isWritable() || device->open(QIODevice::WriteOnly));
+}
+
+// The image's pixel bytes as one string: rows of `rowBytes` without their padding,
+// followed by one zero byte that a look past the last pixel may read.
+QByteArray gatherRows(const QImage &image, int rowBytes)
+{
+    QByteArray bytes;
+    const int height = image.height();
+    if (rowBytes <= 0 || height <= 0)
+        return QByteArray(1, '\0');
+    bytes.reserve(rowBytes * height + 1);
+    for (int y = 0; y < height; ++y)
+        bytes.append(reinterpret_cast<const char *>(image.constScanLine(y)), rowBytes);
+    bytes.append('\0');
+    return bytes;
+}
+
+// ---- LZ5 ----------------------------------------------------------------------------
+
+struct Lz5Packet
+{
+    bool isCopy = false;
+    bool isShort = false;
+    quint16 value = 0; // colour of a run, distance of a copy
+    quint16 length = 0;
+};
+
+constexpr int MaxShortRun = 7;
+constexpr int MaxRun = 263;
+constexpr int MaxDistance = 1024;
+constexpr int MaxCopy = 258;
+constexpr int MaxShortCopy = 64;
+constexpr int MaxShortDistance = 256;
+
+// The best copy of earlier pixels for `pos`, by exhaustive search; length 1 when none.
+Lz5Packet searchMatch(const uchar *pixels, int n, int pos)
+{
+    Lz5Packet best;
+    best.length = 1;
+    const int farthest = std::min(pos, MaxDistance);
+    for (int d = 2; d <= farthest; ++d) {
+        int length = 0;
+        int changes = 0;
+        int sameRun = 0;
+        bool longRun = false;
+        while (length < MaxCopy && pos + length < n && pixels[pos + length] == pixels[pos + length - d]) {
+            if (length > 0 && pixels[pos + length] != pixels[pos + length - 1]) {
+                ++changes;
+                sameRun = 0;
+            } else {
+                ++sameRun;
+            }
+            if (sameRun > MaxShortRun)
+                longRun = true;
+            ++length;
+        }
+        // One single value is a run's business; only a longer match beats the best.
+        if (changes == 0 || length <= best.length)
+            continue;
+        if (length <= MaxShortCopy && d <= MaxShortDistance) {
+            if (changes > 1 || pixels[pos + length] != pixels[pos + length - 1])
+                best = Lz5Packet{true, true, quint16(d), quint16(length)};
+        } else if ((changes == 2 && longRun) || (length >= 4 && changes >= 3)) {
+            best = Lz5Packet{true, false, quint16(d), quint16(length)};
+        }
+    }
+    return best;
+}
+
+QVector<Lz5Packet> lz5Packets(const uchar *pixels, int n, bool lz)
+{
+    QVector<Lz5Packet> packets;
+    int pos = 0;
+    while (pos < n) {
+        if (lz && pos > 0) {
+            const Lz5Packet match = searchMatch(pixels, n, pos);
+            if (match.isCopy) {
+                packets.append(match);
+                pos += match.length;
+                continue;
+            }
+        }
+        const uchar colour = pixels[pos];
+        int run = 1;
+        while (run < MaxShortRun && pos + run < n && pixels[pos + run] == colour)
+            ++run;
+        // A run of seven gives way to a match behind it, even if it would go on.
+        if (lz && run == MaxShortRun && pos + run < n) {
+            const Lz5Packet match = searchMatch(pixels, n, pos + run);
+            if (match.isCopy) {
+                packets.append(Lz5Packet{false, true, colour, quint16(run)});
+                packets.append(match);
+                pos += run + match.length;
+                continue;
+            }
+        }
+        while (run < MaxRun && pos + run < n && pixels[pos + run] == colour)
+            ++run;
+        packets.append(Lz5Packet{false, run <= MaxShortRun, colour, quint16(run)});
+        pos += run;
+    }
+    return packets;
+}
+
+void writeLz5(QDataStream &out, QVector<Lz5Packet> &packets)
+{
+    int shortCopies = 0;
+    for (int i = 0; i < packets.size(); ++i) {
+        const int packetIndex = i % 8;
+        if (packetIndex == 0) {
+            quint8 control = 0;
+            for (int k = 0; k < 8 && i + k < packets.size(); ++k) {
+                if (packets.at(i + k).isCopy)
+                    control |= quint8(1 << k);
+            }
+            out << control;
+        }
+        Lz5Packet &packet = packets[i];
+        if (!packet.isCopy) {
+            if (packet.isShort) {
+                out << quint8((packet.value & 0x1F) | (packet.length << 5));
+            } else {
+                out << quint8(packet.value & 0x1F) << quint8(packet.length - 8);
+            }
+        } else if (!packet.isShort) {
+            const int distance = packet.value - 1;
+            out << quint8((distance >> 2) & 0xC0) << quint8(distance & 0xFF) << quint8(packet.length - 3);
+        } else {
+            ++shortCopies;
+            if (shortCopies == 1) {
+                // This packet and the next three short copies become a group: lengths and
+                // distances less one, and the fourth's distance spread over the four.
+                int group[4] = {i, -1, -1, -1};
+                int found = 1;
+                for (int j = i + 1; j < packets.size() && found < 4; ++j) {
+                    if (packets.at(j).isCopy && packets.at(j).isShort)
+                        group[found++] = j;
+                }
+                for (int k = 0; k < found; ++k) {
+                    --packets[group[k]].length;
+                    --packets[group[k]].value;
+                }
+                if (found == 4) {
+                    const quint16 spread = packets.at(group[3]).value;
+                    packets[group[0]].length |= spread & 0xC0;
+                    packets[group[1]].length |= (spread & 0x30) << 2;
+                    packets[group[2]].length |= (spread & 0x0C) << 4;
+                    packets[group[3]].length |= (spread & 0x03) << 6;
+                }
+            }
+            out << quint8(packet.length & 0xFF);
+            if (shortCopies < 4)
+                out << quint8(packet.value & 0xFF);
+            else
+                shortCopies = 0;
+        }
+    }
+}
+
+// ---- pixel output with row padding ------------------------------------------------------
+
+// Writes bytes into an image row by row, jumping over the padding, and refuses to write
+// past the last byte of the image.
+class RowWriter
+{
+public:
+    RowWriter(QImage &image, int rowBytes, int padding)
+        : m_data(image.isNull() ? nullptr : image.bits())
+        , m_size(image.isNull() ? 0 : size_t(image.bytesPerLine()) * size_t(image.height()))
+        , m_rowBytes(rowBytes)
+        , m_padding(padding)
+    {
+    }
+    bool full() const { return m_at >= m_size; }
+    void put(uchar value)
+    {
+        if (full())
+            return;
+        m_data[m_at++] = value;
+        ++m_column;
+        if ((m_column & 0xFFFF) == uint(m_rowBytes)) {
+            m_column = 0;
+            m_at += size_t(m_padding);
+        }
+    }
+
+private:
+    uchar *m_data;
+    size_t m_size;
+    size_t m_at = 0;
+    uint m_column = 0;
+    int m_rowBytes;
+    int m_padding;
+};
+
+} // namespace
+
+bool loadLZ5(QImage &image, QIODevice *device)
+{
+    if (!openForReading(device))
+        return false;
+    QDataStream in(device);
+    in.setByteOrder(QDataStream::LittleEndian);
+    const int width = image.isNull() ? 0 : image.width();
+    const size_t n = size_t(width) * size_t(image.isNull() ? 0 : image.height());
+    std::vector<uchar> buffer(n, 0);
+    size_t out = 0;
+    int packetIndex = 0;
+    quint8 control = 0;
+    int shortCopies = 0;
+    quint8 spread = 0;
+    bool valid = true;
+    while (!device->atEnd() && out < n && in.status() == QDataStream::Ok) {
+        if (packetIndex == 0)
+            in >> control;
+        quint8 first = 0;
+        in >> first;
+        if (control & (1 << packetIndex)) {
+            uint length = 0;
+            uint distance = 0;
+            if ((first & 0x3F) == 0) {
+                quint8 low = 0;
+                quint8 count = 0;
+                in >> low >> count;
+                distance = ((uint(first & 0xC0) << 2) | low) + 1;
+                length = uint(count) + 3;
+            } else {
+                length = uint(first & 0x3F) + 1;
+                quint8 byte = 0;
+                if (shortCopies < 3) {
+                    spread |= quint8((first >> 6) << (6 - 2 * shortCopies));
+                    ++shortCopies;
+                    in >> byte;
+                } else {
+                    byte = quint8(spread | (first >> 6));
+                    shortCopies = 0;
+                    spread = 0;
+                }
+                distance = uint(byte) + 1;
+            }
+            if (in.status() != QDataStream::Ok)
+                break;
+            // A copy from before the start of the image: no stream of ours holds one.
+            if (distance > out) {
+                valid = false;
+                break;
+            }
+            for (; length > 0 && out < n; --length, ++out)
+                buffer[out] = buffer[out - distance];
+        } else {
+            uint length = first >> 5;
+            if (length == 0) {
+                quint8 more = 0;
+                in >> more;
+                length = uint(more) + 8;
+            }
+            if (in.status() != QDataStream::Ok)
+                break;
+            const uchar colour = first & 0x1F;
+            for (; length > 0 && out < n; --length)
+                buffer[out++] = colour;
+        }
+        packetIndex = (packetIndex + 1) & 7;
+    }
+    for (int y = 0; width > 0 && y < image.height(); ++y)
+        std::copy_n(buffer.data() + size_t(y) * size_t(width), width, image.scanLine(y));
+    return valid && in.status() == QDataStream::Ok;
+}
+
+bool saveLZ5(const QImage &image, QIODevice *device, bool lz)
+{
+    if (!openForWriting(device))
+        return false;
+    QDataStream out(device);
+    out.setByteOrder(QDataStream::LittleEndian);
+    const int width = image.isNull() ? 0 : image.width();
+    const int n = width * (image.isNull() ? 0 : image.height());
+    if (n > 0) {
+        const QByteArray pixels = gatherRows(image, width);
+        QVector<Lz5Packet> packets = lz5Packets(reinterpret_cast<const uchar *>(pixels.constData()), n, lz);
+        writeLz5(out, packets);
+    }
+    return out.status() == QDataStream::Ok;
+}
+
+bool loadRLE5(QImage &image, QIODevice *device)
+{
+    if (!openForReading(device))
+        return false;
+    QDataStream in(device);
+    const int width = image.isNull() ? 0 : image.width();
+    RowWriter writer(image, width, image.isNull() ? 0 : image.bytesPerLine() - width);
+    auto run = [&writer](uchar colour, int length) {
+        for (; length > 0 && !writer.full(); --length)
+            writer.put(colour);
+    };
+    while (!device->atEnd() && !writer.full() && in.status() == QDataStream::Ok) {
+        quint8 first = 0;
+        quint8 flags = 0;
+        in >> first >> flags;
+        quint8 colour = 0;
+        if (flags & 0x80)
+            in >> colour;
+        if (in.status() != QDataStream::Ok)
+            break;
+        run(colour & 0x1F, int(first) + 1);
+        // The group's packets are read even where the image is full.
+        for (int count = flags & 0x1F; count > 0 && in.status() == QDataStream::Ok; --count) {
+            quint8 packet = 0;
+            in >> packet;
+            if (in.status() == QDataStream::Ok)
+                run(packet & 0x1F, (packet >> 5) + 1);
+        }
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+bool saveRLE5(const QImage &, QIODevice *)
+{
+    return false;
+}
+
+bool loadRLE8(QImage &image, QIODevice *device)
+{
+    if (!openForReading(device))
+        return false;
+    QDataStream in(device);
+    int bytesPerPixel = 0;
+    switch (image.format()) {
+    case QImage::Format_Indexed8:
+        bytesPerPixel = 1;
+        break;
+    case QImage::Format_RGB32:
+        bytesPerPixel = 3;
+        break;
+    case QImage::Format_ARGB32:
+    case QImage::Format_ARGB32_Premultiplied:
+        bytesPerPixel = 4;
+        break;
+    default:
+        break;
+    }
+    const int rowBytes = image.isNull() ? 0 : image.width() * bytesPerPixel;
+    const int padding = image.isNull() ? 0 : (image.bytesPerLine() - rowBytes) & 0xFF;
+    RowWriter writer(image, rowBytes, padding);
+    while (!device->atEnd() && !writer.full() && in.status() == QDataStream::Ok) {
+        quint8 first = 0;
+        in >> first;
+        if ((first & 0xC0) == 0x40) {
+            quint8 value = 0;
+            in >> value;
+            if (in.status() != QDataStream::Ok)
+                break;
+            for (int count = first & 0x3F; count > 0; --count)
+                writer.put(value);
+        } else if (in.status() == QDataStream::Ok) {
+            writer.put(first);
+        }
+    }
+    return in.status() == QDataStream::Ok;
+}
+
+bool saveRLE8(const QImage &image, QIODevice *device)
+{
+    if (!openForWriting(device))
+        return false;
+    QDataStream out(device);
+    out.setByteOrder(QDataStream::LittleEndian);
+    const int rowBytes = image.isNull() ? 0 : image.width() * (image.depth() / 8);
+    const int length = rowBytes * (image.isNull() ? 0 : image.height());
+    const QByteArray bytes = gatherRows(image, rowBytes);
+    const auto *data = reinterpret_cast<const uchar *>(bytes.constData());
+    for (int i = 0; i < length;) {
+        const uchar value = data[i];
+        int count = 1;
+        while (count < 63 && i + count < length && data[i + count] == value)
+            ++count;
+        if (count >= 2 || (value & 0xC0) == 0x40)
+            out << quint8(count | 0x40) << value;
+        else
+            out << value;
+        i += count;
+    }
+    return out.status() == QDataStream::Ok;
+}
+
+} // namespace Ovra

@@ -1,0 +1,350 @@
+#include "image/spritecompression.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QRandomGenerator>
+#include <QtTest>
+
+using namespace Ovra;
+
+namespace {
+
+using Pattern = std::function<uchar(int x, int y)>;
+
+QImage indexed(int width, int height, const Pattern &pixel)
+{
+    QImage image(width, height, QImage::Format_Indexed8);
+    QVector<QRgb> colours;
+    for (int i = 0; i < 256; ++i)
+        colours << qRgb(i, 255 - i, i / 2);
+    image.setColorTable(colours);
+    for (int y = 0; y < height; ++y) {
+        uchar *row = image.scanLine(y);
+        for (int x = 0; x < width; ++x)
+            row[x] = pixel(x, y);
+        // Padding bytes hold junk, as they may in any image: it must not matter.
+        for (int x = width; x < image.bytesPerLine(); ++x)
+            row[x] = 0xEE;
+    }
+    return image;
+}
+
+QByteArray encode(const std::function<bool(QIODevice *)> &save)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    const bool ok = save(&buffer);
+    return ok ? bytes : QByteArray("<failed>");
+}
+
+bool samePixels(const QImage &a, const QImage &b)
+{
+    if (a.size() != b.size())
+        return false;
+    const int rowBytes = a.width() * a.depth() / 8;
+    for (int y = 0; y < a.height(); ++y) {
+        if (memcmp(a.constScanLine(y), b.constScanLine(y), size_t(rowBytes)) != 0)
+            return false;
+    }
+    return true;
+}
+
+QByteArray bytes(std::initializer_list<int> values)
+{
+    QByteArray result;
+    for (int value : values)
+        result.append(char(value));
+    return result;
+}
+
+// Decodes `stream` into a fresh image of the size given, all of whose bytes start as `fill`.
+QImage decoded(bool (*load)(QImage &, QIODevice *), const QByteArray &stream, int width, int height,
+               QImage::Format format = QImage::Format_Indexed8, bool *result = nullptr, uchar fill = 0xAA)
+{
+    QImage image(width, height, format);
+    if (format == QImage::Format_Indexed8)
+        image.setColorCount(256);
+    image.fill(0);
+    memset(image.bits(), fill, size_t(image.sizeInBytes()));
+    QByteArray data = stream;
+    QBuffer buffer(&data);
+    const bool ok = load(image, &buffer);
+    if (result)
+        *result = ok;
+    return image;
+}
+
+void addPatterns()
+{
+    QTest::addColumn<QImage>("image");
+    QRandomGenerator random(7);
+    auto noise = [&random](int, int) { return uchar(random.bounded(32)); };
+    QTest::addRow("noise") << indexed(37, 29, noise);
+    QTest::addRow("flat") << indexed(40, 30, [](int, int) { return uchar(5); });
+    QTest::addRow("gradient") << indexed(64, 16, [](int x, int y) { return uchar((x / 3 + y) % 32); });
+    QTest::addRow("dithered") << indexed(33, 33, [](int x, int y) { return uchar(((x ^ y) & 1) ? 3 : 17); });
+    QTest::addRow("stripes") << indexed(300, 5, [](int x, int) { return uchar((x / 9) % 3); });
+    QTest::addRow("repeating tile") << indexed(50, 50, [](int x, int y) { return uchar((x % 7) * 3 + (y % 5)); });
+    QTest::addRow("1x1") << indexed(1, 1, [](int, int) { return uchar(9); });
+    QTest::addRow("1xN") << indexed(1, 77, [](int, int y) { return uchar(y % 4); });
+    QTest::addRow("Nx1") << indexed(301, 1, [](int x, int) { return uchar(x % 11 == 0 ? 1 : 2); });
+    QTest::addRow("wide") << indexed(1500, 3, [&random](int x, int) { return uchar(x < 700 ? 4 : random.bounded(32)); });
+    QTest::addRow("padded rows") << indexed(13, 9, [](int x, int y) { return uchar((x * y) % 32); });
+    QTest::addRow("long runs and rare changes")
+        << indexed(600, 2, [](int x, int) { return uchar(x % 97 == 0 ? 1 : 0); });
+}
+
+} // namespace
+
+class SpriteCompressionTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void lz5RoundTrip_data() { addPatterns(); }
+    void lz5RoundTrip();
+    void rle8RoundTrip_data() { addPatterns(); }
+    void rle8RoundTrip();
+    void rle8TrueColour();
+    void lz5Bytes_data();
+    void lz5Bytes();
+    void lz5ShortCopyGroups();
+    void rle8Bytes_data();
+    void rle8Bytes();
+    void rle5Streams();
+    void noRle5Encoder();
+    void hostileStreams_data();
+    void hostileStreams();
+    void randomStreamsStayInTheirBuffers();
+    void closedAndUnopenableDevices();
+};
+
+void SpriteCompressionTest::lz5RoundTrip()
+{
+    QFETCH(QImage, image);
+    for (bool lz : {false, true}) {
+        const QByteArray stream = encode([&](QIODevice *device) { return saveLZ5(image, device, lz); });
+        bool ok = false;
+        const QImage back = decoded(loadLZ5, stream, image.width(), image.height(), QImage::Format_Indexed8, &ok);
+        QVERIFY2(ok, lz ? "with copies" : "runs only");
+        QVERIFY2(samePixels(image, back), lz ? "with copies" : "runs only");
+    }
+}
+
+void SpriteCompressionTest::rle8RoundTrip()
+{
+    QFETCH(QImage, image);
+    const QByteArray stream = encode([&](QIODevice *device) { return saveRLE8(image, device); });
+    bool ok = false;
+    const QImage back = decoded(loadRLE8, stream, image.width(), image.height(), QImage::Format_Indexed8, &ok);
+    QVERIFY(ok);
+    QVERIFY(samePixels(image, back));
+}
+
+void SpriteCompressionTest::rle8TrueColour()
+{
+    QImage image(19, 7, QImage::Format_ARGB32);
+    for (int y = 0; y < 7; ++y)
+        for (int x = 0; x < 19; ++x)
+            image.setPixel(x, y, x < 10 ? qRgba(0x40, 0x41, 0x42, 0xFF) : qRgba(x * 9, y * 30, 7, x * 13));
+    const QByteArray stream = encode([&](QIODevice *device) { return saveRLE8(image, device); });
+    bool ok = false;
+    QVERIFY(samePixels(image, decoded(loadRLE8, stream, 19, 7, QImage::Format_ARGB32, &ok)));
+    QVERIFY(ok);
+    // RGB32 is written four bytes a pixel and read three: it doesn't come back.
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    const QByteArray written = encode([&](QIODevice *device) { return saveRLE8(rgb, device); });
+    QVERIFY(!samePixels(rgb, decoded(loadRLE8, written, 19, 7, QImage::Format_RGB32)));
+}
+
+void SpriteCompressionTest::lz5Bytes_data()
+{
+    QTest::addColumn<QImage>("image");
+    QTest::addColumn<bool>("lz");
+    QTest::addColumn<QByteArray>("stream");
+
+    // One colour: long runs of 263 and a last shorter one, never a copy.
+    QTest::addRow("one colour") << indexed(600, 1, [](int, int) { return uchar(6); }) << true
+                                << bytes({0x00, 0x06, 0xFF, 0x06, 0xFF, 0x06, 74 - 8});
+    // A run of exactly 8 that finds no match behind its first 7: a long run of 8.
+    QTest::addRow("run of eight") << indexed(9, 1, [](int x, int) { return uchar(x < 8 ? 5 : 1); }) << true
+                                  << bytes({0x00, 0x05, 0x00, 0x21});
+    // A run of 7 followed by a match: a short run, then the copy (a group of two short
+    // copies, each with its distance byte and no top bits).
+    QTest::addRow("seven then a match")
+        << indexed(15, 1, [](int x, int) { return uchar(x >= 4 && x < 11 ? 5 : ((x < 4 ? x : x - 11) % 2 ? 2 : 1)); })
+        << true
+        << bytes({0x14, 0x21, 0x22, 0x01, 0x01, 0x05 | (7 << 5), 0x03, 0x0A});
+    // Without copies the control bytes are written all the same, all zero.
+    QTest::addRow("runs only") << indexed(3, 1, [](int x, int) { return uchar(x); }) << false
+                               << bytes({0x00, 0x20, 0x21, 0x22});
+}
+
+void SpriteCompressionTest::lz5Bytes()
+{
+    QFETCH(QImage, image);
+    QFETCH(bool, lz);
+    QFETCH(QByteArray, stream);
+    QCOMPARE(encode([&](QIODevice *device) { return saveLZ5(image, device, lz); }).toHex(' '), stream.toHex(' '));
+    QVERIFY(samePixels(image, decoded(loadLZ5, stream, image.width(), image.height())));
+}
+
+void SpriteCompressionTest::lz5ShortCopyGroups()
+{
+    // Two runs, then four short copies of 2 from 2 back: the fourth has no distance
+    // byte, its distance less one (1) stands in the top bits of its first byte.
+    const QByteArray stream = bytes({0x3C, 0x21, 0x22, 0x01, 0x01, 0x01, 0x01, 0x01, 0x01, 0x41});
+    bool ok = false;
+    const QImage image = decoded(loadLZ5, stream, 10, 1, QImage::Format_Indexed8, &ok);
+    QVERIFY(ok);
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(image.constScanLine(0)), 10), bytes({1, 2, 1, 2, 1, 2, 1, 2, 1, 2}));
+
+    // The spread bits of a far fourth distance, across a long copy that does not count.
+    // Pixels 0..199, then four short copies and a long one between them.
+    QImage source = indexed(200, 1, [](int x, int) { return uchar((x * 7 + x / 5) % 32); });
+    const QByteArray saved = encode([&](QIODevice *device) { return saveLZ5(source, device, true); });
+    QVERIFY(samePixels(source, decoded(loadLZ5, saved, 200, 1)));
+}
+
+void SpriteCompressionTest::rle8Bytes_data()
+{
+    QTest::addColumn<QByteArray>("pixels");
+    QTest::addColumn<QByteArray>("stream");
+
+    QTest::addRow("run of 100") << QByteArray(100, char(0x09)) << bytes({0x7F, 0x09, 0x65, 0x09});
+    QTest::addRow("lone 0x41") << bytes({0x41}) << bytes({0x41, 0x41});
+    QTest::addRow("lone 0x3F") << bytes({0x3F}) << bytes({0x3F});
+    QTest::addRow("lone 0xC1 and 0x81") << bytes({0xC1, 0x81}) << bytes({0xC1, 0x81});
+    QTest::addRow("pair") << bytes({0x00, 0x00, 0x07}) << bytes({0x42, 0x00, 0x07});
+}
+
+void SpriteCompressionTest::rle8Bytes()
+{
+    QFETCH(QByteArray, pixels);
+    QFETCH(QByteArray, stream);
+    const QImage image = indexed(pixels.size(), 1, [&](int x, int) { return uchar(pixels.at(x)); });
+    QCOMPARE(encode([&](QIODevice *device) { return saveRLE8(image, device); }).toHex(' '), stream.toHex(' '));
+    QVERIFY(samePixels(image, decoded(loadRLE8, stream, pixels.size(), 1)));
+}
+
+void SpriteCompressionTest::rle5Streams()
+{
+    // 5 of colour 3 with its colour byte, then 2 of 7 and 8 of 1; then one pixel of the
+    // free colour 0 without a colour byte.
+    const QByteArray stream = bytes({4, 0x82, 0x03, 0x27, 0xE1, 0x00, 0x00});
+    QByteArray expected;
+    expected += QByteArray(5, 3) + QByteArray(2, 7) + QByteArray(8, 1) + QByteArray(1, 0);
+    bool ok = false;
+    const QImage square = decoded(loadRLE5, stream, 4, 4, QImage::Format_Indexed8, &ok);
+    QVERIFY(ok);
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(square.constBits()), 16), expected);
+    // Rows with padding: the padding is jumped over and keeps its bytes.
+    const QImage padded = decoded(loadRLE5, stream, 5, 3, QImage::Format_Indexed8, &ok);
+    QVERIFY(ok);
+    QCOMPARE(padded.bytesPerLine(), 8);
+    for (int y = 0; y < 3; ++y) {
+        QCOMPARE(QByteArray(reinterpret_cast<const char *>(padded.constScanLine(y)), 5), expected.mid(y * 5, 5));
+        QCOMPARE(QByteArray(reinterpret_cast<const char *>(padded.constScanLine(y)) + 5, 3), QByteArray(3, char(0xAA)));
+    }
+    // A stream that ends between groups before the image is full: true, the rest kept.
+    const QImage big = decoded(loadRLE5, stream, 10, 10, QImage::Format_Indexed8, &ok);
+    QVERIFY(ok);
+    QCOMPARE(uchar(big.constScanLine(1)[5]), uchar(0));
+    QCOMPARE(uchar(big.constScanLine(1)[6]), uchar(0xAA));
+}
+
+void SpriteCompressionTest::noRle5Encoder()
+{
+    for (const QImage &image : {indexed(4, 4, [](int, int) { return uchar(1); }), QImage()}) {
+        QByteArray data;
+        QBuffer buffer(&data);
+        QVERIFY(!saveRLE5(image, &buffer));
+        QVERIFY(!buffer.isOpen());
+        QVERIFY(data.isEmpty());
+    }
+}
+
+void SpriteCompressionTest::hostileStreams_data()
+{
+    QTest::addColumn<int>("codec");
+    QTest::addColumn<QByteArray>("stream");
+    QTest::addColumn<bool>("result");
+
+    // A copy from before the start of the output.
+    QTest::addRow("lz5 distance before the start") << 0 << bytes({0x01, 0x01, 0x04}) << false;
+    QTest::addRow("lz5 long distance before the start") << 0 << bytes({0x02, 0x21, 0xC0, 0xFF, 0x10}) << false;
+    // Streams that end inside a packet.
+    QTest::addRow("lz5 truncated long run") << 0 << bytes({0x00, 0x00}) << false;
+    QTest::addRow("lz5 truncated copy") << 0 << bytes({0x02, 0x21, 0x00, 0x00}) << false;
+    QTest::addRow("lz5 control byte alone") << 0 << bytes({0xFF}) << false;
+    QTest::addRow("rle5 truncated group") << 1 << bytes({0x03, 0x85}) << false;
+    QTest::addRow("rle8 truncated run") << 2 << bytes({0x7F}) << false;
+    // Endless zero-length runs end with the device.
+    QTest::addRow("rle8 zero runs") << 2 << QByteArray(20000, char(0x40)) << true;
+    // An empty stream is a stream that ends between packets.
+    QTest::addRow("lz5 empty") << 0 << QByteArray() << true;
+}
+
+void SpriteCompressionTest::hostileStreams()
+{
+    QFETCH(int, codec);
+    QFETCH(QByteArray, stream);
+    QFETCH(bool, result);
+    bool (*const loaders[])(QImage &, QIODevice *) = {loadLZ5, loadRLE5, loadRLE8};
+    bool ok = !result;
+    const QImage image = decoded(loaders[codec], stream, 6, 5, QImage::Format_Indexed8, &ok);
+    QCOMPARE(ok, result);
+    QCOMPARE(image.size(), QSize(6, 5));
+    QCOMPARE(image.format(), QImage::Format_Indexed8);
+}
+
+void SpriteCompressionTest::randomStreamsStayInTheirBuffers()
+{
+    // Random bytes into every decoder, for images of odd sizes and formats: whatever the
+    // result, nothing is written outside the image (the sanitizer build watches).
+    QRandomGenerator random(2026);
+    bool (*const loaders[])(QImage &, QIODevice *) = {loadLZ5, loadRLE5, loadRLE8};
+    const QImage::Format formats[] = {QImage::Format_Indexed8, QImage::Format_RGB32, QImage::Format_ARGB32,
+                                      QImage::Format_Grayscale8};
+    for (int round = 0; round < 3000; ++round) {
+        QByteArray stream(random.bounded(300), '\0');
+        for (char &byte : stream)
+            byte = char(random.bounded(256));
+        const int width = 1 + random.bounded(40);
+        const int height = 1 + random.bounded(20);
+        const QImage::Format format = formats[random.bounded(4)];
+        const QImage image = decoded(loaders[round % 3], stream, width, height, format);
+        QCOMPARE(image.size(), QSize(width, height));
+        QCOMPARE(image.format(), format);
+    }
+}
+
+void SpriteCompressionTest::closedAndUnopenableDevices()
+{
+    const QImage image = indexed(8, 8, [](int x, int) { return uchar(x); });
+    // A closed buffer is opened by the codec.
+    QByteArray data;
+    QBuffer closed(&data);
+    QVERIFY(saveLZ5(image, &closed, true));
+    QVERIFY(closed.isOpen());
+    closed.close();
+    QImage back(8, 8, QImage::Format_Indexed8);
+    QVERIFY(loadLZ5(back, &closed));
+    QVERIFY(samePixels(image, back));
+    // A file that can't be opened: false, and nothing touched.
+    QFile missing(QStringLiteral("/nonexistent/dir/sprite.lz5"));
+    QImage untouched(8, 8, QImage::Format_Indexed8);
+    untouched.fill(3);
+    QVERIFY(!loadLZ5(untouched, &missing));
+    QVERIFY(!loadRLE8(untouched, &missing));
+    QVERIFY(!loadRLE5(untouched, &missing));
+    QVERIFY(!saveLZ5(image, &missing, false));
+    QVERIFY(!saveRLE8(image, &missing));
+    QCOMPARE(untouched.pixelIndex(5, 5), 3);
+    // An empty image writes nothing, not even a control byte.
+    QCOMPARE(encode([](QIODevice *device) { return saveLZ5(QImage(), device, true); }), QByteArray());
+}
+
+QTEST_MAIN(SpriteCompressionTest)
+#include "tst_spritecompression.moc"
