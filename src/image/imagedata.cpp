@@ -25,6 +25,21 @@ RGB RGBA::toRGB() const
     return RGB(red, green, blue);
 }
 
+QImage::Format formatOfDepth(int depth)
+{
+    switch (depth) {
+    case 5:
+    case 8:
+        return QImage::Format_Indexed8;
+    case 24:
+        return QImage::Format_RGB32;
+    case 32:
+        return QImage::Format_ARGB32;
+    default:
+        return QImage::Format_Invalid;
+    }
+}
+
 const char *imageFileExtension(ImageExtensionType type)
 {
     static const char *const filters[] = {
@@ -44,22 +59,6 @@ const char *imageFileExtension(ImageExtensionType type)
 }
 
 namespace {
-
-// The format a file of that many bits a pixel loads into.
-QImage::Format formatOfDepth(int depth)
-{
-    switch (depth) {
-    case 5:
-    case 8:
-        return QImage::Format_Indexed8;
-    case 24:
-        return QImage::Format_RGB32;
-    case 32:
-        return QImage::Format_ARGB32;
-    default:
-        return QImage::Format_Invalid;
-    }
-}
 
 void readBmp(QDataStream &in, ImageInfo &info)
 {

@@ -70,6 +70,10 @@ struct OVRA_EXPORT ImageInfo
     QSize size() const { return QSize(width, height); }
 };
 
+// The format an image file of that many bits a pixel loads into: 5 and 8 indexed, 24
+// RGB32, 32 ARGB32, anything else invalid.
+OVRA_EXPORT QImage::Format formatOfDepth(int depth);
+
 // File-dialog filters of images and palettes.
 enum ImageExtensionType {
     AllImageWildcards = 0,   // the patterns behind a label for all image formats

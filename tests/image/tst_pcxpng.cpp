@@ -1,0 +1,299 @@
+#include "image/pcxpng.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QRandomGenerator>
+#include <QtTest>
+
+using namespace Ovra;
+
+namespace {
+
+QByteArray header(int xMin, int yMin, int xMax, int yMax, int bits, int planes, int bytesPerLine,
+                  int manufacturer = 10, int version = 5)
+{
+    QByteArray bytes(128, '\0');
+    bytes[0] = char(manufacturer);
+    bytes[1] = char(version);
+    bytes[2] = 1;
+    bytes[3] = char(bits);
+    auto word = [&bytes](int at, int value) {
+        bytes[at] = char(value & 0xFF);
+        bytes[at + 1] = char((value >> 8) & 0xFF);
+    };
+    word(4, xMin);
+    word(6, yMin);
+    word(8, xMax);
+    word(10, yMax);
+    // The 16 colours of the header: entry i is (i, 2i, 3i).
+    for (int i = 0; i < 16; ++i) {
+        bytes[16 + i * 3] = char(i);
+        bytes[17 + i * 3] = char(2 * i);
+        bytes[18 + i * 3] = char(3 * i);
+    }
+    bytes[65] = char(planes);
+    word(66, bytesPerLine);
+    return bytes;
+}
+
+QByteArray paletteBlock(int shift = 0)
+{
+    QByteArray block(1, char(0x0C));
+    for (int i = 0; i < 256; ++i)
+        block.append(char(i)).append(char(255 - i)).append(char((i + shift) & 0xFF));
+    return block;
+}
+
+bool load(QByteArray bytes, QImage &image, bool *hasPalette = nullptr)
+{
+    QBuffer buffer(&bytes);
+    return loadPCX(image, &buffer, hasPalette);
+}
+
+QByteArray save(const QImage &image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    return savePCX(image, &buffer) ? bytes : QByteArray("<failed>");
+}
+
+QImage noise(int width, int height, QImage::Format format, quint32 seed)
+{
+    QRandomGenerator random(seed);
+    QImage image(width, height, format);
+    if (format == QImage::Format_Indexed8) {
+        QVector<QRgb> table;
+        for (int i = 0; i < 256; ++i)
+            table << qRgb(i, (i * 7) & 0xFF, 255 - i);
+        image.setColorTable(table);
+    }
+    for (int y = 0; y < height; ++y) {
+        uchar *row = image.scanLine(y);
+        for (int x = 0; x < image.bytesPerLine(); ++x)
+            row[x] = uchar(random.bounded(8) < 5 ? 0xC5 : random.bounded(256)); // runs and high bytes
+    }
+    if (format == QImage::Format_RGB32) {
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                image.setPixel(x, y, image.pixel(x, y) | 0xFF000000);
+    }
+    return image;
+}
+
+} // namespace
+
+class PcxPngTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void roundTrip_data();
+    void roundTrip();
+    void writtenBytes();
+    void headerOffsetsAndWideLines();
+    void runsSpillOverLinesAndPlanes();
+    void sixteenColourFallback();
+    void strayBytesBeforeThePaletteBlock();
+    void rejectedFiles_data();
+    void rejectedFiles();
+    void truncatedFiles();
+    void oddPlanesStayInTheirRows();
+    void png();
+};
+
+void PcxPngTest::roundTrip_data()
+{
+    QTest::addColumn<QImage>("image");
+    QTest::addRow("indexed") << noise(37, 11, QImage::Format_Indexed8, 1);
+    QTest::addRow("indexed 1x1") << noise(1, 1, QImage::Format_Indexed8, 2);
+    QTest::addRow("rgb") << noise(23, 9, QImage::Format_RGB32, 3);
+    QTest::addRow("argb") << noise(64, 5, QImage::Format_ARGB32, 4);
+    QTest::addRow("wide") << noise(700, 2, QImage::Format_Indexed8, 5);
+}
+
+void PcxPngTest::roundTrip()
+{
+    QFETCH(QImage, image);
+    const QByteArray bytes = save(image);
+    QImage back;
+    bool hasPalette = image.format() != QImage::Format_Indexed8;
+    QVERIFY(load(bytes, back, &hasPalette));
+    QCOMPARE(hasPalette, image.format() == QImage::Format_Indexed8);
+    QCOMPARE(back.format(), image.format());
+    QCOMPARE(back.size(), image.size());
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            QCOMPARE(back.pixel(x, y), image.pixel(x, y));
+}
+
+void PcxPngTest::writtenBytes()
+{
+    // A lone high byte takes two bytes; a pair makes a run; runs stop at the line end.
+    QImage image(3, 2, QImage::Format_Indexed8);
+    image.setColorTable({qRgba(1, 2, 3, 0), qRgb(4, 5, 6)});
+    const uchar pixels[2][3] = {{0xC8, 7, 7}, {7, 1, 0}};
+    for (int y = 0; y < 2; ++y)
+        memcpy(image.scanLine(y), pixels[y], 3);
+    const QByteArray bytes = save(image);
+    QCOMPARE(bytes.size(), 128 + 7 + 769);
+    QCOMPARE(bytes.left(4).toHex(), QByteArray("0a050108"));
+    QCOMPARE(bytes.mid(8, 4).toHex(), QByteArray("02000100")); // xMax 2, yMax 1
+    QCOMPARE(int(bytes.at(65)), 1);
+    QCOMPARE(bytes.mid(66, 4).toHex(), QByteArray("03000100")); // bytes per line 3, palette info 1
+    QCOMPARE(bytes.mid(128, 7).toHex(' '), QByteArray("c1 c8 c2 07 07 01 00"));
+    // The table without alpha, padded to 256 entries of zero.
+    QCOMPARE(bytes.mid(128 + 7, 7).toHex(' '), QByteArray("0c 01 02 03 04 05 06"));
+    QCOMPARE(bytes.right(3), QByteArray(3, '\0'));
+    QImage back;
+    QVERIFY(load(bytes, back));
+    QCOMPARE(qAlpha(back.color(0)), 255); // transparency doesn't travel in PCX
+}
+
+void PcxPngTest::headerOffsetsAndWideLines()
+{
+    // xMin 5 and xMax 14: ten wide, the offset forgotten. Lines of 12 bytes: the two
+    // behind the width are read and dropped.
+    QByteArray file = header(5, 0, 14, 1, 8, 1, 12);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 12; ++x)
+            file.append(char(x < 10 ? x + y * 10 : 0x33));
+    }
+    file += paletteBlock();
+    QImage image(3, 3, QImage::Format_RGB32);
+    bool hasPalette = false;
+    QVERIFY(load(file, image, &hasPalette));
+    QVERIFY(hasPalette);
+    QCOMPARE(image.size(), QSize(10, 2));
+    QCOMPARE(image.format(), QImage::Format_Indexed8);
+    QCOMPARE(image.pixelIndex(9, 1), 19);
+    QCOMPARE(image.pixelIndex(0, 1), 10);
+    QCOMPARE(image.color(200), qRgb(200, 55, 200));
+}
+
+void PcxPngTest::runsSpillOverLinesAndPlanes()
+{
+    // 2 x 2 in three planes, all by one run of 12 that crosses every line and plane.
+    QByteArray file = header(0, 0, 1, 1, 8, 3, 2);
+    file.append(char(0xCC)).append(char(0x40));
+    QImage image;
+    bool hasPalette = true;
+    QVERIFY(load(file, image, &hasPalette));
+    QVERIFY(!hasPalette);
+    QCOMPARE(image.format(), QImage::Format_RGB32);
+    QCOMPARE(image.pixel(1, 1), qRgb(0x40, 0x40, 0x40));
+}
+
+void PcxPngTest::sixteenColourFallback()
+{
+    QByteArray file = header(0, 0, 1, 0, 8, 1, 2);
+    file.append(char(3)).append(char(15));
+    QImage image;
+    bool hasPalette = true;
+    QVERIFY(load(file, image, &hasPalette));
+    QVERIFY(!hasPalette);
+    QCOMPARE(image.colorCount(), 256);
+    QCOMPARE(image.color(15), qRgb(15, 30, 45));
+    QCOMPARE(image.color(16), qRgb(0, 0, 0));
+    QCOMPARE(image.color(255), qRgb(0, 0, 0));
+}
+
+void PcxPngTest::strayBytesBeforeThePaletteBlock()
+{
+    // Stray bytes between the pixels and the block: the skip lands one byte behind the
+    // mark, reads the first palette byte as the mark, and falls back to the header.
+    QByteArray file = header(0, 0, 0, 0, 8, 1, 1);
+    file.append(char(1));
+    file.append("stray");
+    file += paletteBlock();
+    QImage image;
+    bool hasPalette = true;
+    QVERIFY(load(file, image, &hasPalette));
+    QVERIFY(!hasPalette);
+    QCOMPARE(image.color(1), qRgb(1, 2, 3));
+}
+
+void PcxPngTest::rejectedFiles_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addRow("wrong manufacturer") << header(0, 0, 1, 1, 8, 1, 2, 11) + QByteArray(4, 1);
+    QTest::addRow("version 3") << header(0, 0, 1, 1, 8, 1, 2, 10, 3) + QByteArray(4, 1);
+    QTest::addRow("16 colours in one plane") << header(0, 0, 1, 1, 4, 1, 1) + QByteArray(4, 1);
+    QTest::addRow("short header") << header(0, 0, 1, 1, 8, 1, 2).left(60);
+}
+
+void PcxPngTest::rejectedFiles()
+{
+    QFETCH(QByteArray, file);
+    QImage image(2, 2, QImage::Format_ARGB32);
+    image.fill(qRgba(1, 2, 3, 4));
+    QVERIFY(!load(file, image));
+    QCOMPARE(image.size(), QSize(2, 2));
+    QCOMPARE(image.pixel(1, 1), qRgba(1, 2, 3, 4));
+}
+
+void PcxPngTest::truncatedFiles()
+{
+    // Ends before the last row: false, and a null image.
+    QImage image;
+    QVERIFY(!load(header(0, 0, 3, 3, 8, 1, 4) + QByteArray(6, 2), image));
+    QVERIFY(image.isNull());
+    // A count byte at the very end has no value to repeat.
+    QVERIFY(!load(header(0, 0, 1, 0, 8, 1, 2) + QByteArray(1, char(0xC2)), image));
+    // A block cut short is no block: the header's colours stand.
+    QByteArray file = header(0, 0, 0, 0, 8, 1, 1);
+    file.append(char(5));
+    file += paletteBlock().left(400);
+    QImage partial;
+    bool hasPalette = true;
+    QVERIFY(load(file, partial, &hasPalette));
+    QVERIFY(!hasPalette);
+    QCOMPARE(partial.color(5), qRgb(5, 10, 15));
+    // A width that the header makes empty, with no image given: false.
+    QImage none;
+    QVERIFY(!load(header(5, 0, 3, 0, 8, 1, 0), none));
+}
+
+void PcxPngTest::oddPlanesStayInTheirRows()
+{
+    // Depth 8 from two planes of 4 bits, and depth 5 from five planes of 1 bit: the
+    // planes step past the bytes of an indexed pixel and must stay in their rows.
+    for (const auto &[bits, planes] : {std::pair<int, int>{4, 2}, std::pair<int, int>{1, 5}}) {
+        QByteArray file = header(0, 0, 39, 3, bits, planes, 40);
+        for (int i = 0; i < 4 * planes; ++i)
+            file.append(char(0xE8)).append(char(0x11)); // runs of 40
+        QImage image;
+        QVERIFY(load(file, image));
+        QCOMPARE(image.size(), QSize(40, 4));
+        QCOMPARE(image.format(), QImage::Format_Indexed8);
+    }
+}
+
+void PcxPngTest::png()
+{
+    QImage image(5, 3, QImage::Format_Indexed8);
+    image.setColorTable({qRgba(0, 0, 0, 0), qRgba(255, 0, 0, 128), qRgb(0, 255, 0)});
+    image.fill(1);
+    image.setPixel(4, 2, 2);
+    QByteArray bytes;
+    QBuffer closed(&bytes);
+    QVERIFY(savePNG(image, &closed));
+    QImage back;
+    QBuffer reading(&bytes);
+    QVERIFY(loadPNG(back, &reading));
+    QCOMPARE(back.format(), QImage::Format_Indexed8);
+    QCOMPARE(back.color(1), qRgba(255, 0, 0, 128)); // the table keeps its alpha
+    QCOMPARE(back.pixelIndex(4, 2), 2);
+    // Garbage loads as nothing, and the answer is still true: the caller looks.
+    QByteArray garbage("not a png at all");
+    QBuffer junk(&garbage);
+    QImage none;
+    QVERIFY(loadPNG(none, &junk));
+    QVERIFY(none.isNull());
+    // A device that can't be opened: false both ways.
+    QFile nowhere(QStringLiteral("/nonexistent/dir/x.png"));
+    QVERIFY(!savePNG(image, &nowhere));
+    QVERIFY(!loadPNG(none, &nowhere));
+}
+
+QTEST_MAIN(PcxPngTest)
+#include "tst_pcxpng.moc"
