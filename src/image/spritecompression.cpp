@@ -1,10 +1,13 @@
 #include "image/spritecompression.h"
+#include "image/spritecompression_p.h"
 
 #include <QDataStream>
 #include <QIODevice>
 #include <QImage>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace Ovra {
@@ -53,47 +56,97 @@ constexpr int MaxShortCopy = 64;
 constexpr int MaxShortDistance = 256;
 
 // The best copy of earlier pixels for `pos`, by exhaustive search; length 1 when none.
+// Distance 1 is a run's business. Among equally long matches the nearest stays.
+bool tryDistance(const uchar *pixels, int n, int pos, int d, Lz5Packet &best);
+
 Lz5Packet searchMatch(const uchar *pixels, int n, int pos)
 {
     Lz5Packet best;
     best.length = 1;
     const int farthest = std::min(pos, MaxDistance);
-    for (int d = 2; d <= farthest; ++d) {
-        int length = 0;
-        int changes = 0;
-        int sameRun = 0;
-        bool longRun = false;
-        while (length < MaxCopy && pos + length < n && pixels[pos + length] == pixels[pos + length - d]) {
-            if (length > 0 && pixels[pos + length] != pixels[pos + length - 1]) {
-                ++changes;
-                sameRun = 0;
-            } else {
-                ++sameRun;
-            }
-            if (sameRun > MaxShortRun)
-                longRun = true;
-            ++length;
-        }
-        // One single value is a run's business; only a longer match beats the best.
-        if (changes == 0 || length <= best.length)
-            continue;
-        if (length <= MaxShortCopy && d <= MaxShortDistance) {
-            if (changes > 1 || pixels[pos + length] != pixels[pos + length - 1])
-                best = Lz5Packet{true, true, quint16(d), quint16(length)};
-        } else if ((changes == 2 && longRun) || (length >= 4 && changes >= 3)) {
-            best = Lz5Packet{true, false, quint16(d), quint16(length)};
-        }
-    }
+    for (int d = 2; d <= farthest; ++d)
+        tryDistance(pixels, n, pos, d, best);
     return best;
 }
 
-QVector<Lz5Packet> lz5Packets(const uchar *pixels, int n, bool lz)
+// Weighs one distance as the exhaustive search does; true when it became the best.
+bool tryDistance(const uchar *pixels, int n, int pos, int d, Lz5Packet &best)
+{
+    int length = 0;
+    int changes = 0;
+    int sameRun = 0;
+    bool longRun = false;
+    while (length < MaxCopy && pos + length < n && pixels[pos + length] == pixels[pos + length - d]) {
+        if (length > 0 && pixels[pos + length] != pixels[pos + length - 1]) {
+            ++changes;
+            sameRun = 0;
+        } else {
+            ++sameRun;
+        }
+        if (sameRun > MaxShortRun)
+            longRun = true;
+        ++length;
+    }
+    if (changes == 0 || length <= best.length)
+        return false;
+    if (length <= MaxShortCopy && d <= MaxShortDistance) {
+        if (changes > 1 || pixels[pos + length] != pixels[pos + length - 1]) {
+            best = Lz5Packet{true, true, quint16(d), quint16(length)};
+            return true;
+        }
+    } else if ((changes == 2 && longRun) || (length >= 4 && changes >= 3)) {
+        best = Lz5Packet{true, false, quint16(d), quint16(length)};
+        return true;
+    }
+    return false;
+}
+
+// The same answer as searchMatch, faster: a distance can only win with a match of two
+// bytes or more, so only the earlier places of the same two bytes are weighed, nearest
+// first, as the exhaustive search meets them.
+class PairChains
+{
+public:
+    PairChains(const uchar *pixels, int n)
+        : m_previous(size_t(qMax(n, 1)), -1)
+    {
+        std::vector<int> last(65536, -1);
+        for (int p = 0; p + 1 < n; ++p) {
+            const int key = (pixels[p] << 8) | pixels[p + 1];
+            m_previous[size_t(p)] = last[size_t(key)];
+            last[size_t(key)] = p;
+        }
+    }
+
+    Lz5Packet search(const uchar *pixels, int n, int pos) const
+    {
+        Lz5Packet best;
+        best.length = 1;
+        if (pos + 1 >= n)
+            return best;
+        const int nearest = pos - std::min(pos, MaxDistance);
+        for (int p = m_previous[size_t(pos)]; p >= nearest && p >= 0; p = m_previous[size_t(p)]) {
+            if (pos - p >= 2)
+                tryDistance(pixels, n, pos, pos - p, best);
+        }
+        return best;
+    }
+
+private:
+    std::vector<int> m_previous; // the last earlier place of the same two bytes
+};
+
+QVector<Lz5Packet> lz5Packets(const uchar *pixels, int n, bool lz, bool exhaustive)
 {
     QVector<Lz5Packet> packets;
+    const PairChains chains(lz && !exhaustive ? pixels : nullptr, lz && !exhaustive ? n : 0);
+    auto findMatch = [&](const uchar *bytes, int count, int at) {
+        return exhaustive ? searchMatch(bytes, count, at) : chains.search(bytes, count, at);
+    };
     int pos = 0;
     while (pos < n) {
         if (lz && pos > 0) {
-            const Lz5Packet match = searchMatch(pixels, n, pos);
+            const Lz5Packet match = findMatch(pixels, n, pos);
             if (match.isCopy) {
                 packets.append(match);
                 pos += match.length;
@@ -106,7 +159,7 @@ QVector<Lz5Packet> lz5Packets(const uchar *pixels, int n, bool lz)
             ++run;
         // A run of seven gives way to a match behind it, even if it would go on.
         if (lz && run == MaxShortRun && pos + run < n) {
-            const Lz5Packet match = searchMatch(pixels, n, pos + run);
+            const Lz5Packet match = findMatch(pixels, n, pos + run);
             if (match.isCopy) {
                 packets.append(Lz5Packet{false, true, colour, quint16(run)});
                 packets.append(match);
@@ -177,6 +230,44 @@ void writeLz5(QDataStream &out, QVector<Lz5Packet> &packets)
     }
 }
 
+// ---- stream input -----------------------------------------------------------------------
+
+// The bytes a device has to offer, read through a pointer. Only what the decoder used
+// is taken from the device at the end: the bytes behind the stream stay for the caller.
+class ByteSource
+{
+public:
+    explicit ByteSource(QIODevice *device)
+        : m_device(device)
+        , m_data(device->peek(qMax<qint64>(device->bytesAvailable(), 0)))
+        , m_bytes(reinterpret_cast<const uchar *>(m_data.constData()))
+        , m_size(m_data.size())
+    {
+    }
+    ~ByteSource() { m_device->skip(m_at); }
+
+    bool atEnd() const { return m_at >= m_size; }
+    // False, once and for good, when the stream ends before the byte.
+    bool read(quint8 &byte)
+    {
+        if (m_at >= m_size) {
+            m_pastEnd = true;
+            return false;
+        }
+        byte = m_bytes[m_at++];
+        return true;
+    }
+    bool ok() const { return !m_pastEnd; }
+
+private:
+    QIODevice *m_device;
+    QByteArray m_data;
+    const uchar *m_bytes;
+    qint64 m_size;
+    qint64 m_at = 0;
+    bool m_pastEnd = false;
+};
+
 // ---- pixel output with row padding ------------------------------------------------------
 
 // Writes bytes into an image row by row, jumping over the padding, and refuses to write
@@ -194,13 +285,34 @@ public:
     bool full() const { return m_at >= m_size; }
     void put(uchar value)
     {
-        if (full())
+        // Inside a row a single byte needs none of the row bookkeeping.
+        if (m_at < m_size && (m_column & 0xFFFF) + 1 < uint(m_rowBytes) && m_rowBytes < 0x10000) {
+            m_data[m_at++] = value;
+            ++m_column;
             return;
-        m_data[m_at++] = value;
-        ++m_column;
-        if ((m_column & 0xFFFF) == uint(m_rowBytes)) {
-            m_column = 0;
-            m_at += size_t(m_padding);
+        }
+        fill(value, 1);
+    }
+    // `count` times the value, row by row; a row ends where the low 16 bits of the
+    // column count reach the bytes of a row.
+    void fill(uchar value, size_t count)
+    {
+        while (count > 0 && !full()) {
+            const uint column = m_column & 0xFFFF;
+            size_t toRowEnd = SIZE_MAX;
+            if (m_rowBytes > 0 && m_rowBytes < 0x10000)
+                toRowEnd = size_t(m_rowBytes) - column;
+            else if (m_rowBytes == 0)
+                toRowEnd = 0x10000 - column;
+            const size_t chunk = std::min({count, toRowEnd, m_size - m_at});
+            memset(m_data + m_at, value, chunk);
+            m_at += chunk;
+            m_column += uint(chunk);
+            count -= chunk;
+            if ((m_column & 0xFFFF) == uint(m_rowBytes)) {
+                m_column = 0;
+                m_at += size_t(m_padding);
+            }
         }
     }
 
@@ -219,75 +331,84 @@ bool loadLZ5(QImage &image, QIODevice *device)
 {
     if (!openForReading(device))
         return false;
-    QDataStream in(device);
-    in.setByteOrder(QDataStream::LittleEndian);
+    ByteSource in(device);
     const int width = image.isNull() ? 0 : image.width();
     const size_t n = size_t(width) * size_t(image.isNull() ? 0 : image.height());
     std::vector<uchar> buffer(n, 0);
+    uchar *const output = buffer.data();
     size_t out = 0;
     int packetIndex = 0;
     quint8 control = 0;
     int shortCopies = 0;
     quint8 spread = 0;
     bool valid = true;
-    while (!device->atEnd() && out < n && in.status() == QDataStream::Ok) {
-        if (packetIndex == 0)
-            in >> control;
+    while (!in.atEnd() && out < n) {
+        if (packetIndex == 0 && !in.read(control))
+            break;
         quint8 first = 0;
-        in >> first;
+        if (!in.read(first))
+            break;
         if (control & (1 << packetIndex)) {
-            uint length = 0;
-            uint distance = 0;
+            size_t length = 0;
+            size_t distance = 0;
             if ((first & 0x3F) == 0) {
                 quint8 low = 0;
                 quint8 count = 0;
-                in >> low >> count;
-                distance = ((uint(first & 0xC0) << 2) | low) + 1;
-                length = uint(count) + 3;
+                if (!in.read(low) || !in.read(count))
+                    break;
+                distance = ((size_t(first & 0xC0) << 2) | low) + 1;
+                length = size_t(count) + 3;
             } else {
-                length = uint(first & 0x3F) + 1;
+                length = size_t(first & 0x3F) + 1;
                 quint8 byte = 0;
                 if (shortCopies < 3) {
                     spread |= quint8((first >> 6) << (6 - 2 * shortCopies));
                     ++shortCopies;
-                    in >> byte;
+                    if (!in.read(byte))
+                        break;
                 } else {
                     byte = quint8(spread | (first >> 6));
                     shortCopies = 0;
                     spread = 0;
                 }
-                distance = uint(byte) + 1;
+                distance = size_t(byte) + 1;
             }
-            if (in.status() != QDataStream::Ok)
-                break;
             // A copy from before the start of the image: no stream of ours holds one.
             if (distance > out) {
                 valid = false;
                 break;
             }
-            for (; length > 0 && out < n; --length, ++out)
-                buffer[out] = buffer[out - distance];
+            length = std::min(length, n - out);
+            if (distance >= length) {
+                memcpy(output + out, output + out - distance, length);
+            } else {
+                // Overlapping: the copy repeats what it has just written.
+                for (size_t k = 0; k < length; ++k)
+                    output[out + k] = output[out + k - distance];
+            }
+            out += length;
         } else {
-            uint length = first >> 5;
+            size_t length = first >> 5;
             if (length == 0) {
                 quint8 more = 0;
-                in >> more;
-                length = uint(more) + 8;
+                if (!in.read(more))
+                    break;
+                length = size_t(more) + 8;
             }
-            if (in.status() != QDataStream::Ok)
-                break;
-            const uchar colour = first & 0x1F;
-            for (; length > 0 && out < n; --length)
-                buffer[out++] = colour;
+            length = std::min(length, n - out);
+            memset(output + out, first & 0x1F, length);
+            out += length;
         }
         packetIndex = (packetIndex + 1) & 7;
     }
     for (int y = 0; width > 0 && y < image.height(); ++y)
-        std::copy_n(buffer.data() + size_t(y) * size_t(width), width, image.scanLine(y));
-    return valid && in.status() == QDataStream::Ok;
+        memcpy(image.scanLine(y), output + size_t(y) * size_t(width), size_t(width));
+    return valid && in.ok();
 }
 
-bool saveLZ5(const QImage &image, QIODevice *device, bool lz)
+namespace {
+
+bool encodeLZ5(const QImage &image, QIODevice *device, bool lz, bool exhaustive)
 {
     if (!openForWriting(device))
         return false;
@@ -297,42 +418,45 @@ bool saveLZ5(const QImage &image, QIODevice *device, bool lz)
     const int n = width * (image.isNull() ? 0 : image.height());
     if (n > 0) {
         const QByteArray pixels = gatherRows(image, width);
-        QVector<Lz5Packet> packets = lz5Packets(reinterpret_cast<const uchar *>(pixels.constData()), n, lz);
+        QVector<Lz5Packet> packets =
+            lz5Packets(reinterpret_cast<const uchar *>(pixels.constData()), n, lz, exhaustive);
         writeLz5(out, packets);
     }
     return out.status() == QDataStream::Ok;
+}
+
+} // namespace
+
+bool saveLZ5(const QImage &image, QIODevice *device, bool lz)
+{
+    return encodeLZ5(image, device, lz, false);
+}
+
+bool saveLZ5Exhaustive(const QImage &image, QIODevice *device)
+{
+    return encodeLZ5(image, device, true, true);
 }
 
 bool loadRLE5(QImage &image, QIODevice *device)
 {
     if (!openForReading(device))
         return false;
-    QDataStream in(device);
+    ByteSource in(device);
     const int width = image.isNull() ? 0 : image.width();
     RowWriter writer(image, width, image.isNull() ? 0 : image.bytesPerLine() - width);
-    auto run = [&writer](uchar colour, int length) {
-        for (; length > 0 && !writer.full(); --length)
-            writer.put(colour);
-    };
-    while (!device->atEnd() && !writer.full() && in.status() == QDataStream::Ok) {
+    while (!in.atEnd() && !writer.full()) {
         quint8 first = 0;
         quint8 flags = 0;
-        in >> first >> flags;
         quint8 colour = 0;
-        if (flags & 0x80)
-            in >> colour;
-        if (in.status() != QDataStream::Ok)
+        if (!in.read(first) || !in.read(flags) || ((flags & 0x80) && !in.read(colour)))
             break;
-        run(colour & 0x1F, int(first) + 1);
+        writer.fill(colour & 0x1F, size_t(first) + 1);
         // The group's packets are read even where the image is full.
-        for (int count = flags & 0x1F; count > 0 && in.status() == QDataStream::Ok; --count) {
-            quint8 packet = 0;
-            in >> packet;
-            if (in.status() == QDataStream::Ok)
-                run(packet & 0x1F, (packet >> 5) + 1);
-        }
+        quint8 packet = 0;
+        for (int count = flags & 0x1F; count > 0 && in.read(packet); --count)
+            writer.fill(packet & 0x1F, size_t(packet >> 5) + 1);
     }
-    return in.status() == QDataStream::Ok;
+    return in.ok();
 }
 
 bool saveRLE5(const QImage &, QIODevice *)
@@ -344,7 +468,7 @@ bool loadRLE8(QImage &image, QIODevice *device)
 {
     if (!openForReading(device))
         return false;
-    QDataStream in(device);
+    ByteSource in(device);
     int bytesPerPixel = 0;
     switch (image.format()) {
     case QImage::Format_Indexed8:
@@ -363,21 +487,20 @@ bool loadRLE8(QImage &image, QIODevice *device)
     const int rowBytes = image.isNull() ? 0 : image.width() * bytesPerPixel;
     const int padding = image.isNull() ? 0 : (image.bytesPerLine() - rowBytes) & 0xFF;
     RowWriter writer(image, rowBytes, padding);
-    while (!device->atEnd() && !writer.full() && in.status() == QDataStream::Ok) {
+    while (!in.atEnd() && !writer.full()) {
         quint8 first = 0;
-        in >> first;
+        if (!in.read(first))
+            break;
         if ((first & 0xC0) == 0x40) {
             quint8 value = 0;
-            in >> value;
-            if (in.status() != QDataStream::Ok)
+            if (!in.read(value))
                 break;
-            for (int count = first & 0x3F; count > 0; --count)
-                writer.put(value);
-        } else if (in.status() == QDataStream::Ok) {
+            writer.fill(value, first & 0x3F);
+        } else {
             writer.put(first);
         }
     }
-    return in.status() == QDataStream::Ok;
+    return in.ok();
 }
 
 bool saveRLE8(const QImage &image, QIODevice *device)

@@ -1,4 +1,5 @@
 #include "image/spritecompression.h"
+#include "image/spritecompression_p.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -104,6 +105,8 @@ class SpriteCompressionTest : public QObject
 private slots:
     void lz5RoundTrip_data() { addPatterns(); }
     void lz5RoundTrip();
+    void fastSearchWritesTheExhaustiveBytes_data() { addPatterns(); }
+    void fastSearchWritesTheExhaustiveBytes();
     void rle8RoundTrip_data() { addPatterns(); }
     void rle8RoundTrip();
     void rle8TrueColour();
@@ -118,6 +121,7 @@ private slots:
     void hostileStreams();
     void randomStreamsStayInTheirBuffers();
     void closedAndUnopenableDevices();
+    void bytesBehindTheStreamStay();
 };
 
 void SpriteCompressionTest::lz5RoundTrip()
@@ -129,6 +133,27 @@ void SpriteCompressionTest::lz5RoundTrip()
         const QImage back = decoded(loadLZ5, stream, image.width(), image.height(), QImage::Format_Indexed8, &ok);
         QVERIFY2(ok, lz ? "with copies" : "runs only");
         QVERIFY2(samePixels(image, back), lz ? "with copies" : "runs only");
+    }
+}
+
+void SpriteCompressionTest::fastSearchWritesTheExhaustiveBytes()
+{
+    QFETCH(QImage, image);
+    const QByteArray fast = encode([&](QIODevice *device) { return saveLZ5(image, device, true); });
+    const QByteArray plain = encode([&](QIODevice *device) { return saveLZ5Exhaustive(image, device); });
+    QCOMPARE(fast.toHex(), plain.toHex());
+    // Also over pictures made of repeated pieces, where far and near matches compete.
+    QRandomGenerator random(11);
+    for (int round = 0; round < 20; ++round) {
+        QVector<uchar> pieces;
+        for (int i = 0; i < 40; ++i)
+            pieces << uchar(random.bounded(4 + round));
+        const QImage tiled = indexed(90 + round * 7, 12, [&](int x, int y) {
+            const int at = x + y * 13;
+            return uchar(random.bounded(10) == 0 ? random.bounded(32) : pieces.at((at / (1 + round % 5)) % pieces.size()));
+        });
+        QCOMPARE(encode([&](QIODevice *device) { return saveLZ5(tiled, device, true); }).toHex(),
+                 encode([&](QIODevice *device) { return saveLZ5Exhaustive(tiled, device); }).toHex());
     }
 }
 
@@ -344,6 +369,24 @@ void SpriteCompressionTest::closedAndUnopenableDevices()
     QCOMPARE(untouched.pixelIndex(5, 5), 3);
     // An empty image writes nothing, not even a control byte.
     QCOMPARE(encode([](QIODevice *device) { return saveLZ5(QImage(), device, true); }), QByteArray());
+}
+
+void SpriteCompressionTest::bytesBehindTheStreamStay()
+{
+    // The container's next record follows the pixels: the loaders leave it unread.
+    const QImage image = indexed(9, 4, [](int x, int y) { return uchar((x + y) % 5); });
+    const QByteArray streams[] = {encode([&](QIODevice *device) { return saveLZ5(image, device, true); }),
+                                  bytes({3, 0x80, 2, 3, 0x81, 4, 0x25, 3, 0x80, 1, 0, 0x80, 2, 7, 0x81, 1, 0x30, 10, 0x00}),
+                                  encode([&](QIODevice *device) { return saveRLE8(image, device); })};
+    bool (*const loaders[])(QImage &, QIODevice *) = {loadLZ5, loadRLE5, loadRLE8};
+    for (int codec = 0; codec < 3; ++codec) {
+        QByteArray data = streams[codec] + QByteArray("NEXT");
+        QBuffer buffer(&data);
+        buffer.open(QIODevice::ReadOnly);
+        QImage target(9, 4, QImage::Format_Indexed8);
+        QVERIFY(loaders[codec](target, &buffer));
+        QCOMPARE(buffer.readAll(), QByteArray("NEXT"));
+    }
 }
 
 QTEST_MAIN(SpriteCompressionTest)

@@ -1,0 +1,168 @@
+// Sprite pixel streams and whole-file codecs against plain references of the same run:
+// decoding against copying the pixels, the match search against runs alone, PCX against
+// Qt's PNG reader.
+#include "image/pcxpng.h"
+#include "image/spritecompression.h"
+#include "image/spritecompression_p.h"
+
+#include "ratioreporter.h"
+
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QImage>
+#include <QRandomGenerator>
+
+#include <cstring>
+
+namespace {
+
+// A sprite as engines have them: a transparent background around a figure of shaded
+// areas with some noise, in 32 colours.
+QImage sprite(int size, quint32 seed)
+{
+    QRandomGenerator random(seed);
+    QImage image(size, size, QImage::Format_Indexed8);
+    QVector<QRgb> table;
+    for (int i = 0; i < 256; ++i)
+        table << qRgb(i * 8 % 256, i * 5 % 256, i * 3 % 256);
+    image.setColorTable(table);
+    const int centre = size / 2;
+    for (int y = 0; y < size; ++y) {
+        uchar *row = image.scanLine(y);
+        for (int x = 0; x < size; ++x) {
+            const int dx = x - centre;
+            const int dy = y - centre;
+            const bool inside = dx * dx + dy * dy * 2 < centre * centre;
+            row[x] = inside ? uchar(1 + ((x / 6 + y / 9) % 24) + (random.bounded(8) == 0 ? random.bounded(7) : 0)) : 0;
+        }
+    }
+    return image;
+}
+
+QImage noise(int size)
+{
+    QRandomGenerator random(5);
+    QImage image(size, size, QImage::Format_Indexed8);
+    image.setColorCount(256);
+    for (int y = 0; y < size; ++y)
+        for (int x = 0; x < size; ++x)
+            image.scanLine(y)[x] = uchar(random.bounded(32));
+    return image;
+}
+
+QByteArray encoded(const QImage &image, bool (*save)(const QImage &, QIODevice *))
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    save(image, &buffer);
+    return bytes;
+}
+
+void memcpyPixels(benchmark::State &state)
+{
+    const QImage source = sprite(1024, 1);
+    QImage target(1024, 1024, QImage::Format_Indexed8);
+    for (auto _ : state) {
+        memcpy(target.bits(), source.constBits(), size_t(source.sizeInBytes()));
+        benchmark::DoNotOptimize(target.bits());
+    }
+    state.SetBytesProcessed(state.iterations() * source.sizeInBytes());
+}
+
+void decode(benchmark::State &state, bool (*load)(QImage &, QIODevice *), QByteArray stream)
+{
+    QImage target(1024, 1024, QImage::Format_Indexed8);
+    for (auto _ : state) {
+        QBuffer buffer(&stream);
+        buffer.open(QIODevice::ReadOnly);
+        benchmark::DoNotOptimize(load(target, &buffer));
+    }
+    state.SetBytesProcessed(state.iterations() * target.sizeInBytes());
+}
+
+void rle8Decode(benchmark::State &state)
+{
+    decode(state, Ovra::loadRLE8, encoded(sprite(1024, 1), Ovra::saveRLE8));
+}
+
+void lz5Decode(benchmark::State &state)
+{
+    decode(state, Ovra::loadLZ5,
+           encoded(sprite(1024, 1), [](const QImage &image, QIODevice *device) { return Ovra::saveLZ5(image, device, true); }));
+}
+
+void encode(benchmark::State &state, bool (*save)(const QImage &, QIODevice *))
+{
+    const QImage image = noise(256);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(encoded(image, save));
+    state.SetBytesProcessed(state.iterations() * 256 * 256);
+}
+
+void lz5EncodeRuns(benchmark::State &state)
+{
+    encode(state, [](const QImage &image, QIODevice *device) { return Ovra::saveLZ5(image, device, false); });
+}
+
+void lz5EncodeSearch(benchmark::State &state)
+{
+    encode(state, [](const QImage &image, QIODevice *device) { return Ovra::saveLZ5(image, device, true); });
+}
+
+void lz5EncodeExhaustive(benchmark::State &state)
+{
+    encode(state, Ovra::saveLZ5Exhaustive);
+}
+
+void fileLoad(benchmark::State &state, bool pcx)
+{
+    const QImage image = sprite(512, 3);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    pcx ? Ovra::savePCX(image, &buffer) : image.save(&buffer, "PNG");
+    for (auto _ : state) {
+        QBuffer reading(&bytes);
+        reading.open(QIODevice::ReadOnly);
+        QImage loaded;
+        if (pcx)
+            Ovra::loadPCX(loaded, &reading, nullptr);
+        else
+            loaded.load(&reading, "PNG");
+        benchmark::DoNotOptimize(loaded.constBits());
+    }
+}
+
+void pcxLoad(benchmark::State &state)
+{
+    fileLoad(state, true);
+}
+
+void pngLoad(benchmark::State &state)
+{
+    fileLoad(state, false);
+}
+
+} // namespace
+
+BENCHMARK(memcpyPixels)->Unit(benchmark::kMicrosecond);
+BENCHMARK(rle8Decode)->Unit(benchmark::kMicrosecond);
+BENCHMARK(lz5Decode)->Unit(benchmark::kMicrosecond);
+BENCHMARK(lz5EncodeRuns)->Unit(benchmark::kMillisecond);
+BENCHMARK(lz5EncodeSearch)->Unit(benchmark::kMillisecond);
+BENCHMARK(lz5EncodeExhaustive)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(pngLoad)->Unit(benchmark::kMicrosecond);
+BENCHMARK(pcxLoad)->Unit(benchmark::kMicrosecond);
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv); // the PNG reader is a plug-in of the GUI module
+    RatioReporter reporter;
+    reporter.addRatio("rle8Decode", "memcpyPixels");
+    reporter.addRatio("lz5Decode", "memcpyPixels");
+    reporter.addRatio("lz5EncodeSearch", "lz5EncodeRuns");
+    reporter.addRatio("lz5EncodeSearch", "lz5EncodeExhaustive/iterations:3");
+    reporter.addRatio("pcxLoad", "pngLoad");
+    return runWithRatios(argc, argv, reporter);
+}
