@@ -70,6 +70,17 @@ bool loadPCX(QImage &image, QIODevice *device, bool *hasPalette)
 
     const int width = int(header.xMax) - int(header.xMin) + 1;
     const int height = int(header.yMax) - int(header.yMin) + 1;
+    // Two bytes of the file make at most 63 bytes of lines: a header that asks for more
+    // rows than the rest of the file can fill ends as a file cut short would, before a
+    // picture of that size is ever allocated.
+    if (!device->isSequential() && width > 0 && height > 0) {
+        const qint64 lineBytes = qint64(header.planes) * qint64(header.bytesPerLine ? header.bytesPerLine : 1);
+        const qint64 rest = device->size() - device->pos();
+        if (lineBytes * height > rest * 32 + 64) {
+            image = QImage();
+            return false;
+        }
+    }
     if (width > 0 && height > 0 && (image.width() != width || image.height() != height || image.format() != format))
         image = QImage(width, height, format);
     if (image.isNull())

@@ -248,6 +248,11 @@ void PcxPngTest::truncatedFiles()
     QVERIFY(load(file, partial, &hasPalette));
     QVERIFY(!hasPalette);
     QCOMPARE(partial.color(5), qRgb(5, 10, 15));
+    // A header that asks for a picture of 1.6 GB with ten bytes behind it: refused as a
+    // file cut short, without the picture being made.
+    QImage huge(2, 2, QImage::Format_Indexed8);
+    QVERIFY(!load(header(0, 0, 39999, 39999, 8, 1, 40000) + QByteArray(10, char(0xFF)), huge));
+    QVERIFY(huge.isNull());
     // A width that the header makes empty, with no image given: false.
     QImage none;
     QVERIFY(!load(header(5, 0, 3, 0, 8, 1, 0), none));
