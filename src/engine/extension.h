@@ -5,9 +5,12 @@
 #include <QIODevice>
 #include <QString>
 
+class QImage;
+
 namespace Ovra {
 
 class Archive;
+struct RGBA;
 
 // What a plug-in adds to the library: a format of one kind. The library finds
 // extensions through ExtensionManager::list() by kind and asks each for its format.
@@ -49,6 +52,36 @@ public:
     Type type() const override { return Container; }
     // The archive over `fileName`, or null; the caller releases it.
     virtual Archive *open(const QString &fileName, QIODevice::OpenMode mode) = 0;
+};
+
+// Kind 1 and 2: image formats the library doesn't read or write itself.
+class OVRA_EXPORT ImageLoaderExtension : public Extension
+{
+public:
+    Type type() const override { return ImageLoader; }
+    virtual bool load(QIODevice *device, QImage &image) = 0;
+};
+
+class OVRA_EXPORT ImageSaverExtension : public Extension
+{
+public:
+    Type type() const override { return ImageSaver; }
+    virtual bool save(QIODevice *device, const QImage &image) = 0;
+};
+
+// Kind 3 and 4: palette formats beyond the library's own.
+class OVRA_EXPORT PaletteLoaderExtension : public Extension
+{
+public:
+    Type type() const override { return PaletteLoader; }
+    virtual bool load(QIODevice *device, RGBA (&palette)[256]) = 0;
+};
+
+class OVRA_EXPORT PaletteSaverExtension : public Extension
+{
+public:
+    Type type() const override { return PaletteSaver; }
+    virtual bool save(QIODevice *device, const RGBA (&palette)[256]) = 0;
 };
 
 } // namespace Ovra
