@@ -259,6 +259,15 @@ public:
     }
     bool ok() const { return !m_pastEnd; }
 
+    // Raw access for the tight loops: they read up to end() and report where they stopped.
+    const uchar *cursor() const { return m_bytes + m_at; }
+    const uchar *end() const { return m_bytes + m_size; }
+    void advanceTo(const uchar *at, bool pastEnd)
+    {
+        m_at = at - m_bytes;
+        m_pastEnd = m_pastEnd || pastEnd;
+    }
+
 private:
     QIODevice *m_device;
     QByteArray m_data;
@@ -325,6 +334,95 @@ private:
     int m_padding;
 };
 
+// Runs and copies of a few bytes are the bulk of a sprite stream; these write them in
+// whole words, with the last word overlapping the one before, and never past `count`.
+inline void fillBytes(uchar *out, uchar value, size_t count)
+{
+    if (count >= 8) {
+        const quint64 word = quint64(value) * 0x0101010101010101ULL;
+        for (size_t k = 0; k + 8 < count; k += 8)
+            memcpy(out + k, &word, 8);
+        memcpy(out + count - 8, &word, 8);
+    } else if (count >= 4) {
+        const quint32 word = quint32(value) * 0x01010101U;
+        memcpy(out, &word, 4);
+        memcpy(out + count - 4, &word, 4);
+    } else if (count > 0) {
+        out[0] = value;
+        out[count / 2] = value;
+        out[count - 1] = value;
+    }
+}
+
+// Copies `count` bytes from `distance` behind. Overlapping copies repeat what they have
+// just written, as the stream means them to; from eight bytes back or more every word
+// read is already final.
+inline void copyBehind(uchar *out, size_t distance, size_t count)
+{
+    const uchar *from = out - distance;
+    if (distance >= 8 && count >= 8) {
+        quint64 word;
+        for (size_t k = 0; k + 8 < count; k += 8) {
+            memcpy(&word, from + k, 8);
+            memcpy(out + k, &word, 8);
+        }
+        memcpy(&word, from + count - 8, 8);
+        memcpy(out + count - 8, &word, 8);
+    } else if (distance >= count) {
+        memcpy(out, from, count);
+    } else {
+        for (size_t k = 0; k < count; ++k)
+            out[k] = from[k];
+    }
+}
+
+// LZ5 clears what its stream leaves unreached, so far from the end of the output its runs
+// and copies may write whole words past their last byte; the longest packet is 263 bytes.
+constexpr size_t WordSlack = 272;
+
+inline void fillWords(uchar *out, uchar value, size_t count)
+{
+    const quint64 word = quint64(value) * 0x0101010101010101ULL;
+    for (size_t k = 0; k < count; k += 8)
+        memcpy(out + k, &word, 8);
+}
+
+inline void copyWords(uchar *out, size_t distance, size_t count)
+{
+    const uchar *from = out - distance;
+    quint64 word;
+    for (size_t k = 0; k < count; k += 8) {
+        memcpy(&word, from + k, 8);
+        memcpy(out + k, &word, 8);
+    }
+}
+
+// RLE8 into contiguous rows: one flat stretch of `size` bytes.
+void decodeRle8Flat(ByteSource &in, uchar *out, size_t size)
+{
+    const uchar *p = in.cursor();
+    const uchar *const end = in.end();
+    uchar *o = out;
+    uchar *const last = out + size;
+    bool pastEnd = false;
+    while (p < end && o < last) {
+        const uchar first = *p++;
+        if ((first & 0xC0) != 0x40) {
+            *o++ = first;
+            continue;
+        }
+        if (p == end) {
+            pastEnd = true;
+            break;
+        }
+        const uchar value = *p++;
+        const size_t count = std::min(size_t(first & 0x3F), size_t(last - o));
+        fillBytes(o, value, count);
+        o += count;
+    }
+    in.advanceTo(p, pastEnd);
+}
+
 } // namespace
 
 bool loadLZ5(QImage &image, QIODevice *device)
@@ -334,19 +432,33 @@ bool loadLZ5(QImage &image, QIODevice *device)
     ByteSource in(device);
     const int width = image.isNull() ? 0 : image.width();
     const size_t n = size_t(width) * size_t(image.isNull() ? 0 : image.height());
-    std::vector<uchar> buffer(n, 0);
-    uchar *const output = buffer.data();
-    size_t out = 0;
+    // Padded rows are decoded into a flat buffer first: copies reach across row ends.
+    const bool flat = width > 0 && image.bytesPerLine() == width;
+    std::vector<uchar> buffer(flat ? 0 : n, 0);
+    uchar *const output = flat ? image.bits() : buffer.data();
+    uchar *o = output;
+    uchar *const last = output + n;
+    const uchar *p = in.cursor();
+    const uchar *const end = in.end();
     int packetIndex = 0;
     quint8 control = 0;
     int shortCopies = 0;
     quint8 spread = 0;
     bool valid = true;
-    while (!in.atEnd() && out < n) {
-        if (packetIndex == 0 && !in.read(control))
+    bool pastEnd = false;
+    auto read = [&](quint8 &byte) {
+        if (p == end) {
+            pastEnd = true;
+            return false;
+        }
+        byte = *p++;
+        return true;
+    };
+    while (p < end && o < last) {
+        if (packetIndex == 0 && !read(control))
             break;
         quint8 first = 0;
-        if (!in.read(first))
+        if (!read(first))
             break;
         if (control & (1 << packetIndex)) {
             size_t length = 0;
@@ -354,7 +466,7 @@ bool loadLZ5(QImage &image, QIODevice *device)
             if ((first & 0x3F) == 0) {
                 quint8 low = 0;
                 quint8 count = 0;
-                if (!in.read(low) || !in.read(count))
+                if (!read(low) || !read(count))
                     break;
                 distance = ((size_t(first & 0xC0) << 2) | low) + 1;
                 length = size_t(count) + 3;
@@ -364,7 +476,7 @@ bool loadLZ5(QImage &image, QIODevice *device)
                 if (shortCopies < 3) {
                     spread |= quint8((first >> 6) << (6 - 2 * shortCopies));
                     ++shortCopies;
-                    if (!in.read(byte))
+                    if (!read(byte))
                         break;
                 } else {
                     byte = quint8(spread | (first >> 6));
@@ -374,34 +486,37 @@ bool loadLZ5(QImage &image, QIODevice *device)
                 distance = size_t(byte) + 1;
             }
             // A copy from before the start of the image: no stream of ours holds one.
-            if (distance > out) {
+            if (distance > size_t(o - output)) {
                 valid = false;
                 break;
             }
-            length = std::min(length, n - out);
-            if (distance >= length) {
-                memcpy(output + out, output + out - distance, length);
-            } else {
-                // Overlapping: the copy repeats what it has just written.
-                for (size_t k = 0; k < length; ++k)
-                    output[out + k] = output[out + k - distance];
-            }
-            out += length;
+            length = std::min(length, size_t(last - o));
+            if (distance >= 8 && size_t(last - o) >= WordSlack)
+                copyWords(o, distance, length);
+            else
+                copyBehind(o, distance, length);
+            o += length;
         } else {
             size_t length = first >> 5;
             if (length == 0) {
                 quint8 more = 0;
-                if (!in.read(more))
+                if (!read(more))
                     break;
                 length = size_t(more) + 8;
             }
-            length = std::min(length, n - out);
-            memset(output + out, first & 0x1F, length);
-            out += length;
+            length = std::min(length, size_t(last - o));
+            if (size_t(last - o) >= WordSlack)
+                fillWords(o, first & 0x1F, length);
+            else
+                fillBytes(o, first & 0x1F, length);
+            o += length;
         }
         packetIndex = (packetIndex + 1) & 7;
     }
-    for (int y = 0; width > 0 && y < image.height(); ++y)
+    in.advanceTo(p, pastEnd);
+    // Pixels the stream didn't reach are transparent (and free of the words written ahead).
+    memset(o, 0, size_t(last - o));
+    for (int y = 0; !flat && width > 0 && y < image.height(); ++y)
         memcpy(image.scanLine(y), output + size_t(y) * size_t(width), size_t(width));
     return valid && in.ok();
 }
@@ -486,6 +601,11 @@ bool loadRLE8(QImage &image, QIODevice *device)
     }
     const int rowBytes = image.isNull() ? 0 : image.width() * bytesPerPixel;
     const int padding = image.isNull() ? 0 : (image.bytesPerLine() - rowBytes) & 0xFF;
+    // Rows without padding, as most sprites have, are one stretch of bytes.
+    if (rowBytes > 0 && rowBytes < 0x10000 && image.bytesPerLine() == rowBytes) {
+        decodeRle8Flat(in, image.bits(), size_t(rowBytes) * size_t(image.height()));
+        return in.ok();
+    }
     RowWriter writer(image, rowBytes, padding);
     while (!in.atEnd() && !writer.full()) {
         quint8 first = 0;

@@ -119,6 +119,8 @@ private slots:
     void noRle5Encoder();
     void hostileStreams_data();
     void hostileStreams();
+    void streamsEndingEarly_data();
+    void streamsEndingEarly();
     void randomStreamsStayInTheirBuffers();
     void closedAndUnopenableDevices();
     void bytesBehindTheStreamStay();
@@ -322,6 +324,40 @@ void SpriteCompressionTest::hostileStreams()
     QCOMPARE(ok, result);
     QCOMPARE(image.size(), QSize(6, 5));
     QCOMPARE(image.format(), QImage::Format_Indexed8);
+}
+
+void SpriteCompressionTest::streamsEndingEarly_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addRow("rows without padding") << 8 << 4;
+    QTest::addRow("padded rows") << 13 << 4;
+    QTest::addRow("large, rows without padding") << 400 << 30;
+    QTest::addRow("large, padded rows") << 401 << 30;
+}
+
+void SpriteCompressionTest::streamsEndingEarly()
+{
+    // Half an image's stream: LZ5 leaves the rest transparent, RLE8 leaves it as it was,
+    // whichever way the rows lie in memory.
+    QFETCH(int, width);
+    QFETCH(int, height);
+    const QImage image = indexed(width, height, [](int x, int y) { return uchar(1 + (x / 5 + y) % 30); });
+    const QImage top = image.copy(0, 0, width, height / 2);
+    const QByteArray lz5 = encode([&](QIODevice *device) { return saveLZ5(top, device, true); });
+    const QByteArray rle8 = encode([&](QIODevice *device) { return saveRLE8(top, device); });
+    bool ok = false;
+    const QImage fromLz5 = decoded(loadLZ5, lz5, width, height, QImage::Format_Indexed8, &ok);
+    QVERIFY(ok);
+    const QImage fromRle8 = decoded(loadRLE8, rle8, width, height, QImage::Format_Indexed8, &ok);
+    QVERIFY(ok);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const bool reached = y < height / 2;
+            QCOMPARE(fromLz5.pixelIndex(x, y), reached ? image.pixelIndex(x, y) : 0);
+            QCOMPARE(fromRle8.pixelIndex(x, y), reached ? image.pixelIndex(x, y) : 0xAA);
+        }
+    }
 }
 
 void SpriteCompressionTest::randomStreamsStayInTheirBuffers()
