@@ -107,6 +107,7 @@ QImage epx2x(const QImage &image)
     QImage result(image.width() * 2, image.height() * 2, image.format());
     if (result.isNull())
         return result;
+    result.setColorTable(image.colorTable());
     for (int y = 0; y < image.height(); ++y) {
         auto *top = reinterpret_cast<Pixel *>(result.scanLine(2 * y));
         auto *bottom = reinterpret_cast<Pixel *>(result.scanLine(2 * y + 1));
@@ -132,6 +133,7 @@ QImage epx3x(const QImage &image)
     QImage result(image.width() * 3, image.height() * 3, image.format());
     if (result.isNull())
         return result;
+    result.setColorTable(image.colorTable());
     for (int y = 0; y < image.height(); ++y) {
         Pixel *rows[3];
         for (int k = 0; k < 3; ++k)

@@ -1,7 +1,308 @@
+#include "image/imagescaling.h"
+
 #include <QtTest>
+
+#include <cmath>
+
+using namespace Ovra;
+
+namespace {
+
+QImage indexed(int width, int height, const QVector<int> &pixels)
+{
+    QImage image(width, height, QImage::Format_Indexed8);
+    QVector<QRgb> table;
+    for (int i = 0; i < 16; ++i)
+        table << qRgb(i * 16, 255 - i * 16, (i * 80) % 256);
+    image.setColorTable(table);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, uint(pixels.at(y * width + x)));
+    }
+    return image;
+}
+
+QVector<int> indicesOf(const QImage &image)
+{
+    QVector<int> pixels;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            pixels << image.pixelIndex(x, y);
+    }
+    return pixels;
+}
+
+QImage pattern(int width, int height, QImage::Format format)
+{
+    QVector<int> pixels;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            pixels << ((x / 2 + y) % 5 == 0 ? 3 : (x * y) % 7);
+    }
+    const QImage image = indexed(width, height, pixels);
+    return format == QImage::Format_Indexed8 ? image : image.convertToFormat(format);
+}
+
+struct Palette
+{
+    RGBA entries[256];
+    Palette()
+    {
+        for (int i = 0; i < 256; ++i)
+            entries[i] = i < 16 ? RGBA(quint8(i * 16), quint8(255 - i * 16), quint8((i * 80) % 256), 255)
+                                : RGBA(0, 0, 0, 255);
+    }
+};
+
+} // namespace
+
 class ImageScalingTest : public QObject
 {
     Q_OBJECT
+
+private slots:
+    void everyFilterGivesTheExactSize_data();
+    void everyFilterGivesTheExactSize();
+    void unknownFilterAndEmptyInput();
+    void filterNames();
+    void nearestSteps();
+    void nearestKeepsTheSourceFormat();
+    void bilinearWeights();
+    void bilinearOverAPalette();
+    void epx2xRule();
+    void epx3xRule();
+    void epx32BitComparesWholePixels();
+    void epxPassesByFactor_data();
+    void epxPassesByFactor();
+    void rotationByZeroIsTheSamePicture();
+    void rotationKeepsIndicesAndFills();
 };
+
+void ImageScalingTest::everyFilterGivesTheExactSize_data()
+{
+    QTest::addColumn<int>("filter");
+    QTest::addColumn<QImage>("image");
+    QTest::addColumn<QSize>("size");
+    const struct
+    {
+        const char *name;
+        QSize from;
+        QSize to;
+    } cases[] = {{"1x1 up", {1, 1}, {7, 5}},     {"1x1 same", {1, 1}, {1, 1}},     {"1xN", {1, 9}, {3, 20}},
+                 {"Nx1 down", {12, 1}, {5, 1}},  {"non-square", {13, 7}, {29, 40}}, {"halved", {40, 30}, {20, 15}},
+                 {"large", {300, 200}, {1000, 77}}, {"5x", {6, 4}, {30, 20}}};
+    for (int filter = 0; filter < 4; ++filter) {
+        for (const auto &c : cases) {
+            for (QImage::Format format : {QImage::Format_Indexed8, QImage::Format_ARGB32}) {
+                QTest::addRow("filter %d, %s, %s", filter, c.name, format == QImage::Format_Indexed8 ? "indexed" : "argb")
+                    << filter << pattern(c.from.width(), c.from.height(), format) << c.to;
+            }
+        }
+    }
+}
+
+void ImageScalingTest::everyFilterGivesTheExactSize()
+{
+    QFETCH(int, filter);
+    QFETCH(QImage, image);
+    QFETCH(QSize, size);
+    Palette palette;
+    const QImage result = resizeImage(image, size, palette.entries, ImageResizeFilter(filter));
+    QCOMPARE(result.size(), size);
+    QCOMPARE(result.format(), image.format());
+}
+
+void ImageScalingTest::unknownFilterAndEmptyInput()
+{
+    Palette palette;
+    const QImage image = pattern(4, 4, QImage::Format_Indexed8);
+    QVERIFY(resizeImage(image, QSize(8, 8), palette.entries, ImageResizeFilter(6)).isNull());
+    QVERIFY(resizeImage(image, QSize(8, 8), palette.entries, ImageResizeFilter(-1)).isNull());
+    QVERIFY(resizeImage(QImage(), QSize(8, 8), palette.entries, NearestNeighborFilter).isNull());
+    QVERIFY(resizeImage(image, QSize(0, 8), palette.entries, BilinearFilter).isNull());
+    QVERIFY(resizeImageNearest(image, QSize(5, -1)).isNull());
+    QVERIFY(rotateImage(QImage(), 1, 0).isNull());
+    QVERIFY(scaleEpx2x(QImage(2, 2, QImage::Format_RGB888)).isNull());
+}
+
+void ImageScalingTest::filterNames()
+{
+    QCOMPARE(imageResizeFilterName(NearestNeighborFilter), "Nearest Neighbor");
+    QCOMPARE(imageResizeFilterName(EpxBilinearFilter), "EPX + Bilinear");
+    QCOMPARE(imageResizeFilterName(HqBilinearFilter), "HQ + Bilinear");
+    QCOMPARE(imageResizeFilterName(ImageResizeFilter(6)), nullptr);
+}
+
+void ImageScalingTest::nearestSteps()
+{
+    // 3 to 5 columns: steps of 39322/65536 reach columns 0 0 1 1 2; 2 to 3 rows: 0 0 1.
+    const QImage source = indexed(3, 2, {1, 2, 3, 4, 5, 6});
+    QCOMPARE(indicesOf(resizeImageNearest(source, QSize(5, 3))),
+             QVector<int>({1, 1, 2, 2, 3, 1, 1, 2, 2, 3, 4, 4, 5, 5, 6}));
+    // Halving takes every other pixel from the first; the step's extra 1 doesn't shift it.
+    QCOMPARE(indicesOf(resizeImageNearest(indexed(4, 1, {7, 8, 9, 10}), QSize(2, 1))), QVector<int>({7, 9}));
+    // A wide enlargement of one pixel never reads past it.
+    QCOMPARE(indicesOf(resizeImageNearest(indexed(1, 1, {9}), QSize(400, 1))), QVector<int>(400, 9));
+}
+
+void ImageScalingTest::nearestKeepsTheSourceFormat()
+{
+    QImage argb(2, 1, QImage::Format_ARGB32);
+    argb.setPixel(0, 0, qRgba(1, 2, 3, 4));
+    argb.setPixel(1, 0, qRgba(5, 6, 7, 8));
+    const QImage wide = resizeImageNearest(argb, QSize(4, 2));
+    QCOMPARE(wide.format(), QImage::Format_ARGB32);
+    QCOMPARE(wide.pixel(1, 1), qRgba(1, 2, 3, 4));
+    QCOMPARE(wide.pixel(2, 0), qRgba(5, 6, 7, 8));
+    // The colour table is the caller's business.
+    QVERIFY(resizeImageNearest(indexed(2, 2, {0, 1, 2, 3}), QSize(3, 3)).colorTable().isEmpty());
+}
+
+void ImageScalingTest::bilinearWeights()
+{
+    QImage source(2, 1, QImage::Format_ARGB32);
+    source.setPixel(0, 0, qRgba(0, 100, 201, 255));
+    source.setPixel(1, 0, qRgba(100, 1, 50, 255));
+    Palette palette;
+    const QImage result = resizeImageBilinear(source, QSize(4, 1), palette.entries);
+    QCOMPARE(result.format(), QImage::Format_ARGB32);
+    QCOMPARE(result.pixel(0, 0), qRgba(0, 100, 201, 255));
+    // Halfway: each channel truncated, 50.5 to 50 and 125.5 to 125.
+    QCOMPARE(result.pixel(1, 0), qRgba(50, 50, 125, 255));
+    // Past the last column the last pixel stands alone.
+    QCOMPARE(result.pixel(2, 0), qRgba(100, 1, 50, 255));
+    QCOMPARE(result.pixel(3, 0), qRgba(100, 1, 50, 255));
+
+    // Vertically too, alpha included.
+    QImage column(1, 2, QImage::Format_ARGB32);
+    column.setPixel(0, 0, qRgba(0, 0, 0, 0));
+    column.setPixel(0, 1, qRgba(200, 100, 50, 255));
+    const QImage tall = resizeImageBilinear(column, QSize(1, 4), palette.entries);
+    QCOMPARE(tall.pixel(0, 1), qRgba(100, 50, 25, 127));
+}
+
+void ImageScalingTest::bilinearOverAPalette()
+{
+    // Entries 1 (16, 239, 80) and 3 (48, 207, 240): their blend is nearest to entry 2.
+    Palette palette;
+    const QImage source = indexed(2, 1, {1, 3});
+    const QImage result = resizeImageBilinear(source, QSize(4, 1), palette.entries);
+    QCOMPARE(result.format(), QImage::Format_Indexed8);
+    QCOMPARE(indicesOf(result), QVector<int>({1, 2, 3, 3}));
+}
+
+void ImageScalingTest::epx2xRule()
+{
+    // Only the corner pixel, where the same colour meets above and at its left, is cut.
+    const QImage source = indexed(2, 2, {1, 2, 2, 2});
+    const QImage result = scaleEpx2x(source);
+    QCOMPARE(indicesOf(result), QVector<int>({1, 1, 2, 2, 1, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2}));
+    QCOMPARE(result.colorTable(), source.colorTable());
+    // Above and below alike: the four results are the pixel itself.
+    const QImage vertical = indexed(3, 3, {0, 5, 0, 5, 1, 5, 0, 5, 0});
+    const QImage out = scaleEpx2x(vertical);
+    for (int y = 2; y < 4; ++y) {
+        for (int x = 2; x < 4; ++x)
+            QCOMPARE(out.pixelIndex(x, y), 1);
+    }
+}
+
+void ImageScalingTest::epx3xRule()
+{
+    // Outside the picture a neighbour is the pixel itself: the top-right neighbour of the
+    // corner is not the pixel beside it, and the right edge of the block stays 1.
+    const QImage source = indexed(2, 2, {1, 2, 2, 2});
+    const QImage result = scaleEpx3x(source);
+    QCOMPARE(result.size(), QSize(6, 6));
+    QVector<int> expected(36, 2);
+    for (int i : {0, 1, 2, 6, 7, 8, 12, 13})
+        expected[i] = 1;
+    QCOMPARE(indicesOf(result), expected);
+    QCOMPARE(result.colorTable(), source.colorTable());
+}
+
+void ImageScalingTest::epx32BitComparesWholePixels()
+{
+    // Colours that share red, green and blue but not alpha are different pixels.
+    QImage source(2, 2, QImage::Format_ARGB32);
+    source.setPixel(0, 0, qRgba(10, 10, 10, 255));
+    source.setPixel(1, 0, qRgba(10, 10, 10, 128));
+    source.setPixel(0, 1, qRgba(10, 10, 10, 128));
+    source.setPixel(1, 1, qRgba(10, 10, 10, 128));
+    const QImage result = scaleEpx2x(source);
+    QCOMPARE(result.format(), QImage::Format_ARGB32);
+    QCOMPARE(result.pixel(0, 0), qRgba(10, 10, 10, 255));
+    QCOMPARE(result.pixel(1, 1), qRgba(10, 10, 10, 128));
+    QCOMPARE(result.pixel(1, 0), qRgba(10, 10, 10, 255));
+}
+
+void ImageScalingTest::epxPassesByFactor_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("passes"); // 2: one 2x pass; 3: one 3x pass; 4: two 2x passes
+    QTest::addColumn<bool>("exact");
+    QTest::addRow("exactly 2x") << QSize(14, 10) << 2 << true;
+    QTest::addRow("1.5x") << QSize(10, 8) << 2 << false;
+    QTest::addRow("halved") << QSize(3, 3) << 2 << false;
+    QTest::addRow("exactly 3x") << QSize(21, 15) << 3 << true;
+    QTest::addRow("wider than tall") << QSize(20, 5) << 3 << false;
+    QTest::addRow("exactly 4x") << QSize(28, 20) << 4 << true;
+    QTest::addRow("5x") << QSize(35, 25) << 4 << false;
+}
+
+void ImageScalingTest::epxPassesByFactor()
+{
+    QFETCH(QSize, size);
+    QFETCH(int, passes);
+    QFETCH(bool, exact);
+    const QImage source = pattern(7, 5, QImage::Format_Indexed8);
+    const QImage enlarged =
+        passes == 2 ? scaleEpx2x(source) : passes == 3 ? scaleEpx3x(source) : scaleEpx2x(scaleEpx2x(source));
+    QCOMPARE(enlarged.size() == size, exact);
+    Palette palette;
+    const QImage nearest = resizeImage(source, size, palette.entries, EpxNearestFilter);
+    QCOMPARE(indicesOf(nearest), indicesOf(exact ? enlarged : resizeImageNearest(enlarged, size)));
+    const QImage bilinear = resizeImage(source, size, palette.entries, EpxBilinearFilter);
+    QCOMPARE(indicesOf(bilinear), indicesOf(exact ? enlarged : resizeImageBilinear(enlarged, size, palette.entries)));
+}
+
+void ImageScalingTest::rotationByZeroIsTheSamePicture()
+{
+    for (QImage::Format format : {QImage::Format_Indexed8, QImage::Format_ARGB32, QImage::Format_RGB32}) {
+        const QImage source = pattern(9, 4, format);
+        const QImage turned = rotateImage(source, 0, 0);
+        QCOMPARE(turned.size(), source.size());
+        QCOMPARE(turned.format(), format);
+        for (int y = 0; y < 4; ++y) {
+            for (int x = 0; x < 9; ++x)
+                QCOMPARE(turned.pixel(x, y), source.pixel(x, y));
+        }
+    }
+}
+
+void ImageScalingTest::rotationKeepsIndicesAndFills()
+{
+    const QImage source = pattern(12, 7, QImage::Format_Indexed8);
+    const QVector<int> before = indicesOf(source);
+    const QImage turned = rotateImage(source, float(M_PI / 6), 15);
+    QVERIFY(turned.width() > 12 && turned.height() > 7);
+    QCOMPARE(turned.format(), QImage::Format_Indexed8);
+    const QVector<int> after = indicesOf(turned);
+    // Every index came from the picture or is the fill; the corners lie outside it.
+    for (int index : after)
+        QVERIFY(index == 15 || before.contains(index));
+    QCOMPARE(turned.pixelIndex(turned.width() - 1, 0), 15);
+    QVERIFY(after.count(15) < after.size());
+
+    // In a 32-bit picture the fill is a colour.
+    const QImage argb = rotateImage(pattern(12, 7, QImage::Format_ARGB32), float(M_PI / 6), qRgba(1, 2, 3, 4));
+    QCOMPARE(argb.size(), turned.size());
+    QCOMPARE(argb.pixel(argb.width() - 1, 0), qRgba(1, 2, 3, 4));
+
+    // A quarter turn swaps the sides.
+    const QImage quarter = rotateImage(pattern(12, 7, QImage::Format_Indexed8), float(M_PI / 2), 0);
+    QCOMPARE(quarter.size(), QSize(7, 12));
+}
+
 QTEST_MAIN(ImageScalingTest)
 #include "tst_imagescaling.moc"
