@@ -1,5 +1,7 @@
 #include "image/imagedata.h"
 
+#include "image/pcxheader_p.h"
+
 #include <QDataStream>
 #include <QHash>
 #include <QIODevice>
@@ -115,24 +117,13 @@ void readPng(QDataStream &in, ImageInfo &info)
 void readPcx(QDataStream &in, ImageInfo &info)
 {
     in.setByteOrder(QDataStream::LittleEndian);
-    quint8 manufacturer = 0;
-    quint8 version = 0;
-    quint8 encoding = 0;
-    quint8 bitsPerPixel = 0;
-    quint16 xMin = 0;
-    quint16 yMin = 0;
-    quint16 xMax = 0;
-    quint16 yMax = 0;
-    in >> manufacturer >> version >> encoding >> bitsPerPixel >> xMin >> yMin >> xMax >> yMax;
-    in.skipRawData(4 + 48 + 1); // resolution, 16-colour map, reserved
-    quint8 planes = 0;
-    in >> planes;
-    in.skipRawData(128 - 66);
+    PcxHeader header;
+    in >> header;
     if (in.status() != QDataStream::Ok)
         return;
-    info.width = quint16(xMax - xMin + 1);
-    info.height = quint16(yMax - yMin + 1);
-    info.format = formatOfDepth((planes * bitsPerPixel) & 0xFF);
+    info.width = quint16(header.xMax - header.xMin + 1);
+    info.height = quint16(header.yMax - header.yMin + 1);
+    info.format = formatOfDepth((header.planes * header.bitsPerPixel) & 0xFF);
 }
 
 void readGif(QDataStream &in, ImageInfo &info)

@@ -452,6 +452,20 @@ void PaletteObjectTest::palettesInImages()
     QCOMPARE(palette.at(5), RGBA(50, 5, 250, 255));
     QCOMPARE(palette.at(0).alpha, quint8(0));
     QCOMPARE(palette.at(16), RGBA(0, 0, 0, 255));
+
+    // BMP as Qt writes it: a table of 16 entries without alpha.
+    fillDistinct(table);
+    QByteArray bmp;
+    {
+        QBuffer buffer(&bmp);
+        buffer.open(QIODevice::WriteOnly);
+        QVERIFY(image.save(&buffer, "BMP"));
+    }
+    QVERIFY(readFrom(palette, bmp, "BMP"));
+    QCOMPARE(palette.at(0).alpha, quint8(0));
+    QCOMPARE(palette.at(7), RGBA(70, 7, 248, 255));
+    QCOMPARE(palette.at(15), RGBA(150, 15, 240, 255));
+    QCOMPARE(palette.at(16), RGBA(0, 0, 0, 255));
 }
 
 void PaletteObjectTest::extensionsAndUnknownFormats()
