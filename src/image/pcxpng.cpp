@@ -68,17 +68,22 @@ bool loadPCX(QImage &image, QIODevice *device, bool *hasPalette)
     int plane = 0;
     int column = 0;
     uchar *start = image.scanLine(0);
-    while (row < rows && in.status() == QDataStream::Ok && !device->atEnd()) {
-        quint8 byte = 0;
-        in >> byte;
+    // The packets are read from memory; only the bytes they took are taken from the device,
+    // so that the palette block behind them is found where it lies.
+    const QByteArray data = device->peek(qMax<qint64>(device->bytesAvailable(), 0));
+    const auto *const begin = reinterpret_cast<const uchar *>(data.constData());
+    const uchar *const end = begin + data.size();
+    const uchar *p = begin;
+    while (row < rows && p < end) {
+        const quint8 byte = *p++;
         int count = 1;
         quint8 value = byte;
         if (byte >= 0xC0) {
+            if (p == end)
+                break;
             count = byte & 0x3F;
-            in >> value;
+            value = *p++;
         }
-        if (in.status() != QDataStream::Ok)
-            break;
         for (; count > 0 && row < rows; --count) {
             if (column < imageWidth) {
                 // Planes that don't fit the pixel (more than the bytes of a pixel) are kept
@@ -97,6 +102,7 @@ bool loadPCX(QImage &image, QIODevice *device, bool *hasPalette)
             }
         }
     }
+    device->skip(p - begin);
     if (row < rows) {
         image = QImage();
         return false;

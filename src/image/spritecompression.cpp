@@ -1,7 +1,6 @@
 #include "image/spritecompression.h"
 #include "image/spritecompression_p.h"
 
-#include <QDataStream>
 #include <QIODevice>
 #include <QImage>
 
@@ -175,7 +174,7 @@ QVector<Lz5Packet> lz5Packets(const uchar *pixels, int n, bool lz, bool exhausti
     return packets;
 }
 
-void writeLz5(QDataStream &out, QVector<Lz5Packet> &packets)
+void writeLz5(QByteArray &out, QVector<Lz5Packet> &packets)
 {
     int shortCopies = 0;
     for (int i = 0; i < packets.size(); ++i) {
@@ -186,18 +185,18 @@ void writeLz5(QDataStream &out, QVector<Lz5Packet> &packets)
                 if (packets.at(i + k).isCopy)
                     control |= quint8(1 << k);
             }
-            out << control;
+            out.append(char(control));
         }
         Lz5Packet &packet = packets[i];
         if (!packet.isCopy) {
             if (packet.isShort) {
-                out << quint8((packet.value & 0x1F) | (packet.length << 5));
+                out.append(char((packet.value & 0x1F) | (packet.length << 5)));
             } else {
-                out << quint8(packet.value & 0x1F) << quint8(packet.length - 8);
+                out.append(char(packet.value & 0x1F)).append(char(packet.length - 8));
             }
         } else if (!packet.isShort) {
             const int distance = packet.value - 1;
-            out << quint8((distance >> 2) & 0xC0) << quint8(distance & 0xFF) << quint8(packet.length - 3);
+            out.append(char((distance >> 2) & 0xC0)).append(char(distance & 0xFF)).append(char(packet.length - 3));
         } else {
             ++shortCopies;
             if (shortCopies == 1) {
@@ -221,9 +220,9 @@ void writeLz5(QDataStream &out, QVector<Lz5Packet> &packets)
                     packets[group[3]].length |= (spread & 0x03) << 6;
                 }
             }
-            out << quint8(packet.length & 0xFF);
+            out.append(char(packet.length & 0xFF));
             if (shortCopies < 4)
-                out << quint8(packet.value & 0xFF);
+                out.append(char(packet.value & 0xFF));
             else
                 shortCopies = 0;
         }
@@ -527,17 +526,16 @@ bool encodeLZ5(const QImage &image, QIODevice *device, bool lz, bool exhaustive)
 {
     if (!openForWriting(device))
         return false;
-    QDataStream out(device);
-    out.setByteOrder(QDataStream::LittleEndian);
     const int width = image.isNull() ? 0 : image.width();
     const int n = width * (image.isNull() ? 0 : image.height());
-    if (n > 0) {
-        const QByteArray pixels = gatherRows(image, width);
-        QVector<Lz5Packet> packets =
-            lz5Packets(reinterpret_cast<const uchar *>(pixels.constData()), n, lz, exhaustive);
-        writeLz5(out, packets);
-    }
-    return out.status() == QDataStream::Ok;
+    if (n <= 0)
+        return true;
+    const QByteArray pixels = gatherRows(image, width);
+    QVector<Lz5Packet> packets = lz5Packets(reinterpret_cast<const uchar *>(pixels.constData()), n, lz, exhaustive);
+    QByteArray stream;
+    stream.reserve(packets.size() * 2 + packets.size() / 8 + 1);
+    writeLz5(stream, packets);
+    return device->write(stream) == stream.size();
 }
 
 } // namespace
@@ -627,24 +625,23 @@ bool saveRLE8(const QImage &image, QIODevice *device)
 {
     if (!openForWriting(device))
         return false;
-    QDataStream out(device);
-    out.setByteOrder(QDataStream::LittleEndian);
     const int rowBytes = image.isNull() ? 0 : image.width() * (image.depth() / 8);
     const int length = rowBytes * (image.isNull() ? 0 : image.height());
     const QByteArray bytes = gatherRows(image, rowBytes);
     const auto *data = reinterpret_cast<const uchar *>(bytes.constData());
+    QByteArray stream;
+    stream.reserve(length / 2 + 16);
     for (int i = 0; i < length;) {
         const uchar value = data[i];
         int count = 1;
         while (count < 63 && i + count < length && data[i + count] == value)
             ++count;
         if (count >= 2 || (value & 0xC0) == 0x40)
-            out << quint8(count | 0x40) << value;
-        else
-            out << value;
+            stream.append(char(count | 0x40));
+        stream.append(char(value));
         i += count;
     }
-    return out.status() == QDataStream::Ok;
+    return device->write(stream) == stream.size();
 }
 
 } // namespace Ovra
