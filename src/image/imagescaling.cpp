@@ -1,5 +1,6 @@
 #include "image/imagescaling.h"
 
+#include "image/hqx_p.h"
 #include "image/paletteobject.h"
 
 #include <QHash>
@@ -56,6 +57,14 @@ private:
     PaletteObject m_palette;
     QHash<QRgb, uchar> m_known;
 };
+
+QVector<QRgb> tableOf(const RGBA (&palette)[256])
+{
+    QVector<QRgb> table(256);
+    for (int i = 0; i < 256; ++i)
+        table[i] = palette[i].toQRgb();
+    return table;
+}
 
 // The factor the pixel-art filters aim at: the larger of the two.
 float enlargement(const QImage &image, QSize size)
@@ -159,6 +168,44 @@ QImage epx3x(const QImage &image)
     return result;
 }
 
+// ---- hqNx -----------------------------------------------------------------------------
+
+// The picture through hq2x. The filter works on 32-bit pixels: an indexed picture is
+// coloured by the palette first and indexed again afterwards.
+QImage hqEnlarge(const QImage &image, RGBA (&palette)[256])
+{
+    const bool indexed = image.format() == QImage::Format_Indexed8;
+    QImage source = image;
+    if (indexed)
+        source.setColorTable(tableOf(palette));
+    source = source.convertToFormat(QImage::Format_ARGB32);
+    const int width = source.width();
+    const int height = source.height();
+    std::vector<quint32> packed(size_t(width) * size_t(height));
+    for (int y = 0; y < height; ++y)
+        memcpy(packed.data() + size_t(y) * size_t(width), source.constScanLine(y), size_t(width) * 4);
+
+    QImage enlarged(width * 2, height * 2, QImage::Format_ARGB32);
+    if (enlarged.isNull())
+        return QImage();
+    auto *target = reinterpret_cast<quint32 *>(enlarged.bits());
+    const int bytesPerLine = enlarged.bytesPerLine();
+    hq2x(packed.data(), target, width, height, bytesPerLine);
+    if (!indexed)
+        return image.format() == QImage::Format_ARGB32 ? enlarged : enlarged.convertToFormat(image.format());
+
+    QImage result(enlarged.size(), QImage::Format_Indexed8);
+    result.setColorTable(tableOf(palette));
+    PaletteIndex nearest(palette);
+    for (int y = 0; y < enlarged.height(); ++y) {
+        const auto *in = reinterpret_cast<const QRgb *>(enlarged.constScanLine(y));
+        uchar *out = result.scanLine(y);
+        for (int x = 0; x < enlarged.width(); ++x)
+            out[x] = nearest(in[x]);
+    }
+    return result;
+}
+
 } // namespace
 
 const char *imageResizeFilterName(ImageResizeFilter filter)
@@ -191,10 +238,20 @@ QImage resizeImage(QImage image, QSize size, RGBA (&palette)[256], ImageResizeFi
     if (image.isNull() || size.isEmpty())
         return QImage();
     switch (filter) {
-    case NearestNeighborFilter:
-        return resizeImageNearest(image, size);
-    case BilinearFilter:
-        return resizeImageBilinear(image, size, palette);
+    // The plain scalers leave the colour table to their callers; here an indexed picture
+    // comes back with its own table, or with the palette its pixels were matched against.
+    case NearestNeighborFilter: {
+        QImage result = resizeImageNearest(image, size);
+        if (image.format() == QImage::Format_Indexed8)
+            result.setColorTable(image.colorTable());
+        return result;
+    }
+    case BilinearFilter: {
+        QImage result = resizeImageBilinear(image, size, palette);
+        if (image.format() == QImage::Format_Indexed8)
+            result.setColorTable(tableOf(palette));
+        return result;
+    }
     case EpxNearestFilter:
     case EpxBilinearFilter: {
         const ImageResizeFilter then = filter == EpxNearestFilter ? NearestNeighborFilter : BilinearFilter;
@@ -211,8 +268,16 @@ QImage resizeImage(QImage image, QSize size, RGBA (&palette)[256], ImageResizeFi
         return finish(enlarged, size, palette, then);
     }
     case HqNearestFilter:
-    case HqBilinearFilter:
-        break; // the hqNx enlargements are not in yet
+    case HqBilinearFilter: {
+        const ImageResizeFilter then = filter == HqNearestFilter ? NearestNeighborFilter : BilinearFilter;
+        // Until hq3x and hq4x are in, larger factors take hq2x twice.
+        QImage enlarged = hqEnlarge(image, palette);
+        if (!enlarged.isNull() && enlargement(image, size) > 2)
+            enlarged = hqEnlarge(enlarged, palette);
+        if (enlarged.isNull())
+            return QImage();
+        return finish(enlarged, size, palette, then);
+    }
     }
     return QImage();
 }

@@ -22,8 +22,8 @@ enum ImageResizeFilter {
 OVRA_EXPORT const char *imageResizeFilterName(ImageResizeFilter filter);
 
 // Scales the picture to exactly `size`. An indexed picture comes back indexed over
-// `palette`. An unknown filter, an empty size or a null picture give a null image, and
-// so do the HQ filters until the hqNx enlargements are in.
+// `palette`. An unknown filter, an empty size or a null picture give a null image. The
+// HQ filters enlarge by hq2x, twice for factors above 2 until hq3x and hq4x are in.
 OVRA_EXPORT QImage resizeImage(QImage image, QSize size, RGBA (&palette)[256], ImageResizeFilter filter);
 // Copies pixels by 16.16 fixed-point steps. The colour table is left to the caller.
 OVRA_EXPORT QImage resizeImageNearest(QImage image, QSize size);
