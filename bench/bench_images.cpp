@@ -1,5 +1,5 @@
 // Sprite pixel streams and whole-file codecs against plain references of the same run:
-// decoding against copying the pixels, the match search against runs alone, PCX against
+// decoding against copying the pixels (of a textured and of a flat-shaded sprite), the match search against runs alone, PCX against
 // Qt's PNG reader.
 #include "image/pcxpng.h"
 #include "image/spritecompression.h"
@@ -34,6 +34,26 @@ QImage sprite(int size, quint32 seed)
             const int dy = y - centre;
             const bool inside = dx * dx + dy * dy * 2 < centre * centre;
             row[x] = inside ? uchar(1 + ((x / 6 + y / 9) % 24) + (random.bounded(8) == 0 ? random.bounded(7) : 0)) : 0;
+        }
+    }
+    return image;
+}
+
+// A cel-shaded sprite: the same figure in flat bands of colour with a dark outline and no
+// texture, as much hand-drawn art is.
+QImage celSprite(int size)
+{
+    QImage image(size, size, QImage::Format_Indexed8);
+    image.setColorCount(256);
+    const int centre = size / 2;
+    for (int y = 0; y < size; ++y) {
+        uchar *row = image.scanLine(y);
+        for (int x = 0; x < size; ++x) {
+            const int dx = x - centre;
+            const int dy = y - centre;
+            const int d = dx * dx + dy * dy * 2;
+            const int edge = centre * centre;
+            row[x] = d >= edge ? 0 : d > edge - 4 * centre ? 1 : uchar(2 + ((x + y) / 96) % 6);
         }
     }
     return image;
@@ -89,6 +109,17 @@ void lz5Decode(benchmark::State &state)
 {
     decode(state, Ovra::loadLZ5,
            encoded(sprite(1024, 1), [](const QImage &image, QIODevice *device) { return Ovra::saveLZ5(image, device, true); }));
+}
+
+void rle8DecodeCel(benchmark::State &state)
+{
+    decode(state, Ovra::loadRLE8, encoded(celSprite(1024), Ovra::saveRLE8));
+}
+
+void lz5DecodeCel(benchmark::State &state)
+{
+    decode(state, Ovra::loadLZ5,
+           encoded(celSprite(1024), [](const QImage &image, QIODevice *device) { return Ovra::saveLZ5(image, device, true); }));
 }
 
 void encode(benchmark::State &state, bool (*save)(const QImage &, QIODevice *))
@@ -148,6 +179,8 @@ void pngLoad(benchmark::State &state)
 BENCHMARK(memcpyPixels)->Unit(benchmark::kMicrosecond);
 BENCHMARK(rle8Decode)->Unit(benchmark::kMicrosecond);
 BENCHMARK(lz5Decode)->Unit(benchmark::kMicrosecond);
+BENCHMARK(rle8DecodeCel)->Unit(benchmark::kMicrosecond);
+BENCHMARK(lz5DecodeCel)->Unit(benchmark::kMicrosecond);
 BENCHMARK(lz5EncodeRuns)->Unit(benchmark::kMillisecond);
 BENCHMARK(lz5EncodeSearch)->Unit(benchmark::kMillisecond);
 BENCHMARK(lz5EncodeExhaustive)->Unit(benchmark::kMillisecond)->Iterations(3);
@@ -161,6 +194,8 @@ int main(int argc, char **argv)
     RatioReporter reporter;
     reporter.addRatio("rle8Decode", "memcpyPixels");
     reporter.addRatio("lz5Decode", "memcpyPixels");
+    reporter.addRatio("rle8DecodeCel", "memcpyPixels");
+    reporter.addRatio("lz5DecodeCel", "memcpyPixels");
     reporter.addRatio("lz5EncodeSearch", "lz5EncodeRuns");
     reporter.addRatio("lz5EncodeSearch", "lz5EncodeExhaustive/iterations:3");
     reporter.addRatio("pcxLoad", "pngLoad");
