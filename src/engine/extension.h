@@ -11,6 +11,7 @@ namespace Ovra {
 
 class Archive;
 struct RGBA;
+struct SoundSample;
 
 // What a plug-in adds to the library: a format of one kind. The library finds
 // extensions through ExtensionManager::list() by kind and asks each for its format.
@@ -82,6 +83,21 @@ class OVRA_EXPORT PaletteSaverExtension : public Extension
 public:
     Type type() const override { return PaletteSaver; }
     virtual bool save(QIODevice *device, const RGBA (&palette)[256]) = 0;
+};
+
+// Kind 5 and 6: sound formats beyond WAV, Ogg Vorbis, FLAC and MP3.
+class OVRA_EXPORT SoundLoaderExtension : public Extension
+{
+public:
+    Type type() const override { return SoundLoader; }
+    virtual bool load(QIODevice *device, SoundSample &sample) = 0;
+};
+
+class OVRA_EXPORT SoundSaverExtension : public Extension
+{
+public:
+    Type type() const override { return SoundSaver; }
+    virtual bool save(QIODevice *device, const SoundSample &sample) = 0;
 };
 
 } // namespace Ovra

@@ -251,7 +251,7 @@ void PaletteObject::toPalette(RGBA (&colors)[256]) const
 
 void PaletteObject::empty()
 {
-    memset(*m_palette, 0, sizeof(RGBA) * 256);
+    std::fill(std::begin(*m_palette), std::end(*m_palette), RGBA());
 }
 
 void PaletteObject::setColor(unsigned char index, const RGBA &color)
