@@ -518,7 +518,8 @@ SoundSample soundFromFLAC(QIODevice *device)
     }
     FLAC__stream_decoder_finish(decoder);
     FLAC__stream_decoder_delete(decoder);
-    if (!ok) {
+    // A stream of no audio at all is no sound, whatever its header promised.
+    if (!ok || reading.written == 0) {
         sample.data.clear();
         return sample;
     }

@@ -141,6 +141,9 @@ void scaleSample(void *out, const void *in, float scale, unsigned short bits)
 
 bool resampleSound(SoundSample &sample, SampleInfo target)
 {
+    // The converter can't take a sound without channels (it would stop the program).
+    if (sample.channels == 0)
+        return false;
     const qint64 count = qint64(sample.channels) * sample.samples;
     std::vector<float> input(size_t(qMax<qint64>(count, 0)));
     const auto *bytes = reinterpret_cast<const uchar *>(sample.data.constData());

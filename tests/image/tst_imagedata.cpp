@@ -155,7 +155,7 @@ void ImageDataTest::infoFromHeaders_data()
     QTest::addRow("bmp true colour") << saved(rgb, "BMP") << QByteArray("BMP") << QSize(17, 9) << int(QImage::Format_RGB32);
     QByteArray topDown = saved(rgb, "BMP");
     const qint32 negative = -9;
-    memcpy(topDown.data() + 22, &negative, 4);
+    topDown.replace(22, 4, QByteArray(reinterpret_cast<const char *>(&negative), 4));
     QTest::addRow("bmp top-down") << topDown << QByteArray("BMP") << QSize(17, 9) << int(QImage::Format_RGB32);
     QTest::addRow("png palette") << saved(indexed, "PNG") << QByteArray("PNG") << QSize(21, 13) << int(QImage::Format_Indexed8);
     QTest::addRow("png rgb") << saved(rgb, "PNG") << QByteArray("PNG") << QSize(17, 9) << int(QImage::Format_RGB32);
