@@ -45,10 +45,12 @@ QByteArray readUpTo(QIODevice *device, qint64 count)
     QByteArray bytes;
     count = qMin(count, MaxDecodedBytes);
     while (bytes.size() < count) {
-        const QByteArray piece = device->read(qMin<qint64>(1 << 20, count - bytes.size()));
-        if (piece.isEmpty())
+        // Pieces of what the device says it has (a read allocates its whole size first).
+        const qint64 piece = qBound<qint64>(4096, device->bytesAvailable(), 1 << 20);
+        const QByteArray bytesRead = device->read(qMin<qint64>(piece, count - bytes.size()));
+        if (bytesRead.isEmpty())
             break;
-        bytes += piece;
+        bytes += bytesRead;
     }
     return bytes;
 }
@@ -325,7 +327,7 @@ SoundSample soundFromWAV(QIODevice *device)
     const qint64 present = qMax<qint64>(buffer.size() - buffer.pos(), 0);
     if (qint64(header.dataLength) > present + MaxWavPadding)
         return sample;
-    sample.data = buffer.read(header.dataLength);
+    sample.data = body.mid(int(buffer.pos()), int(qMin<qint64>(header.dataLength, present)));
     // A short file keeps its length: the missing end is silence.
     if (sample.data.size() < qint64(header.dataLength))
         sample.data.append(QByteArray(int(header.dataLength - quint32(sample.data.size())), '\0'));
