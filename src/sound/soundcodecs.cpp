@@ -38,6 +38,14 @@ bool openForWriting(QIODevice *device)
     return device && (device->isOpen() ? device->isWritable() : device->open(QIODevice::WriteOnly));
 }
 
+// The decoders start from a header of all zeros, so that a failure is no sound of any shape.
+SoundSample zeroed()
+{
+    SoundSample sample;
+    sample.bits = 0;
+    return sample;
+}
+
 // Up to `count` bytes, in pieces, so that a length read from a header never allocates
 // more than the device really has.
 QByteArray readUpTo(QIODevice *device, qint64 count)
@@ -301,8 +309,7 @@ off_t mp3Seek(void *handle, off_t offset, int whence)
 
 SoundSample soundFromWAV(QIODevice *device)
 {
-    SoundSample sample;
-    sample.bits = 0;
+    SoundSample sample = zeroed();
     if (!openForReading(device))
         return sample;
     QDataStream file(device);
@@ -381,8 +388,7 @@ bool soundToWAV(const SoundSample &sample, QIODevice *device)
 
 SoundSample soundFromOGG(QIODevice *device)
 {
-    SoundSample sample;
-    sample.bits = 0;
+    SoundSample sample = zeroed();
     if (!openForReading(device))
         return sample;
     const ov_callbacks callbacks = {oggRead, oggSeek, nullptr, oggTell};
@@ -495,8 +501,7 @@ bool soundToOGG(const SoundSample &sample, QIODevice *device)
 
 SoundSample soundFromFLAC(QIODevice *device)
 {
-    SoundSample sample;
-    sample.bits = 0;
+    SoundSample sample = zeroed();
     if (!openForReading(device))
         return sample;
     FLAC__StreamDecoder *decoder = FLAC__stream_decoder_new();
@@ -585,8 +590,7 @@ bool soundToFLAC(const SoundSample &sample, QIODevice *device)
 
 SoundSample soundFromMP3(QIODevice *device)
 {
-    SoundSample sample;
-    sample.bits = 0;
+    SoundSample sample = zeroed();
     if (!openForReading(device))
         return sample;
     mpg123_init();
