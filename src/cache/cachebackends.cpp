@@ -1,4 +1,5 @@
 #include "cache/cachebackends.h"
+#include "cache/threadcheck_p.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -64,10 +65,49 @@ DiskItem::DiskItem(DiskCache *cache)
 {
 }
 
+QByteArray DiskItem::rawData() const
+{
+    uint encoding = 0;
+    QByteArray packed;
+    {
+        CheckedReadLocker locker(&disk()->m_lock);
+        encoding = m_encoding;
+        packed = readPacked();
+    }
+    return encoding != 0 || packed.isEmpty() ? packed : qUncompress(packed);
+}
+
+bool DiskItem::setRawData(const QByteArray &data, uint encoding, void *codecData, uint crc)
+{
+    const QByteArray packed = encoding == 0 && !data.isEmpty() ? qCompress(data, -1) : data;
+    DiskCache *d = disk();
+    CheckedWriteLocker locker(&d->m_lock);
+    StreamCache::Item::setRawData(data, encoding, codecData, crc);
+    const qint64 delta = writePacked(packed);
+    locker.unlock();
+    d->m_fileSize += delta;
+    return true;
+}
+
 QByteArray DiskItem::packedData() const
 {
+    CheckedReadLocker locker(&disk()->m_lock);
+    return readPacked();
+}
+
+bool DiskItem::setPackedData(const QByteArray &packed)
+{
     DiskCache *d = disk();
-    QReadLocker locker(&d->m_lock);
+    CheckedWriteLocker locker(&d->m_lock);
+    const qint64 delta = writePacked(packed);
+    locker.unlock();
+    d->m_fileSize += delta;
+    return true;
+}
+
+QByteArray DiskItem::readPacked() const
+{
+    DiskCache *d = disk();
     if (m_offset < 0)
         return QByteArray();
     // Other threads read through a file of their own, so that no two share a position.
@@ -81,11 +121,10 @@ QByteArray DiskItem::packedData() const
     return file.read(m_packedSize);
 }
 
-bool DiskItem::setPackedData(const QByteArray &packed)
+qint64 DiskItem::writePacked(const QByteArray &packed)
 {
     DiskCache *d = disk();
     QFile &file = d->m_file;
-    QWriteLocker locker(&d->m_lock);
     const qint64 delta = qint64(packed.size()) - qint64(m_packedSize);
     if (m_offset >= 0 && delta != 0) {
         const qint64 blockEnd = m_offset + m_packedSize;
@@ -111,7 +150,7 @@ bool DiskItem::setPackedData(const QByteArray &packed)
             }
         }
         file.flush();
-        QMutexLocker items(&d->m_mutex);
+        CheckedMutexLocker items(&d->m_mutex);
         for (StreamCache::Item *item : qAsConst(d->m_items)) {
             auto *other = static_cast<DiskItem *>(item);
             if (other->m_offset > m_offset)
@@ -128,9 +167,7 @@ bool DiskItem::setPackedData(const QByteArray &packed)
         file.write(packed);
         file.flush();
     }
-    locker.unlock();
-    d->m_fileSize += delta;
-    return true;
+    return delta;
 }
 
 // ---- a file for each item -----------------------------------------------------------------
@@ -226,6 +263,7 @@ AsyncFileCache::Item::Item(AsyncFileCache *cache, const Info &info)
 {
     StreamCache::Item::setRawData(QByteArray(), info.encoding, info.codecData, info.crc);
     m_size = info.size;
+    threadCheckRelease(this); // what the worker reads is set by now
     m_future = QtConcurrent::run(QThreadPool::globalInstance(), &Item::load, cache, this);
 }
 
@@ -237,7 +275,7 @@ AsyncFileCache::Item::Item(AsyncFileCache *cache, StreamCache::Item *target)
 
 AsyncFileCache::Item::~Item()
 {
-    m_future.waitForFinished();
+    waitForDataReady();
     if (StreamCache::Item *target = m_item.loadAcquire())
         target->release();
 }
@@ -251,6 +289,7 @@ void AsyncFileCache::Item::setItem(StreamCache::Item *item)
 
 void AsyncFileCache::Item::load(AsyncFileCache *cache, Item *item)
 {
+    threadCheckAcquire(item);
     QByteArray bytes;
     QFile file(cache->m_fileName);
     if (file.open(QIODevice::ReadOnly)) {
@@ -264,6 +303,7 @@ void AsyncFileCache::Item::load(AsyncFileCache *cache, Item *item)
     target->setRawData(bytes, item->m_encoding, item->m_codecData, item->m_crc);
     item->setItem(target);
     emit cache->itemLoaded(item);
+    threadCheckRelease(item); // all of the load, signal included, comes before its waiters
 }
 
 QByteArray AsyncFileCache::Item::rawData() const
@@ -287,6 +327,7 @@ bool AsyncFileCache::Item::setRawData(const QByteArray &data, uint encoding, voi
 void AsyncFileCache::Item::waitForDataReady() const
 {
     const_cast<QFuture<void> &>(m_future).waitForFinished();
+    threadCheckAcquire(this);
 }
 
 } // namespace Ovra

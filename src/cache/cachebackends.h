@@ -80,6 +80,10 @@ class OVRA_EXPORT DiskItem : public PackedCache::Item
 {
 public:
     explicit DiskItem(DiskCache *cache);
+    // Under the cache's lock as a whole, so that a reader on another thread never sees
+    // the encoding of one version with the bytes of another.
+    QByteArray rawData() const override;
+    bool setRawData(const QByteArray &data, uint encoding, void *codecData, uint crc) override;
     QByteArray packedData() const override;
     bool setPackedData(const QByteArray &packed) override;
 
@@ -88,6 +92,10 @@ public:
 
 private:
     DiskCache *disk() const { return static_cast<DiskCache *>(cache()); }
+    // These need the lock: for reading, and for writing. The second answers by how much
+    // the bytes in use grew, to be added once the lock is released.
+    QByteArray readPacked() const;
+    qint64 writePacked(const QByteArray &packed);
 
     qint64 m_offset = -1; // -1: nothing stored
     quint32 m_packedSize = 0;

@@ -1,4 +1,5 @@
 #include "cache/streamcache.h"
+#include "cache/threadcheck_p.h"
 
 #include "cache/cachebackends.h"
 #include "foundation/interface.h"
@@ -26,7 +27,7 @@ void StreamCache::Item::release()
     if (m_refCount.deref())
         return;
     {
-        QMutexLocker locker(&m_cache->m_mutex);
+        CheckedMutexLocker locker(&m_cache->m_mutex);
         m_cache->m_items.removeAll(this);
     }
     delete this;
@@ -122,20 +123,20 @@ StreamCache::Item *StreamCache::addItem(const QVariant &init)
 
 void StreamCache::adopt(Item *item)
 {
-    QMutexLocker locker(&m_mutex);
+    CheckedMutexLocker locker(&m_mutex);
     m_items.append(item);
 }
 
 void StreamCache::clear()
 {
-    QMutexLocker locker(&m_mutex);
+    CheckedMutexLocker locker(&m_mutex);
     while (!m_items.isEmpty())
         delete m_items.takeLast();
 }
 
 QList<StreamCache::Item *> StreamCache::items() const
 {
-    QMutexLocker locker(&m_mutex);
+    CheckedMutexLocker locker(&m_mutex);
     return m_items;
 }
 

@@ -433,10 +433,13 @@ void CacheBackendsTest::asyncItemsReadBeforeTheirLoad()
     file.write("0123456789abcdef");
     file.close();
     QThreadPool *pool = QThreadPool::globalInstance();
-    std::atomic<bool> release{false};
+    // Static: the pool's threads read it after this function's stack could be reused, as
+    // far as a thread checker can tell (the pool's own waiting is hidden from it).
+    static std::atomic<bool> release;
+    release = false;
     const int threads = pool->maxThreadCount();
     for (int i = 0; i < threads; ++i) {
-        QtConcurrent::run(pool, [&release] {
+        QtConcurrent::run(pool, [] {
             while (!release.load())
                 QThread::msleep(1);
         });
