@@ -142,22 +142,10 @@ QList<StreamCache::Item *> StreamCache::items() const
 
 StreamCache::Item *StreamCache::find(const QByteArray &data, const Item *except) const
 {
+    // Linear, with the CRC as the quick refusal: the lists are short.
     const uint crc = crcOf(data);
     for (Item *item : m_items) {
-        if (item == except)
-            continue;
-        QByteArray bytes;
-        bool fetched = false;
-        if (item->m_crc == 0) {
-            bytes = item->data();
-            fetched = true;
-            item->m_crc = crcOf(bytes);
-        }
-        if (item->m_crc != crc)
-            continue;
-        if (!fetched)
-            bytes = item->data();
-        if (!bytes.isEmpty() && bytes == data)
+        if (item != except && isEqual(item, data, crc))
             return item;
     }
     return nullptr;
