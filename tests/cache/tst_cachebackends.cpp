@@ -23,7 +23,7 @@ QByteArray noise(QRandomGenerator &random, int size)
     return bytes;
 }
 
-// Encodings by suffix: ".snd" is 3, anything else 5; the bytes are kept as they are.
+// Encodings by suffix: ".sfx" is 3, anything else 5; the bytes are kept as they are.
 class SuffixCodec : public FileCache::FileCodec
 {
 public:
@@ -38,7 +38,7 @@ public:
         encoded = decoded;
         return true;
     }
-    uint encodingFromSuffix(const QString &suffix) override { return suffix == QLatin1String("snd") ? 3 : 5; }
+    uint encodingFromSuffix(const QString &suffix) override { return suffix == QLatin1String("sfx") ? 3 : 5; }
 };
 
 DiskItem *diskItem(StreamCache::Item *item)
@@ -298,7 +298,7 @@ void CacheBackendsTest::diskReadersDuringMoves()
 void CacheBackendsTest::fileItems()
 {
     QTemporaryDir directory;
-    const QString name = directory.filePath(QStringLiteral("voice.snd"));
+    const QString name = directory.filePath(QStringLiteral("voice.sfx"));
     QFile file(name);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("RIFFdata");
@@ -319,12 +319,12 @@ void CacheBackendsTest::fileItems()
     QVERIFY(written.open(QIODevice::ReadOnly));
     QCOMPARE(written.readAll(), QByteArray("new bytes"));
     written.close();
-    const QString moved = directory.filePath(QStringLiteral("moved.snd"));
+    const QString moved = directory.filePath(QStringLiteral("moved.sfx"));
     item->rename(moved);
     QCOMPARE(item->fileName(), moved);
     QVERIFY(QFile::exists(moved));
-    item->rename(directory.filePath(QStringLiteral("nowhere/else.snd"))); // fails, name taken all the same
-    QCOMPARE(item->fileName(), directory.filePath(QStringLiteral("nowhere/else.snd")));
+    item->rename(directory.filePath(QStringLiteral("nowhere/else.sfx"))); // fails, name taken all the same
+    QCOMPARE(item->fileName(), directory.filePath(QStringLiteral("nowhere/else.sfx")));
     QVERIFY(item->rawData().isEmpty());
     // Of a missing file: nothing, and no size.
     auto *missing = static_cast<FileCache::Item *>(
@@ -342,7 +342,7 @@ void CacheBackendsTest::fileItems()
 void CacheBackendsTest::fileItemsRefusePlainBytes()
 {
     QTemporaryDir directory;
-    const QString name = directory.filePath(QStringLiteral("a.snd"));
+    const QString name = directory.filePath(QStringLiteral("a.sfx"));
     StreamCache *cache = StreamCache::instance(new SuffixCodec, StreamCache::File);
     auto *item = static_cast<FileCache::Item *>(cache->addItem(QVariant::fromValue(FileCache::ItemInfo{name, nullptr})));
     QVERIFY(!item->setRawData("plain", 0, nullptr, 0));

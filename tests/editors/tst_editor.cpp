@@ -25,7 +25,7 @@ class StatesEngine : public Engine
 public:
     StatesEngine() : Engine(QStringLiteral("states")) {}
     QString queryString(StringType, uint) const override { return QString(); }
-    QString singleFileFilters(int type) const override { return type == 4 ? QStringLiteral("*.cns *.st") : QString(); }
+    QString singleFileFilters(int type) const override { return type == 4 ? QStringLiteral("*.rules *.steps") : QString(); }
     ProjectFile *createFile(int, Project *) override { return new TestFile; }
 };
 
@@ -124,7 +124,7 @@ void EditorTest::init()
     setGlobalInterface(m_host.get());
     m_dir.reset(new QTemporaryDir);
     m_work.reset(new EngineWork(m_dir->path() + QLatin1Char('/'), FileSystemArchive::instance(), &m_engine));
-    auto *main = new TestFile(m_dir->filePath(QStringLiteral("chars/kfm/kfm.def")));
+    auto *main = new TestFile(m_dir->filePath(QStringLiteral("actors/hero/hero.def")));
     m_project = new TestProject(m_work.get(), 0, main, true);
     m_host->project = m_project;
 }
@@ -174,8 +174,8 @@ void EditorTest::canDiscardAsksOnlyForModifiedFiles()
     QCOMPARE(question.defaultButton, QMessageBox::No);
 
     // Every modified file of the type is asked, even after a first no.
-    auto *a = new TestFile(QStringLiteral("a.cns"));
-    auto *b = new TestFile(QStringLiteral("b.cns"));
+    auto *a = new TestFile(QStringLiteral("a.rules"));
+    auto *b = new TestFile(QStringLiteral("b.rules"));
     a->modified = b->modified = true;
     QVERIFY(m_project->addFile(a, 4));
     QVERIFY(m_project->addFile(b, 4));
@@ -186,7 +186,7 @@ void EditorTest::canDiscardAsksOnlyForModifiedFiles()
 void EditorTest::saveDoesNothingForAnUnmodifiedFile()
 {
     StatesEditor editor;
-    SavingFile file(m_dir->filePath(QStringLiteral("x.cns")));
+    SavingFile file(m_dir->filePath(QStringLiteral("x.rules")));
     editor.setCurrentFile(&file);
     editor.save();
     QVERIFY(file.saves.isEmpty());
@@ -195,24 +195,24 @@ void EditorTest::saveDoesNothingForAnUnmodifiedFile()
     file.modified = true;
     file.fromFile(FileSystemArchive::instance(), file.name, 0, nullptr); // binds it to the disk
     editor.save();
-    QCOMPARE(file.saves, QStringList({m_dir->filePath(QStringLiteral("x.cns")) + QStringLiteral("|0")}));
+    QCOMPARE(file.saves, QStringList({m_dir->filePath(QStringLiteral("x.rules")) + QStringLiteral("|0")}));
     QCOMPARE(modified.count(), 1);
 }
 
 void EditorTest::failedSaveGoesToSaveAs()
 {
     StatesEditor editor;
-    auto *file = new TestFile(m_dir->filePath(QStringLiteral("chars/kfm/y.cns")), "y"); // its saves fail
+    auto *file = new TestFile(m_dir->filePath(QStringLiteral("actors/hero/y.rules")), "y"); // its saves fail
     QVERIFY(m_project->addFile(file, 4));
     file->modified = true;
     editor.setCurrentFile(file);
     ScriptedAnswerer user({QMessageBox::Ok});
-    QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("chars/kfm"))));
-    answerFileDialog(m_dir->filePath(QStringLiteral("chars/kfm/z")));
+    QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("actors/hero"))));
+    answerFileDialog(m_dir->filePath(QStringLiteral("actors/hero/z")));
     editor.save();
     // Never written, it has no place: straight to a name from the user, where the save
     // fails too, and the user is told.
-    QCOMPARE(file->saves, QStringList({m_dir->filePath(QStringLiteral("chars/kfm/z.cns|0"))}));
+    QCOMPARE(file->saves, QStringList({m_dir->filePath(QStringLiteral("actors/hero/z.rules|0"))}));
     QCOMPARE(user.prompts().size(), 1);
     QCOMPARE(user.prompts().first().title, QStringLiteral("Save file error!"));
     QCOMPARE(user.prompts().first().icon, QMessageBox::Critical);
@@ -224,9 +224,9 @@ void EditorTest::saveFileAsAddsTheExtensionAndWarnsOutside_data()
     QTest::addColumn<bool>("outside");
     QTest::addColumn<QString>("saved");
 
-    QTest::addRow("no extension") << "chars/kfm/new" << false << "chars/kfm/new.cns";
-    QTest::addRow("second extension") << "chars/kfm/new.st" << false << "chars/kfm/new.st";
-    QTest::addRow("outside the project") << "elsewhere.cns" << true << "elsewhere.cns";
+    QTest::addRow("no extension") << "actors/hero/new" << false << "actors/hero/new.rules";
+    QTest::addRow("second extension") << "actors/hero/new.steps" << false << "actors/hero/new.steps";
+    QTest::addRow("outside the project") << "elsewhere.rules" << true << "elsewhere.rules";
 }
 
 void EditorTest::saveFileAsAddsTheExtensionAndWarnsOutside()
@@ -235,7 +235,7 @@ void EditorTest::saveFileAsAddsTheExtensionAndWarnsOutside()
     QFETCH(bool, outside);
     QFETCH(QString, saved);
 
-    QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("chars/kfm"))));
+    QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("actors/hero"))));
     StatesEditor editor;
     auto *file = new SavingFile(QString(), "content");
     QVERIFY(m_project->addFile(file, 4));

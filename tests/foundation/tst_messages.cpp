@@ -167,7 +167,7 @@ void MessagesTest::changeBracketUpdatesOnce()
 
 void MessagesTest::tableConcatenatesFiles()
 {
-    NamedFile *first = new NamedFile(QStringLiteral("/work/chars/hero.def"));
+    NamedFile *first = new NamedFile(QStringLiteral("/work/actors/hero.def"));
     NamedFile *second = new NamedFile(QStringLiteral("relative/stage.def"));
     SimpleMessages a(first), b(second);
     MessageList list(nullptr);

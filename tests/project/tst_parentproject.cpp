@@ -217,9 +217,9 @@ void ParentProjectTest::initTestCase()
 void ParentProjectTest::treeFollowsTheDisk()
 {
     const QString root = m_dir.filePath(QStringLiteral("disk/"));
-    QVERIFY(writeFile(root + QStringLiteral("chars/kfm/kfm.def")));
-    QVERIFY(writeFile(root + QStringLiteral("chars/kfm/kfm.sff")));
-    QVERIFY(writeFile(root + QStringLiteral("chars/readme.txt")));
+    QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.def")));
+    QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.spr")));
+    QVERIFY(writeFile(root + QStringLiteral("actors/readme.txt")));
     QVERIFY(QDir().mkpath(root + QStringLiteral("stages")));
 
     RecordingParent work(root, FileSystemArchive::instance());
@@ -227,31 +227,31 @@ void ParentProjectTest::treeFollowsTheDisk()
     QCOMPARE(work.basePath(), root);
     QCOMPARE(work.rowCount(), 0);
     // Directories and definition files below chars, listed at once and kept current.
-    work.addPath(QStringLiteral("chars"), ParentProject::ListDirectories | ParentProject::ListFiles,
+    work.addPath(QStringLiteral("actors"), ParentProject::ListDirectories | ParentProject::ListFiles,
                  {QStringLiteral("*.def"), QStringLiteral("*.txt")});
-    QCOMPARE(shape(work), QStringList({"chars/", "  kfm/", "    kfm.def[0]", "  readme.txt[0]"}));
+    QCOMPARE(shape(work), QStringList({"actors/", "  hero/", "    hero.def[0]", "  readme.txt[0]"}));
     QVERIFY(work.itemPath(work.index(0, 0))->isListed() == false);
     QVERIFY(work.itemPath(work.index(0, 0, work.index(0, 0)))->isListed());
 
     // Created on disk: a directory with a file, and a file that the filters keep out.
-    QVERIFY(writeFile(root + QStringLiteral("chars/ryu/ryu.def")));
-    QVERIFY(writeFile(root + QStringLiteral("chars/notes.bin")));
-    QTRY_COMPARE(shape(work), QStringList({"chars/", "  kfm/", "    kfm.def[0]", "  readme.txt[0]", "  ryu/",
+    QVERIFY(writeFile(root + QStringLiteral("actors/ryu/ryu.def")));
+    QVERIFY(writeFile(root + QStringLiteral("actors/notes.bin")));
+    QTRY_COMPARE(shape(work), QStringList({"actors/", "  hero/", "    hero.def[0]", "  readme.txt[0]", "  ryu/",
                                            "    ryu.def[0]"}));
     // Deleted on disk.
-    QVERIFY(QFile::remove(root + QStringLiteral("chars/kfm/kfm.def")));
-    QVERIFY(QDir(root + QStringLiteral("chars/ryu")).removeRecursively());
-    QTRY_COMPARE(shape(work), QStringList({"chars/", "  kfm/", "  readme.txt[0]"}));
-    QVERIFY(writeFile(root + QStringLiteral("chars/kfm/kfm2.def")));
-    QTRY_COMPARE(shape(work), QStringList({"chars/", "  kfm/", "    kfm2.def[0]", "  readme.txt[0]"}));
+    QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/hero.def")));
+    QVERIFY(QDir(root + QStringLiteral("actors/ryu")).removeRecursively());
+    QTRY_COMPARE(shape(work), QStringList({"actors/", "  hero/", "  readme.txt[0]"}));
+    QVERIFY(writeFile(root + QStringLiteral("actors/hero/kfm2.def")));
+    QTRY_COMPARE(shape(work), QStringList({"actors/", "  hero/", "    kfm2.def[0]", "  readme.txt[0]"}));
 
     // Absolute names find their nodes, whatever the case of the root.
-    ParentProject::Path *found = work.filePath(root + QStringLiteral("chars/kfm/kfm2.def"));
+    ParentProject::Path *found = work.filePath(root + QStringLiteral("actors/hero/kfm2.def"));
     QVERIFY(found);
-    QCOMPARE(found->path(), root + QStringLiteral("chars/kfm/kfm2.def"));
-    QCOMPARE(work.filePath(root.toUpper() + QStringLiteral("chars/kfm")), work.filePath(root + QStringLiteral("chars/kfm")));
-    QCOMPARE(work.filePath(root + QStringLiteral("chars/none")), nullptr);
-    QCOMPARE(work.filePath(QStringLiteral("/elsewhere/chars")), nullptr);
+    QCOMPARE(found->path(), root + QStringLiteral("actors/hero/kfm2.def"));
+    QCOMPARE(work.filePath(root.toUpper() + QStringLiteral("actors/hero")), work.filePath(root + QStringLiteral("actors/hero")));
+    QCOMPARE(work.filePath(root + QStringLiteral("actors/none")), nullptr);
+    QCOMPARE(work.filePath(QStringLiteral("/elsewhere/actors")), nullptr);
     QCOMPARE(work.rowCount(work.index(0, 0)), 2);
 }
 
@@ -288,13 +288,13 @@ void ParentProjectTest::addAndRemovePaths()
 void ParentProjectTest::otherArchivesAreNotWatched()
 {
     MemoryArchive archive;
-    archive.files.insert(QStringLiteral("chars/kfm.def"), "x");
+    archive.files.insert(QStringLiteral("actors/hero.def"), "x");
     RecordingParent work(QString(), archive);
     // A listing type on a container lists nothing: the tree only changes through
     // addPath and removePath.
-    work.addPath(QStringLiteral("chars"), ParentProject::ListDirectories | ParentProject::ListFiles, {});
-    QCOMPARE(shape(work), QStringList({"chars/"}));
-    QCOMPARE(work.filePath(QStringLiteral("chars")), work.itemPath(work.index(0, 0)));
+    work.addPath(QStringLiteral("actors"), ParentProject::ListDirectories | ParentProject::ListFiles, {});
+    QCOMPARE(shape(work), QStringList({"actors/"}));
+    QCOMPARE(work.filePath(QStringLiteral("actors")), work.itemPath(work.index(0, 0)));
 }
 
 void ParentProjectTest::projectsEnterTheirFiles()
@@ -302,20 +302,20 @@ void ParentProjectTest::projectsEnterTheirFiles()
     MemoryArchive archive;
     auto *work = new RecordingParent(QStringLiteral("/work/"), archive);
     QAbstractItemModelTester tester(work, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    work->addPath(QStringLiteral("chars"), ParentProject::NoListing, {});
+    work->addPath(QStringLiteral("actors"), ParentProject::NoListing, {});
 
-    auto *kfmMain = new TestFile(QStringLiteral("/work/chars/kfm/kfm.def"));
-    auto *kfm = new TestProject(work, 0, kfmMain, true);
-    kfm->listed = {{0, QStringLiteral("kfm.def")}, {1, QStringLiteral("sprites/kfm.sff")},
-                   {3, QStringLiteral("kfm.air")}, {2, QStringLiteral("../common/fight.snd")}};
-    kfm->addToParent();
+    auto *kfmMain = new TestFile(QStringLiteral("/work/actors/hero/hero.def"));
+    auto *hero = new TestProject(work, 0, kfmMain, true);
+    hero->listed = {{0, QStringLiteral("hero.def")}, {1, QStringLiteral("sprites/hero.spr")},
+                   {3, QStringLiteral("hero.anim")}, {2, QStringLiteral("../common/battle.sfx")}};
+    hero->addToParent();
     QCOMPARE(work->refCount(), 1u);
-    QCOMPARE(shape(*work), QStringList({"chars/", "  kfm/", "    kfm.def[0]", "    sprites/", "      kfm.sff[1]",
-                                        "    kfm.air[3]", "    ../common/fight.snd?"}));
-    const ParentProject::Path *place = work->projectPath(kfm);
-    QCOMPARE(place->path(), QStringLiteral("/work/chars/kfm/"));
-    QCOMPARE(work->projectForFile(work->filePath(QStringLiteral("/work/chars/kfm/sprites/kfm.sff"))), place);
-    QCOMPARE(work->projectForFile(work->filePath(QStringLiteral("/work/chars"))), nullptr);
+    QCOMPARE(shape(*work), QStringList({"actors/", "  hero/", "    hero.def[0]", "    sprites/", "      hero.spr[1]",
+                                        "    hero.anim[3]", "    ../common/battle.sfx?"}));
+    const ParentProject::Path *place = work->projectPath(hero);
+    QCOMPARE(place->path(), QStringLiteral("/work/actors/hero/"));
+    QCOMPARE(work->projectForFile(work->filePath(QStringLiteral("/work/actors/hero/sprites/hero.spr"))), place);
+    QCOMPARE(work->projectForFile(work->filePath(QStringLiteral("/work/actors"))), nullptr);
 
     // A project whose main file stands in the root has the root as its place.
     auto *rootMain = new TestFile(QStringLiteral("/work/game.def"));
@@ -327,11 +327,11 @@ void ParentProjectTest::projectsEnterTheirFiles()
     QCOMPARE(work->openedProjects().size(), 2);
 
     // Closing takes the project's rows away; the last one ends the parent.
-    kfm->release();
-    QCOMPARE(shape(*work), QStringList({"chars/", "game.def[4]"}));
+    hero->release();
+    QCOMPARE(shape(*work), QStringList({"actors/", "game.def[4]"}));
     QCOMPARE(work->allClosed, 0);
     game->release();
-    QCOMPARE(shape(*work), QStringList({"chars/"}));
+    QCOMPARE(shape(*work), QStringList({"actors/"}));
     QCOMPARE(work->allClosed, 1);
     QCOMPARE(work->refCount(), 0u);
     delete work;
@@ -387,11 +387,11 @@ void ParentProjectTest::backupAndRestore()
 {
     const QString root = m_dir.filePath(QStringLiteral("game/"));
     const QMap<QString, QByteArray> original{
-        {QStringLiteral("chars/kfm/kfm.def"), "[Info]\r\nname = kfm\r\n"},
-        {QStringLiteral("chars/kfm/kfm.air"), "<0>\r\nframe 0, 0, 0, 4\r\n"},
-        {QStringLiteral("chars/kfm/sprites/kfm.sff"), QByteArray("\x00\x01\xff\xfe binary\x00", 13)},
-        {QStringLiteral("chars/ryu/ryu.def"), "[Info]\nname = ryu\n"},
-        {QStringLiteral("chars/ryu/ryu.cns"), "[Data]\nlife = 1000\n"},
+        {QStringLiteral("actors/hero/hero.def"), "[Info]\r\nname = hero\r\n"},
+        {QStringLiteral("actors/hero/hero.anim"), "<0>\r\nframe 0, 0, 0, 4\r\n"},
+        {QStringLiteral("actors/hero/sprites/hero.spr"), QByteArray("\x00\x01\xff\xfe binary\x00", 13)},
+        {QStringLiteral("actors/ryu/ryu.def"), "[Info]\nname = ryu\n"},
+        {QStringLiteral("actors/ryu/ryu.rules"), "[Data]\nlife = 1000\n"},
     };
     for (auto it = original.cbegin(); it != original.cend(); ++it)
         QVERIFY(writeFile(root + it.key(), it.value()));
@@ -423,9 +423,9 @@ void ParentProjectTest::backupAndRestore()
         project->addToParent();
         return project;
     };
-    TestProject *kfm = openProject(QStringLiteral("chars/kfm/"),
-                                   {QStringLiteral("kfm.def"), QStringLiteral("kfm.air"), QStringLiteral("sprites/kfm.sff")});
-    TestProject *ryu = openProject(QStringLiteral("chars/ryu/"), {QStringLiteral("ryu.def"), QStringLiteral("ryu.cns")});
+    TestProject *hero = openProject(QStringLiteral("actors/hero/"),
+                                   {QStringLiteral("hero.def"), QStringLiteral("hero.anim"), QStringLiteral("sprites/hero.spr")});
+    TestProject *ryu = openProject(QStringLiteral("actors/ryu/"), {QStringLiteral("ryu.def"), QStringLiteral("ryu.rules")});
     QVERIFY(opened);
     QCOMPARE(work->refCount(), 2u);
 
@@ -441,10 +441,10 @@ void ParentProjectTest::backupAndRestore()
         QCOMPARE(readFile(root + QStringLiteral("backup/") + saved + QLatin1Char('/') + it.key()), it.value());
 
     // The working files change and go, as a user's edits would.
-    QVERIFY(writeFile(root + QStringLiteral("chars/kfm/kfm.def"), "broken"));
-    QVERIFY(QFile::remove(root + QStringLiteral("chars/kfm/kfm.air")));
-    QVERIFY(QFile::remove(root + QStringLiteral("chars/kfm/sprites/kfm.sff")));
-    QVERIFY(writeFile(root + QStringLiteral("chars/ryu/ryu.cns"), "[Data]\nlife = 1\n"));
+    QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.def"), "broken"));
+    QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/hero.anim")));
+    QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/sprites/hero.spr")));
+    QVERIFY(writeFile(root + QStringLiteral("actors/ryu/ryu.rules"), "[Data]\nlife = 1\n"));
     QTest::qWait(300);
     questions = 0;
     for (WatchedFile *file : qAsConst(files))
@@ -461,13 +461,13 @@ void ParentProjectTest::backupAndRestore()
         QCOMPARE(file->loads, 1);
         QCOMPARE(file->pauses, 2);
     }
-    QCOMPARE(files.first()->content, original.value(QStringLiteral("chars/kfm/kfm.def")));
+    QCOMPARE(files.first()->content, original.value(QStringLiteral("actors/hero/hero.def")));
     QCOMPARE(host.projectsRestoredCalls, 1);
     // No question to reload comes from our own writes, now or a moment later.
     QTest::qWait(300);
     QCOMPARE(questions, 0);
 
-    kfm->release();
+    hero->release();
     ryu->release();
     delete work;
     setAnswerer(before);
@@ -508,17 +508,17 @@ void ParentProjectTest::backupAsZip()
 {
     const QString root = m_dir.filePath(QStringLiteral("zipped/"));
     const QMap<QString, QByteArray> original{
-        {QStringLiteral("chars/kfm/kfm.def"), "[Info]\nname = kfm\n"},
-        {QStringLiteral("chars/kfm/sprites/kfm.sff"), QByteArray("\x00\x10\x20\xff", 4)},
+        {QStringLiteral("actors/hero/hero.def"), "[Info]\nname = hero\n"},
+        {QStringLiteral("actors/hero/sprites/hero.spr"), QByteArray("\x00\x10\x20\xff", 4)},
     };
     for (auto it = original.cbegin(); it != original.cend(); ++it)
         QVERIFY(writeFile(root + it.key(), it.value()));
     ZipExtension zip;
     ExtensionManager::add(&zip);
     RecordingParent work(root, FileSystemArchive::instance());
-    auto *main = new TestFile(root + QStringLiteral("chars/kfm/kfm.def"));
+    auto *main = new TestFile(root + QStringLiteral("actors/hero/hero.def"));
     auto *project = new TestProject(&work, 0, main, true);
-    project->listed = {{0, QStringLiteral("kfm.def")}, {1, QStringLiteral("sprites/kfm.sff")}};
+    project->listed = {{0, QStringLiteral("hero.def")}, {1, QStringLiteral("sprites/hero.spr")}};
     main->fromFile(FileSystemArchive::instance(), main->name, 0, nullptr);
     project->addToParent();
 
@@ -535,14 +535,14 @@ void ParentProjectTest::backupAsZip()
         QStringList names = check->names();
         names.sort();
         QCOMPARE(names, QStringList(original.keys()));
-        QIODevice *device = check->openFile(check->path() + QStringLiteral("chars/kfm/sprites/kfm.sff"), QIODevice::ReadOnly);
+        QIODevice *device = check->openFile(check->path() + QStringLiteral("actors/hero/sprites/hero.spr"), QIODevice::ReadOnly);
         QVERIFY(device);
-        QCOMPARE(device->readAll(), original.value(QStringLiteral("chars/kfm/sprites/kfm.sff")));
+        QCOMPARE(device->readAll(), original.value(QStringLiteral("actors/hero/sprites/hero.spr")));
         check->closeFile(device);
     }
 
-    QVERIFY(writeFile(root + QStringLiteral("chars/kfm/kfm.def"), "changed"));
-    QVERIFY(QFile::remove(root + QStringLiteral("chars/kfm/sprites/kfm.sff")));
+    QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.def"), "changed"));
+    QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/sprites/hero.spr")));
     QString name = made.first();
     name.chop(4);
     QVERIFY(work.restoreBackup(name, nullptr));
@@ -556,10 +556,10 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
 {
     // Code documents of the test language: watched files with their own reload road.
     const QString root = m_dir.filePath(QStringLiteral("code/"));
-    const QByteArray definition = "[Info]\r\nname = kfm\r\n<walk>\r\nframe a, 0, 0, 4\r\n";
+    const QByteArray definition = "[Info]\r\nname = hero\r\n<walk>\r\nframe a, 0, 0, 4\r\n";
     const QByteArray states = "[Data]\r\nlife = 1000\r\n";
-    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.def"), definition));
-    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.cns"), states));
+    QVERIFY(writeFile(root + QStringLiteral("hero/hero.def"), definition));
+    QVERIFY(writeFile(root + QStringLiteral("hero/hero.rules"), states));
     int questions = 0;
     const Answerer before = setAnswerer([&](const Prompt &) {
         ++questions;
@@ -568,11 +568,11 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     RecordingParent work(root, FileSystemArchive::instance());
     auto *main = new TestDocument;
     auto *project = new TestProject(&work, 0, main, true);
-    auto *cns = new TestDocument;
-    QVERIFY(project->addFile(cns, 4));
-    QVERIFY(main->fromFile(FileSystemArchive::instance(), root + QStringLiteral("kfm/kfm.def"), 0, nullptr));
-    QVERIFY(cns->fromFile(FileSystemArchive::instance(), root + QStringLiteral("kfm/kfm.cns"), 0, nullptr));
-    project->listed = {{0, QStringLiteral("kfm.def")}, {4, QStringLiteral("kfm.cns")}};
+    auto *rules = new TestDocument;
+    QVERIFY(project->addFile(rules, 4));
+    QVERIFY(main->fromFile(FileSystemArchive::instance(), root + QStringLiteral("hero/hero.def"), 0, nullptr));
+    QVERIFY(rules->fromFile(FileSystemArchive::instance(), root + QStringLiteral("hero/hero.rules"), 0, nullptr));
+    project->listed = {{0, QStringLiteral("hero.def")}, {4, QStringLiteral("hero.rules")}};
     project->addToParent();
 
     QVERIFY(work.backup(QStringLiteral("code"), nullptr));
@@ -580,20 +580,20 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     QVERIFY(!saved.isEmpty());
 
     // Edited and saved in the editor, and the other file deleted by hand.
-    QTextCursor cursor(cns->findBlockByNumber(1));
+    QTextCursor cursor(rules->findBlockByNumber(1));
     cursor.insertText(QStringLiteral("max"));
-    QVERIFY(cns->toFile(FileSystemArchive::instance(), cns->fileName(), 0, nullptr));
-    QVERIFY(QFile::remove(root + QStringLiteral("kfm/kfm.def")));
+    QVERIFY(rules->toFile(FileSystemArchive::instance(), rules->fileName(), 0, nullptr));
+    QVERIFY(QFile::remove(root + QStringLiteral("hero/hero.def")));
     QTest::qWait(300);
     questions = 0;
 
     QVERIFY(work.restoreBackup(saved, nullptr));
-    QCOMPARE(readFile(root + QStringLiteral("kfm/kfm.def")), definition);
-    QCOMPARE(readFile(root + QStringLiteral("kfm/kfm.cns")), states);
+    QCOMPARE(readFile(root + QStringLiteral("hero/hero.def")), definition);
+    QCOMPARE(readFile(root + QStringLiteral("hero/hero.rules")), states);
     // The documents read their files again: text, tree and saved state as restored.
-    QCOMPARE(cns->toString(), QStringLiteral("[Data]\nlife = 1000\n"));
+    QCOMPARE(rules->toString(), QStringLiteral("[Data]\nlife = 1000\n"));
     QCOMPARE(main->root()->childCount(), 2u);
-    QVERIFY(!cns->isModified());
+    QVERIFY(!rules->isModified());
     QTest::qWait(400);
     QCOMPARE(questions, 0);
     project->release();
@@ -604,15 +604,15 @@ void ParentProjectTest::saveWritesWhatChanged()
 {
     const QString root = m_dir.filePath(QStringLiteral("saving/"));
     QVERIFY(writeFile(root + QStringLiteral("p/p.def"), "main"));
-    QVERIFY(writeFile(root + QStringLiteral("p/a.cns"), "old a"));
+    QVERIFY(writeFile(root + QStringLiteral("p/a.rules"), "old a"));
     SavingHost host;
     setGlobalInterface(&host);
     RecordingParent work(root, FileSystemArchive::instance());
     auto *main = new TestFile(root + QStringLiteral("p/p.def"), "main");
     auto *project = new TestProject(&work, 0, main, true);
-    auto *changed = new TestFile(root + QStringLiteral("p/a.cns"), "new a");
-    auto *unchanged = new TestFile(root + QStringLiteral("p/b.cns"), "b");
-    auto *lost = new TestFile(root + QStringLiteral("p/gone/c.cns"), "c");
+    auto *changed = new TestFile(root + QStringLiteral("p/a.rules"), "new a");
+    auto *unchanged = new TestFile(root + QStringLiteral("p/b.rules"), "b");
+    auto *lost = new TestFile(root + QStringLiteral("p/gone/c.rules"), "c");
     for (TestFile *file : {changed, unchanged, lost}) {
         QVERIFY(project->addFile(file, 4));
     }
@@ -625,8 +625,8 @@ void ParentProjectTest::saveWritesWhatChanged()
     RecordingProgress progress;
     work.save(&progress);
     // Only the modified file that has its place is written, in the foreground.
-    QCOMPARE(changed->saves, QStringList({root + QStringLiteral("p/a.cns|0")}));
-    QCOMPARE(readFile(root + QStringLiteral("p/a.cns")), QByteArray("new a"));
+    QCOMPARE(changed->saves, QStringList({root + QStringLiteral("p/a.rules|0")}));
+    QCOMPARE(readFile(root + QStringLiteral("p/a.rules")), QByteArray("new a"));
     QVERIFY(unchanged->saves.isEmpty());
     QVERIFY(main->saves.isEmpty());
     // The one whose file is gone goes to its editor's "save as", by its lowest type.
@@ -644,14 +644,14 @@ void ParentProjectTest::saveWritesWhatChanged()
 void ParentProjectTest::saveAsOneProjectOrAGame()
 {
     const QString root = m_dir.filePath(QStringLiteral("alone/"));
-    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.def"), "main"));
-    QVERIFY(writeFile(root + QStringLiteral("kfm/kfm.cns"), "states"));
+    QVERIFY(writeFile(root + QStringLiteral("hero/hero.def"), "main"));
+    QVERIFY(writeFile(root + QStringLiteral("hero/hero.rules"), "states"));
     MarkEngine engine;
     CopyingWork work(root, FileSystemArchive::instance(), &engine);
     QVERIFY(!work.isGame());
-    auto *main = new TestFile(root + QStringLiteral("kfm/kfm.def"), "main");
+    auto *main = new TestFile(root + QStringLiteral("hero/hero.def"), "main");
     auto *project = new TestProject(&work, 0, main, true);
-    project->listed = {{0, QStringLiteral("kfm.def")}, {4, QStringLiteral("kfm.cns")}};
+    project->listed = {{0, QStringLiteral("hero.def")}, {4, QStringLiteral("hero.rules")}};
     main->fromFile(FileSystemArchive::instance(), main->name, 0, nullptr);
     project->addToParent();
 
@@ -660,7 +660,7 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     QVERIFY(QDir().mkpath(m_dir.filePath(QStringLiteral("copy"))));
     QVERIFY(work.saveAs(target, nullptr));
     QCOMPARE(readFile(target), QByteArray("main"));
-    QCOMPARE(readFile(m_dir.filePath(QStringLiteral("copy/kfm/kfm.cns"))), QByteArray("states"));
+    QCOMPARE(readFile(m_dir.filePath(QStringLiteral("copy/hero/hero.rules"))), QByteArray("states"));
     QCOMPARE(work.basePath(), m_dir.filePath(QStringLiteral("copy/")));
     QVERIFY(work.copied.isEmpty());
     project->release();
@@ -668,16 +668,16 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     // A game: every file of the tree is copied by the engine's operation.
     const QString game = m_dir.filePath(QStringLiteral("game2/"));
     QVERIFY(writeFile(game + QStringLiteral("game.mark"), "mark"));
-    QVERIFY(writeFile(game + QStringLiteral("chars/a.def"), "a"));
-    QVERIFY(writeFile(game + QStringLiteral("chars/b.def"), "b"));
+    QVERIFY(writeFile(game + QStringLiteral("actors/a.def"), "a"));
+    QVERIFY(writeFile(game + QStringLiteral("actors/b.def"), "b"));
     CopyingWork whole(game, FileSystemArchive::instance(), &engine);
     QVERIFY(whole.isGame());
-    whole.addPath(QStringLiteral("chars"), ParentProject::ListFiles, {});
+    whole.addPath(QStringLiteral("actors"), ParentProject::ListFiles, {});
     CountingStats stats;
     const QString copy = m_dir.filePath(QStringLiteral("game2copy/"));
     QVERIFY(whole.saveAs(copy, &stats));
-    QCOMPARE(whole.copied, QStringList({"chars/a.def", "chars/b.def"}));
-    QCOMPARE(readFile(copy + QStringLiteral("chars/b.def")), QByteArray("b"));
+    QCOMPARE(whole.copied, QStringList({"actors/a.def", "actors/b.def"}));
+    QCOMPARE(readFile(copy + QStringLiteral("actors/b.def")), QByteArray("b"));
     QCOMPARE(stats.maximum, 2u);
     QCOMPARE(stats.value, 2u);
 }

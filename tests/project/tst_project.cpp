@@ -77,7 +77,7 @@ void ProjectTest::constructor()
     QFETCH(bool, addMain);
     MemoryArchive archive;
     RecordingParent parent(QStringLiteral("/work/"), archive);
-    TestFile main(QStringLiteral("/work/chars/kfm/kfm.def"));
+    TestFile main(QStringLiteral("/work/actors/hero/hero.def"));
     main.setOption(QStringLiteral("parseCode"), true, false, false);
     main.setOption(QStringLiteral("modelCode"), QStringLiteral("full"), false, false);
     main.setOption(QStringLiteral("font"), QStringLiteral("mono"), false, false);
@@ -89,8 +89,8 @@ void ProjectTest::constructor()
     QCOMPARE(project->type(), 5);
     QCOMPARE(project->files().size(), addMain ? 1 : 0);
     QCOMPARE(project->fileID(&main), Project::FileTypes(addMain ? 1 : 0));
-    QCOMPARE(project->absolutePath(), QStringLiteral("/work/chars/kfm/"));
-    QCOMPARE(project->basePath(), QStringLiteral("chars/kfm/"));
+    QCOMPARE(project->absolutePath(), QStringLiteral("/work/actors/hero/"));
+    QCOMPARE(project->basePath(), QStringLiteral("actors/hero/"));
 
     QCOMPARE(project->option(QStringLiteral("parseCode")), QVariant(true));
     QCOMPARE(project->option(QStringLiteral("modelCode")), QVariant(QStringLiteral("full")));
@@ -264,7 +264,7 @@ void ProjectTest::parentLifetime()
     MemoryArchive archive, other;
     RecordingParent parent(QStringLiteral("/work/"), archive);
     TestFile first(QStringLiteral("/work/a/a.def")), second(QStringLiteral("/work/b/b.def"));
-    TestFile sprite(QStringLiteral("/work/a/a.sff"));
+    TestFile sprite(QStringLiteral("/work/a/a.spr"));
     auto *a = new TestProject(&parent, 0, &first, true);
     auto *b = new TestProject(&parent, 0, &second, true);
     auto *loose = new TestProject(&parent, 0, nullptr, false);
@@ -305,7 +305,7 @@ void ProjectTest::nothingReachesAnEndedParent()
 {
     MemoryArchive archive;
     RecordingParent parent(QStringLiteral("/work/"), archive);
-    TestFile main(QStringLiteral("/work/a/a.def")), sprite(QStringLiteral("/work/a/a.sff"));
+    TestFile main(QStringLiteral("/work/a/a.def")), sprite(QStringLiteral("/work/a/a.spr"));
     auto *project = new TestProject(&parent, 0, &main, true);
     project->addFile(&sprite, Project::Sprites);
     project->addToParent();
@@ -321,10 +321,10 @@ void ProjectTest::saveAllRefusesReadOnlyArchive()
     target.readOnly = true;
     source.files.insert(QStringLiteral("/work/a/notes.txt"), "notes");
     RecordingParent parent(QStringLiteral("/work/"), source);
-    TestFile main(QStringLiteral("/work/a/a.def"), "main"), sprite(QStringLiteral("/work/a/a.sff"), "sff");
+    TestFile main(QStringLiteral("/work/a/a.def"), "main"), sprite(QStringLiteral("/work/a/a.spr"), "spr");
     main.modified = sprite.modified = true;
     auto *project = new TestProject(&parent, 0, &main, true);
-    project->listed = {{1, QStringLiteral("a.sff")}, {4, QStringLiteral("notes.txt")}};
+    project->listed = {{1, QStringLiteral("a.spr")}, {4, QStringLiteral("notes.txt")}};
     sprite.addRef();
     project->addFile(&sprite, Project::Sprites);
     sprite.fromFile(source, sprite.name, 0, nullptr);
@@ -345,14 +345,14 @@ void ProjectTest::saveAll_data()
     QTest::addColumn<QStringList>("expected"); // name=content below the target's project directory
     QTest::addColumn<QStringList>("saves");    // name|flags
     QTest::newRow("save as") << false
-                             << QStringList{"hero.def=<missing>", "hero.sff=new sff", "hero.snd=new snd",
-                                            "hero.air=<missing>", "notes.txt=old notes",
+                             << QStringList{"hero.def=<missing>", "hero.spr=new spr", "hero.sfx=new sfx",
+                                            "hero.anim=<missing>", "notes.txt=old notes",
                                             "readme.txt=old readme"}
-                             << QStringList{"hero.snd|0", "hero.sff|0"};
+                             << QStringList{"hero.sfx|0", "hero.spr|0"};
     QTest::newRow("copy") << true
-                          << QStringList{"hero.def=new def", "hero.sff=new sff", "hero.snd=old snd",
-                                         "hero.air=old air", "notes.txt=old notes", "readme.txt=old readme"}
-                          << QStringList{"hero.def|1", "hero.sff|1"};
+                          << QStringList{"hero.def=new def", "hero.spr=new spr", "hero.sfx=old sfx",
+                                         "hero.anim=old anim", "notes.txt=old notes", "readme.txt=old readme"}
+                          << QStringList{"hero.def|1", "hero.spr|1"};
 }
 
 void ProjectTest::saveAll()
@@ -362,23 +362,23 @@ void ProjectTest::saveAll()
     QFETCH(QStringList, saves);
     const QString root = m_dir.path() + QLatin1Char('/') + QLatin1String(QTest::currentDataTag()) + QLatin1Char('/');
     const QString source = root + QStringLiteral("src/");
-    const QString hero = source + QStringLiteral("chars/hero/");
+    const QString hero = source + QStringLiteral("actors/hero/");
     const QString out = root + QStringLiteral("out");
-    for (const char *name : {"hero.def", "hero.sff", "hero.snd", "hero.air", "notes.txt", "readme.txt"}) {
+    for (const char *name : {"hero.def", "hero.spr", "hero.sfx", "hero.anim", "notes.txt", "readme.txt"}) {
         const QString suffix = QFileInfo(QLatin1String(name)).suffix();
         QVERIFY(writeFile(hero + QLatin1String(name), "old " + (suffix == "txt" ? QByteArray(name).chopped(4) : suffix.toLatin1())));
     }
 
     FileSystemArchive &archive = FileSystemArchive::instance();
     RecordingParent parent(source, archive);
-    TestFile main(hero + "hero.def", "new def"), sprite(hero + "hero.sff", "new sff");
-    TestFile sound(hero + "hero.snd", "new snd"), animation(hero + "hero.air", "new air");
+    TestFile main(hero + "hero.def", "new def"), sprite(hero + "hero.spr", "new spr");
+    TestFile sound(hero + "hero.sfx", "new sfx"), animation(hero + "hero.anim", "new anim");
     main.modified = sprite.modified = true;
     animation.saveable = false;
     auto *project = new TestProject(&parent, 0, &main, true);
-    project->listed = {{1, QStringLiteral("hero.sff")},
-                       {2, QStringLiteral("hero.snd")},
-                       {3, QStringLiteral("hero.air")},
+    project->listed = {{1, QStringLiteral("hero.spr")},
+                       {2, QStringLiteral("hero.sfx")},
+                       {3, QStringLiteral("hero.anim")},
                        {4, QStringLiteral("notes.txt")}};
     int type = Project::Sprites;
     for (TestFile *file : {&sprite, &sound, &animation}) {
@@ -391,7 +391,7 @@ void ProjectTest::saveAll()
 
     QVERIFY(project->saveAll(archive, out, asCopy, &extra));
 
-    const QString target = out + QStringLiteral("/chars/hero/");
+    const QString target = out + QStringLiteral("/actors/hero/");
     for (const QString &line : qAsConst(expected)) {
         const QString name = line.section(QLatin1Char('='), 0, 0);
         QCOMPARE(QString::fromUtf8(readFile(target + name)), line.section(QLatin1Char('='), 1));
@@ -406,7 +406,7 @@ void ProjectTest::saveAll()
     made.sort();
     saves.sort();
     QCOMPARE(made, saves);
-    QCOMPARE(readFile(hero + "hero.sff"), QByteArray("old sff")); // the sources stay as they were
+    QCOMPARE(readFile(hero + "hero.spr"), QByteArray("old spr")); // the sources stay as they were
     QCOMPARE(readFile(hero + "notes.txt"), QByteArray("old notes"));
     project->release();
 }
@@ -422,16 +422,16 @@ void ProjectTest::saveAllToAnotherArchive()
 {
     QFETCH(bool, asCopy);
     MemoryArchive source, target;
-    source.files.insert(QStringLiteral("/work/a/a.sff"), "old sff");
+    source.files.insert(QStringLiteral("/work/a/a.spr"), "old spr");
     source.files.insert(QStringLiteral("/work/a/notes.txt"), "notes");
     RecordingParent parent(QStringLiteral("/work/"), source);
-    TestFile main(QStringLiteral("/work/a/a.def")), sprite(QStringLiteral("/work/a/a.sff"), "new sff");
-    TestFile animation(QStringLiteral("/work/a/Anim.AIR"), "air");
+    TestFile main(QStringLiteral("/work/a/a.def")), sprite(QStringLiteral("/work/a/a.spr"), "new spr");
+    TestFile animation(QStringLiteral("/work/a/Anim.ANIM"), "anim");
     animation.modified = true;
     auto *project = new TestProject(&parent, 0, &main, true);
     // The list may spell a name differently; the first spelling claims the file.
-    project->listed = {{1, QStringLiteral("a.sff")}, {4, QStringLiteral("notes.txt")},
-                       {3, QStringLiteral("anim.air")}, {3, QStringLiteral("ANIM.air")}};
+    project->listed = {{1, QStringLiteral("a.spr")}, {4, QStringLiteral("notes.txt")},
+                       {3, QStringLiteral("anim.anim")}, {3, QStringLiteral("ANIM.anim")}};
     for (TestFile *file : {&sprite, &animation}) {
         file->addRef();
         project->addFile(file, Project::Sprites);
@@ -442,9 +442,9 @@ void ProjectTest::saveAllToAnotherArchive()
     QCOMPARE(&sprite.archive(), asCopy ? &source : &target);
     QCOMPARE(target.files.value(QStringLiteral("/out/a/notes.txt")), QByteArray("notes"));
     // Unmodified and present, a copy takes the raw bytes; a move writes the model.
-    QCOMPARE(target.files.value(QStringLiteral("/out/a/a.sff")), QByteArray(asCopy ? "old sff" : "new sff"));
+    QCOMPARE(target.files.value(QStringLiteral("/out/a/a.spr")), QByteArray(asCopy ? "old spr" : "new spr"));
     QCOMPARE(animation.saves.size(), 1);
-    QCOMPARE(animation.saves.at(0).toLower(), QStringLiteral("/out/a/anim.air|%1").arg(asCopy ? 1 : 0));
+    QCOMPARE(animation.saves.at(0).toLower(), QStringLiteral("/out/a/anim.anim|%1").arg(asCopy ? 1 : 0));
     QVERIFY(parent.saved.isEmpty()); // rebinding is the save's own business: no notice
     project->release();
 }

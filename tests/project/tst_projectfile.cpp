@@ -102,9 +102,9 @@ void ProjectFileTest::readOnlyAndExists_data()
     QTest::addColumn<bool>("locked");
     QTest::addColumn<bool>("exists");
     QTest::addColumn<bool>("readOnly");
-    QTest::newRow("writable, present") << "chars/kfm.def" << false << true << false;
-    QTest::newRow("writable, missing") << "chars/kfm.def" << false << false << false;
-    QTest::newRow("locked") << "chars/kfm.def" << true << true << true;
+    QTest::newRow("writable, present") << "actors/hero.def" << false << true << false;
+    QTest::newRow("writable, missing") << "actors/hero.def" << false << false << false;
+    QTest::newRow("locked") << "actors/hero.def" << true << true << true;
     // Without a name nothing can be locked, whatever the archive says.
     QTest::newRow("no name") << QString() << true << false << false;
 }
