@@ -89,7 +89,7 @@ void AnimationCodeTest::framesFollowTheirHeader_data()
     QTest::addRow("header between frames") << 2 << "<jump>" << QStringList({"walk: a", "jump: b", "run: c d"})
                                            << QStringList();
     // A group between frames frees the frames below it.
-    QTest::addRow("group between frames") << 2 << "[Data]" << QStringList({"walk: a", "run: c d"})
+    QTest::addRow("group between frames") << 2 << "[Stats]" << QStringList({"walk: a", "run: c d"})
                                           << QStringList({"b"});
     QTest::addRow("frame broken") << 3 << "frme b" << QStringList({"walk: a", "run: c d"}) << QStringList();
     // A frame line typed on the comment joins its animation at its place.
@@ -150,7 +150,7 @@ void AnimationCodeTest::groupsAndAnimationsShareNoLines()
 {
     TestDocument document;
     QAbstractItemModelTester tester(document.root(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-    document.fromString(QStringLiteral("[Data]\na = 1\nb = 2\nframe x, 0, 0, 1\n<walk>\nc = 3\nframe y, 0, 0, 1\n"));
+    document.fromString(QStringLiteral("[Stats]\na = 1\nb = 2\nframe x, 0, 0, 1\n<walk>\nc = 3\nframe y, 0, 0, 1\n"));
     auto *data = dynamic_cast<GroupCode *>(document.root()->childAt(0));
     QVERIFY(data);
     QCOMPARE(data->valueCount(), 2u);

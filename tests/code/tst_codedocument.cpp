@@ -24,7 +24,7 @@ using namespace Ovra;
 
 namespace {
 
-const QString Text = QStringLiteral("[Data]\nlife = 1000\npower = 3000\n; comment\n[Size]\nxscale = 1\n");
+const QString Text = QStringLiteral("[Stats]\nspeed = 1000\nweight = 3000\n; comment\n[Shape]\nwidth = 1\n");
 
 QStringList tree(CodeDocument &document)
 {
@@ -137,7 +137,7 @@ void CodeDocumentTest::treeFollowsText()
     TestDocument document;
     QAbstractItemModelTester tester(document.model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     document.fromString(Text);
-    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "Size:4", "  xscale:5"}));
+    QCOMPARE(tree(document), QStringList({"Stats:0", "  speed:1", "  weight:2", "Shape:4", "  width:5"}));
     QCOMPARE(document.model()->rowCount(), 2);
     QCOMPARE(document.messages()->count(Message::All), 0u);
     QVERIFY(!document.isModified());
@@ -151,11 +151,11 @@ void CodeDocumentTest::editingALineKeepsItsNode()
 {
     TestDocument document;
     document.fromString(Text);
-    CodeNode *life = document.nodeInBlock(document.findBlockByNumber(1));
+    CodeNode *speed = document.nodeInBlock(document.findBlockByNumber(1));
     const int calls = document.parser.calls;
-    replaceLine(document, 1, QStringLiteral("life = 900"));
-    QCOMPARE(document.nodeInBlock(document.findBlockByNumber(1)), life);
-    QCOMPARE(static_cast<TestValue *>(life)->source, QStringLiteral("900"));
+    replaceLine(document, 1, QStringLiteral("speed = 900"));
+    QCOMPARE(document.nodeInBlock(document.findBlockByNumber(1)), speed);
+    QCOMPARE(static_cast<TestValue *>(speed)->source, QStringLiteral("900"));
     // The edit removed up to the end of its line, so the line after it is read as well;
     // no state changed, so nothing further.
     QCOMPARE(document.parser.calls - calls, 2);
@@ -169,15 +169,15 @@ void CodeDocumentTest::brokenHeaderGivesValuesAwayUntilRetyped()
     document.fromString(Text);
     MessageList list(nullptr);
     list.registerMessages(document.messages());
-    replaceLine(document, 4, QStringLiteral("[Size"));
-    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "  xscale:5"}));
+    replaceLine(document, 4, QStringLiteral("[Shape"));
+    QCOMPARE(tree(document), QStringList({"Stats:0", "  speed:1", "  weight:2", "  width:5"}));
     QCOMPARE(document.messages()->count(Message::Error), 1u);
     const Message error = document.messages()->at(0, Message::Error);
     QCOMPARE(error.text, QStringLiteral("Unknown line"));
     QCOMPARE(error.line, 4u);
     QCOMPARE(list.errorCount(), 1u);
-    replaceLine(document, 4, QStringLiteral("[Size]"));
-    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "Size:4", "  xscale:5"}));
+    replaceLine(document, 4, QStringLiteral("[Shape]"));
+    QCOMPARE(tree(document), QStringList({"Stats:0", "  speed:1", "  weight:2", "Shape:4", "  width:5"}));
     QCOMPARE(document.messages()->count(Message::All), 0u);
     QCOMPARE(list.errorCount(), 0u);
     list.unregisterMessages(document.messages());
@@ -196,10 +196,10 @@ void CodeDocumentTest::bracketKeepsTreeCurrentAndUndoesAtOnce()
     QCOMPARE(document.root()->childCount(), 3u);
     document.endChange();
     QCOMPARE(tree(document).first(), QStringLiteral("Header:0"));
-    QCOMPARE(document.toString(), QStringLiteral("[Header]\n[Data]\nlife = 1000\npower = 3000\nattack = 5\n; comment\n[Size]\nxscale = 1\n"));
+    QCOMPARE(document.toString(), QStringLiteral("[Header]\n[Stats]\nspeed = 1000\nweight = 3000\nattack = 5\n; comment\n[Shape]\nwidth = 1\n"));
     document.undo();
     QCOMPARE(document.toString(), Text);
-    QCOMPARE(tree(document), QStringList({"Data:0", "  life:1", "  power:2", "Size:4", "  xscale:5"}));
+    QCOMPARE(tree(document), QStringList({"Stats:0", "  speed:1", "  weight:2", "Shape:4", "  width:5"}));
 }
 
 void CodeDocumentTest::savesWithCrLfAndTabs()
@@ -233,7 +233,7 @@ void CodeDocumentTest::foreignLoadAndBackgroundSave()
     {
         QFile file(source);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[Data]\r\nx = 1\r\n");
+        file.write("[Stats]\r\nx = 1\r\n");
     }
     TestDocument document;
     QVERIFY(document.fromFile(FileSystemArchive::instance(), source, ProjectFile::Foreign, nullptr));
@@ -246,7 +246,7 @@ void CodeDocumentTest::foreignLoadAndBackgroundSave()
     QVERIFY(document.fileName().isEmpty());
     QTRY_COMPARE(document.fileName(), target);
     QVERIFY(!document.isModified());
-    QCOMPARE(readFile(target), QByteArray("[Data]\r\nx = 1\r\n"));
+    QCOMPARE(readFile(target), QByteArray("[Stats]\r\nx = 1\r\n"));
 }
 
 void CodeDocumentTest::savedRevisionOfBlocks()
@@ -295,7 +295,7 @@ void CodeDocumentTest::searchAndReplace()
     QList<ProjectFile::SearchResult> all = document.search(numbers, ProjectFile::All);
     QCOMPARE(all.size(), 2);
     QCOMPARE(all.at(1).item, 2u);
-    QCOMPARE(all.at(1).start, 8);
+    QCOMPARE(all.at(1).start, 9);
     QCOMPARE(all.at(1).captures, QStringList({"3"}));
     QTextCursor cursor(&document);
     cursor.setPosition(document.findBlockByNumber(2).position());
@@ -308,8 +308,8 @@ void CodeDocumentTest::searchAndReplace()
     QCOMPARE(document.search(numbers, ProjectFile::Wrap).first().item, 1u);
 
     document.replace(all, QStringLiteral("%1 500"));
-    QCOMPARE(document.findBlockByNumber(1).text(), QStringLiteral("life = 1 500"));
-    QCOMPARE(document.findBlockByNumber(2).text(), QStringLiteral("power = 3 500"));
+    QCOMPARE(document.findBlockByNumber(1).text(), QStringLiteral("speed = 1 500"));
+    QCOMPARE(document.findBlockByNumber(2).text(), QStringLiteral("weight = 3 500"));
     document.undo(); // both replacements go at once
     QCOMPARE(document.toString(), Text);
 }
@@ -419,8 +419,8 @@ void CodeDocumentTest::nodesEditTheirText()
     TestDocument document;
     document.fromString(Text);
     auto *data = static_cast<GroupCode *>(document.root()->childAt(0));
-    QCOMPARE(data->code(), QStringLiteral("[Data]\nlife = 1000\npower = 3000\n; comment\n"));
-    QCOMPARE(data->values().first()->select().selectedText(), QStringLiteral("life = 1000") + QChar::ParagraphSeparator);
+    QCOMPARE(data->code(), QStringLiteral("[Stats]\nspeed = 1000\nweight = 3000\n; comment\n"));
+    QCOMPARE(data->values().first()->select().selectedText(), QStringLiteral("speed = 1000") + QChar::ParagraphSeparator);
 
     data->appendValue(QStringLiteral("guard = 2"));
     QCOMPARE(document.findBlockByNumber(3).text(), QStringLiteral("guard = 2"));
@@ -428,14 +428,14 @@ void CodeDocumentTest::nodesEditTheirText()
 
     // The header line alone goes; its values fall to the header above (none here).
     auto *size = static_cast<GroupCode *>(document.root()->childAt(1));
-    CodeNode *xscale = size->values().first();
+    CodeNode *width = size->values().first();
     size->remove(false);
     QCOMPARE(document.root()->childCount(), 1u);
-    QCOMPARE(xscale->parent(), data);
+    QCOMPARE(width->parent(), data);
     // The whole group, values and all.
     data->remove(true);
     QCOMPARE(document.root()->childCount(), 0u);
-    QVERIFY(!document.toString().contains(QStringLiteral("life")));
+    QVERIFY(!document.toString().contains(QStringLiteral("speed")));
 }
 
 void CodeDocumentTest::linesKnowTheirFormatsParenthesesAndLevels()
@@ -445,7 +445,7 @@ void CodeDocumentTest::linesKnowTheirFormatsParenthesesAndLevels()
     QList<uint> levels;
     for (int line = 0; line < 6; ++line)
         levels << static_cast<CodeBlockData *>(document.findBlockByNumber(line).userData())->foldingIndent();
-    // The comment in front of [Size] folds with what stands above it.
+    // The comment in front of [Shape] folds with what stands above it.
     QCOMPARE(levels, QList<uint>({0, 1, 1, 0, 0, 1}));
 
     const QTextBlock pair = document.findBlockByNumber(6);
@@ -465,7 +465,7 @@ void CodeDocumentTest::linesKnowTheirFormatsParenthesesAndLevels()
     QVERIFY(!static_cast<CodeBlockData *>(document.findBlockByNumber(3).userData())->isParsed());
 
     // An empty value is a warning, underlined in yellow.
-    replaceLine(document, 1, QStringLiteral("life ="));
+    replaceLine(document, 1, QStringLiteral("speed ="));
     QCOMPARE(document.messages()->count(Message::Warning), 1u);
     const QTextLayout::FormatRange warned = document.findBlockByNumber(1).layout()->formats().first();
     QCOMPARE(warned.format.underlineStyle(), QTextCharFormat::SpellCheckUnderline);
@@ -491,7 +491,7 @@ void CodeDocumentTest::modelIconsAndGate()
 {
     TestInterface host;
     TestDocument document;
-    document.fromString(QStringLiteral("[Data]\nlife = 1000\nname = hero\n"));
+    document.fromString(QStringLiteral("[Stats]\nspeed = 1000\nname = hero\n"));
     QAbstractItemModel *model = document.model();
     const QModelIndex data = model->index(0, 0);
     auto iconOf = [&](const QModelIndex &index) {
@@ -538,8 +538,8 @@ void CodeDocumentTest::badInputSurvivesASave_data()
     for (char &c : binary)
         c = char(random.bounded(256));
     QTest::newRow("not text at all") << binary;
-    QTest::newRow("a line of one megabyte") << QByteArray("[Data]\nk = ") + QByteArray(1 << 20, 'x') + "\n";
-    QTest::newRow("NUL inside") << QByteArray("[Data]\nk = a\0b\n", 14);
+    QTest::newRow("a line of one megabyte") << QByteArray("[Stats]\nk = ") + QByteArray(1 << 20, 'x') + "\n";
+    QTest::newRow("NUL inside") << QByteArray("[Stats]\nk = a\0b\n", 14);
     QTest::newRow("an encoding nobody names") << QByteArray("\x81\x8D\x8F\x90\x9D\n");
 }
 
@@ -572,13 +572,13 @@ void CodeDocumentTest::secondBackgroundSaveWaits()
 {
     QTemporaryDir dir;
     TestDocument document;
-    document.fromString(QStringLiteral("[Data]\n") + QStringLiteral("k = 1\n").repeated(20000));
+    document.fromString(QStringLiteral("[Stats]\n") + QStringLiteral("k = 1\n").repeated(20000));
     const QString first = dir.filePath(QStringLiteral("first.def"));
     const QString second = dir.filePath(QStringLiteral("second.def"));
     QVERIFY(document.toFile(FileSystemArchive::instance(), first, ProjectFile::Asynchronous, nullptr));
     // The second save starts only when the first has written everything.
     QVERIFY(document.toFile(FileSystemArchive::instance(), second, ProjectFile::Asynchronous, nullptr));
-    const QByteArray expected = QByteArray("[Data]\r\n") + QByteArray("k = 1\r\n").repeated(20000);
+    const QByteArray expected = QByteArray("[Stats]\r\n") + QByteArray("k = 1\r\n").repeated(20000);
     QTRY_COMPARE(document.fileName(), second);
     QCOMPARE(readFile(first), expected);
     QCOMPARE(readFile(second), expected);
@@ -611,8 +611,8 @@ void CodeDocumentTest::changeKeepsCommentAndColumns_data()
 {
     QTest::addColumn<bool>("preserve");
     QTest::addColumn<QString>("line");
-    QTest::newRow("with the option") << true << "power  =  3000 ; strong";
-    QTest::newRow("without") << false << "power = 3000 ; strong";
+    QTest::newRow("with the option") << true << "weight  =  3000 ; strong";
+    QTest::newRow("without") << false << "weight = 3000 ; strong";
 }
 
 void CodeDocumentTest::changeKeepsCommentAndColumns()
@@ -624,11 +624,11 @@ void CodeDocumentTest::changeKeepsCommentAndColumns()
     MemoryArchive archive;
     Work work(archive, &engine);
     auto *document = new TestDocument;
-    document->fromString(QStringLiteral("[Data]\nlife  =  1000 ; strong\n"));
+    document->fromString(QStringLiteral("[Stats]\nspeed  =  1000 ; strong\n"));
     auto *character = new Character(&work, 0, document, true);
     document->setOption(QStringLiteral("preserve_code_formatting"), preserve, false, false);
     QCOMPARE(document->commentMarker(), QStringLiteral(";"));
-    document->nodeInBlock(document->findBlockByNumber(1))->change(QStringLiteral("power = 3000"));
+    document->nodeInBlock(document->findBlockByNumber(1))->change(QStringLiteral("weight = 3000"));
     QCOMPARE(document->findBlockByNumber(1).text(), line);
     QCOMPARE(static_cast<TestValue *>(document->nodeInBlock(document->findBlockByNumber(1)))->source,
              QStringLiteral("3000"));

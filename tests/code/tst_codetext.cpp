@@ -64,7 +64,7 @@ void CodeTextTest::fileText()
 void CodeTextTest::foldUndoesExpansion()
 {
     // Tab-indented text read with expansion and written with folding comes back as it was.
-    const QString original = QStringLiteral("[Data]\r\n\tlife\t= 1000\r\n\t\tpower = 3000\r\n");
+    const QString original = QStringLiteral("[Stats]\r\n\tspeed\t= 1000\r\n\t\tweight = 3000\r\n");
     QString loaded = Ovra::expandTabs(original);
     loaded.remove(QLatin1Char('\r'));
     QCOMPARE(Ovra::fileText(loaded, true), original);
@@ -76,9 +76,9 @@ void CodeTextTest::changedLine_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("preserve");
     QTest::addColumn<QString>("line");
-    QTest::newRow("columns kept") << "life  1000 ; strong" << "power 3000" << true << "power  3000 ; strong";
-    QTest::newRow("comment kept without the option") << "life  1000 ; strong" << "power 3000" << false
-                                                       << "power 3000 ; strong";
+    QTest::newRow("columns kept") << "speed  1000 ; strong" << "weight 3000" << true << "weight  3000 ; strong";
+    QTest::newRow("comment kept without the option") << "speed  1000 ; strong" << "weight 3000" << false
+                                                       << "weight 3000 ; strong";
     QTest::newRow("indent kept") << "    x = 1" << "y = 22" << true << "    y = 22";
     QTest::newRow("new text before the comment") << "a ;note" << "b c" << true << "b c;note";
     QTest::newRow("more new words than places") << "a  b" << "x y z w" << true << "x  y z w";

@@ -61,7 +61,7 @@ private slots:
 
 void GroupCodeTest::headerBrokenAndTypedBack()
 {
-    QTextDocument text(QStringLiteral("[Data]\na = 1\nb = 2\n[Size]\nc = 3"));
+    QTextDocument text(QStringLiteral("[Stats]\na = 1\nb = 2\n[Shape]\nc = 3"));
     auto line = [&](int n) { return text.findBlockByNumber(n); };
     RootCode root;
     QAbstractItemModelTester tester(&root, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -72,7 +72,7 @@ void GroupCodeTest::headerBrokenAndTypedBack()
     auto *c = new Value(line(4), size);
     QCOMPARE(names(data), QStringList({"a", "b"}));
     QCOMPARE(names(size), QStringList({"c"}));
-    QCOMPARE(rootRows(root), QStringList({"[Data]", "[Size]"}));
+    QCOMPARE(rootRows(root), QStringList({"[Stats]", "[Shape]"}));
     QCOMPARE(root.data(root.index(1, 0, root.index(0, 0))).toString(), QStringLiteral("b"));
     // Only headers are crossed: from a value behind a value no group is found.
     QCOMPARE(b->previous(CodeNode::Group, -11), nullptr);
@@ -84,11 +84,11 @@ void GroupCodeTest::headerBrokenAndTypedBack()
     QCOMPARE(a->parent(), nullptr);
     QCOMPARE(b->parent(), nullptr);
     QCOMPARE(a->previous(), &root);
-    QCOMPARE(rootRows(root), QStringList({"[Size]"}));
+    QCOMPARE(rootRows(root), QStringList({"[Shape]"}));
     // Typed back, the new header takes them back in order, and its row comes first.
     data = new Group(line(0), &root);
     QCOMPARE(names(data), QStringList({"a", "b"}));
-    QCOMPARE(rootRows(root), QStringList({"[Data]", "[Size]"}));
+    QCOMPARE(rootRows(root), QStringList({"[Stats]", "[Shape]"}));
     // The second header goes: its value falls to the header above, at the end.
     size->release();
     QCOMPARE(names(data), QStringList({"a", "b", "c"}));

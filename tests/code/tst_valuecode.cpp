@@ -180,7 +180,7 @@ void ValueCodeTest::roundTripThroughTheText_data()
     QTest::addRow("float vec3") << "pos:fvec3 = 0, 0, 0" << QVariant(QVariantList{1.5, -2.0, 3.25});
     QTest::addRow("float vec4") << "tint:fvec4 = 1, 1, 1, 1" << QVariant(QVariantList{0.5, 0.25, 0.125, 1.0});
     QTest::addRow("float vector") << "weights:fvec = 1" << QVariant(QVariantList{0.5, 1.5, 2.5, 3.5, 4.5});
-    QTest::addRow("int") << "life = 1000" << QVariant(-5);
+    QTest::addRow("int") << "speed = 1000" << QVariant(-5);
     QTest::addRow("int vec2") << "offset:ivec2 = 0, 0" << QVariant(QPoint(-12, 30));
     QTest::addRow("int vec3") << "rgb:ivec3 = 0, 0, 0" << QVariant(QVariantList{255, 128, 0});
     QTest::addRow("int vec4") << "box:ivec4 = 0, 0, 0, 0" << QVariant(QVariantList{-10, -20, 10, 20});
@@ -193,7 +193,7 @@ void ValueCodeTest::roundTripThroughTheText()
     QFETCH(QVariant, value);
 
     TestDocument document;
-    document.fromString(QStringLiteral("[Data]\n") + line + QStringLiteral("\nnext = 1\n"));
+    document.fromString(QStringLiteral("[Stats]\n") + line + QStringLiteral("\nnext = 1\n"));
     TestValue *node = valueOn(document, 1);
     QVERIFY(node);
     const ValueCode::Type type = node->valueType();
@@ -218,14 +218,14 @@ void ValueCodeTest::roundTripThroughTheText()
 void ValueCodeTest::keywordsAndNames()
 {
     TestDocument document;
-    document.fromString(QStringLiteral("[Data]\nlevel:kw = high\nlife = 1\nlife = 2\n"));
+    document.fromString(QStringLiteral("[Stats]\nlevel:kw = high\nspeed = 1\nspeed = 2\n"));
     TestValue *level = valueOn(document, 1);
     QCOMPARE(level->value(), QVariant(QStringLiteral("high")));
     QCOMPARE(level->rawValue(), QVariant(2u));
     auto *data = static_cast<GroupCode *>(document.root()->childAt(0));
     // Two values of one name: the first counts.
-    QCOMPARE(data->valueByName(QStringLiteral("life")), valueOn(document, 2));
-    QCOMPARE(data->value(QStringLiteral("life")), QVariant(1));
+    QCOMPARE(data->valueByName(QStringLiteral("speed")), valueOn(document, 2));
+    QCOMPARE(data->value(QStringLiteral("speed")), QVariant(1));
     QCOMPARE(data->value(QStringLiteral("level")), QVariant(QStringLiteral("high")));
     QVERIFY(!data->value(QStringLiteral("none")).isValid());
     QCOMPARE(data->valueByName(QStringLiteral("none")), nullptr);
@@ -234,7 +234,7 @@ void ValueCodeTest::keywordsAndNames()
 void ValueCodeTest::groupValueOperations()
 {
     TestDocument document;
-    document.fromString(QStringLiteral("[Data]\na = 1\n; about b\nb = 2\n[Next]\n"));
+    document.fromString(QStringLiteral("[Stats]\na = 1\n; about b\nb = 2\n[Next]\n"));
     auto *data = static_cast<GroupCode *>(document.root()->childAt(0));
     ValueCode *inserted = data->insertValue(1, QStringLiteral("c"), 3);
     QVERIFY(inserted);
@@ -243,10 +243,10 @@ void ValueCodeTest::groupValueOperations()
     ValueCode *added = data->addValue(QStringLiteral("d"), QStringLiteral("text"));
     QCOMPARE(data->valueAt(3), added);
     // A value owns only its own line: the new one goes in right above b, under the comment.
-    QCOMPARE(document.toString(), QStringLiteral("[Data]\na = 1\n; about b\nc = 3\nb = 2\nd = text\n[Next]\n"));
+    QCOMPARE(document.toString(), QStringLiteral("[Stats]\na = 1\n; about b\nc = 3\nb = 2\nd = text\n[Next]\n"));
 
     data->removeValue(2);
-    QCOMPARE(document.toString(), QStringLiteral("[Data]\na = 1\n; about b\nc = 3\nd = text\n[Next]\n"));
+    QCOMPARE(document.toString(), QStringLiteral("[Stats]\na = 1\n; about b\nc = 3\nd = text\n[Next]\n"));
     data->removeValue(9); // past the end: nothing
     QCOMPARE(data->valueCount(), 3u);
     // Renaming goes through the text as well.
@@ -258,25 +258,25 @@ void ValueCodeTest::groupValueOperations()
 void ValueCodeTest::setValueIsSilentValueChangedIsNot()
 {
     TestDocument document;
-    document.fromString(QStringLiteral("[Data]\nlife = 1\n"));
+    document.fromString(QStringLiteral("[Stats]\nspeed = 1\n"));
     RootCode *root = document.root();
     QAbstractItemModelTester tester(root, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QSignalSpy changed(root, &QAbstractItemModel::dataChanged);
-    TestValue *life = valueOn(document, 1);
+    TestValue *speed = valueOn(document, 1);
 
-    life->setValue(QStringLiteral("5"));
-    QCOMPARE(life->rawValue(), QVariant(5));
+    speed->setValue(QStringLiteral("5"));
+    QCOMPARE(speed->rawValue(), QVariant(5));
     QCOMPARE(changed.count(), 0);
-    QCOMPARE(document.findBlockByNumber(1).text(), QStringLiteral("life = 1")); // the text knows nothing
+    QCOMPARE(document.findBlockByNumber(1).text(), QStringLiteral("speed = 1")); // the text knows nothing
 
     // A renamed key is read into the same node, which tells the views.
     QTextCursor cursor(document.findBlockByNumber(1));
     cursor.insertText(QStringLiteral("max"));
-    QCOMPARE(valueOn(document, 1), life);
-    QCOMPARE(life->name(), QStringLiteral("maxlife"));
+    QCOMPARE(valueOn(document, 1), speed);
+    QCOMPARE(speed->name(), QStringLiteral("maxspeed"));
     QCOMPARE(changed.count(), 1);
     const QModelIndex index = changed.first().at(0).value<QModelIndex>();
-    QCOMPARE(root->data(index).toString(), QStringLiteral("maxlife"));
+    QCOMPARE(root->data(index).toString(), QStringLiteral("maxspeed"));
 }
 
 QTEST_MAIN(ValueCodeTest)

@@ -59,7 +59,7 @@ void TextCodecsTest::detection_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("codec"); // the codec detection must pick, by Qt's name
     QTest::newRow("empty: UTF-8") << QByteArray() << QString() << QByteArray("UTF-8");
-    QTest::newRow("ASCII") << QByteArray("[Data]\r\nlife = 1000\r\n") << "[Data]\r\nlife = 1000\r\n"
+    QTest::newRow("ASCII") << QByteArray("[Stats]\r\nspeed = 1000\r\n") << "[Stats]\r\nspeed = 1000\r\n"
                            << QByteArray();
     QTest::newRow("UTF-8") << French.toUtf8() << French << QByteArray("UTF-8");
     QTest::newRow("UTF-16LE, byte order mark") << encoded("UTF-16LE", QChar(0xFEFF) + German)

@@ -391,7 +391,7 @@ void ParentProjectTest::backupAndRestore()
         {QStringLiteral("actors/hero/hero.anim"), "<0>\r\nframe 0, 0, 0, 4\r\n"},
         {QStringLiteral("actors/hero/sprites/hero.spr"), QByteArray("\x00\x01\xff\xfe binary\x00", 13)},
         {QStringLiteral("actors/ryu/ryu.def"), "[Info]\nname = ryu\n"},
-        {QStringLiteral("actors/ryu/ryu.rules"), "[Data]\nlife = 1000\n"},
+        {QStringLiteral("actors/ryu/ryu.rules"), "[Stats]\nspeed = 1000\n"},
     };
     for (auto it = original.cbegin(); it != original.cend(); ++it)
         QVERIFY(writeFile(root + it.key(), it.value()));
@@ -444,7 +444,7 @@ void ParentProjectTest::backupAndRestore()
     QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.def"), "broken"));
     QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/hero.anim")));
     QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/sprites/hero.spr")));
-    QVERIFY(writeFile(root + QStringLiteral("actors/ryu/ryu.rules"), "[Data]\nlife = 1\n"));
+    QVERIFY(writeFile(root + QStringLiteral("actors/ryu/ryu.rules"), "[Stats]\nspeed = 1\n"));
     QTest::qWait(300);
     questions = 0;
     for (WatchedFile *file : qAsConst(files))
@@ -557,7 +557,7 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     // Code documents of the test language: watched files with their own reload road.
     const QString root = m_dir.filePath(QStringLiteral("code/"));
     const QByteArray definition = "[Info]\r\nname = hero\r\n<walk>\r\nframe a, 0, 0, 4\r\n";
-    const QByteArray states = "[Data]\r\nlife = 1000\r\n";
+    const QByteArray states = "[Stats]\r\nspeed = 1000\r\n";
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.def"), definition));
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.rules"), states));
     int questions = 0;
@@ -591,7 +591,7 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     QCOMPARE(readFile(root + QStringLiteral("hero/hero.def")), definition);
     QCOMPARE(readFile(root + QStringLiteral("hero/hero.rules")), states);
     // The documents read their files again: text, tree and saved state as restored.
-    QCOMPARE(rules->toString(), QStringLiteral("[Data]\nlife = 1000\n"));
+    QCOMPARE(rules->toString(), QStringLiteral("[Stats]\nspeed = 1000\n"));
     QCOMPARE(main->root()->childCount(), 2u);
     QVERIFY(!rules->isModified());
     QTest::qWait(400);
