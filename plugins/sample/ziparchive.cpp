@@ -9,8 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 
-ZipArchive::ZipArchive(zip *archive, const QString &prefix, bool writable)
+ZipArchive::ZipArchive(zip *archive, const QString &fileName, const QString &prefix, bool writable)
     : m_zip(archive)
+    , m_fileName(fileName)
     , m_prefix(prefix)
     , m_writable(writable)
 {
@@ -28,11 +29,14 @@ ZipArchive *ZipArchive::open(const QString &fileName, QIODevice::OpenMode mode)
     QString prefix = fileName;
     if (prefix.endsWith(QLatin1String(".zip"), Qt::CaseInsensitive))
         prefix.chop(4);
-    return new ZipArchive(archive, prefix + QLatin1Char('/'), writing);
+    return new ZipArchive(archive, fileName, prefix + QLatin1Char('/'), writing);
 }
 
 QString ZipArchive::inner(const QString &name) const
 {
+    // The archive's own directory, with or without its slash, is the root of the entries.
+    if (name + QLatin1Char('/') == m_prefix)
+        return QString();
     QString relative = name.startsWith(m_prefix) ? name.mid(m_prefix.size()) : name;
     while (relative.startsWith(QLatin1Char('/')))
         relative.remove(0, 1);
@@ -47,7 +51,7 @@ QString ZipArchive::absoluteFilePath(const QString &name) const
 QStringList ZipArchive::names() const
 {
     QStringList list;
-    const zip_int64_t count = zip_get_num_entries(m_zip, 0);
+    const zip_int64_t count = m_zip ? zip_get_num_entries(m_zip, 0) : 0;
     for (zip_int64_t i = 0; i < count; ++i) {
         if (const char *entry = zip_get_name(m_zip, zip_uint64_t(i), 0))
             list << QString::fromUtf8(entry);
@@ -95,7 +99,7 @@ QIODevice *ZipArchive::openFile(const QString &name, QIODevice::OpenMode mode)
         m_writes.insert(buffer, inner(name));
         return buffer;
     }
-    zip_file *file = zip_fopen(m_zip, inner(name).toUtf8().constData(), 0);
+    zip_file *file = m_zip ? zip_fopen(m_zip, inner(name).toUtf8().constData(), 0) : nullptr;
     if (!file) {
         delete buffer;
         return nullptr;
@@ -114,7 +118,7 @@ QIODevice *ZipArchive::openFile(const QString &name, QIODevice::OpenMode mode)
 void ZipArchive::closeFile(QIODevice *device)
 {
     const auto it = m_writes.find(device);
-    if (it != m_writes.end()) {
+    if (it != m_writes.end() && m_zip) {
         const QByteArray data = static_cast<QBuffer *>(device)->data();
         // libzip reads the source when the archive is closed: it gets its own copy.
         void *copy = std::malloc(size_t(qMax(data.size(), 1)));
@@ -126,8 +130,8 @@ void ZipArchive::closeFile(QIODevice *device)
             else
                 std::free(copy);
         }
-        m_writes.erase(it);
     }
+    m_writes.remove(device);
     delete device;
 }
 
@@ -139,12 +143,16 @@ void ZipArchive::discardFile(QIODevice *device)
 
 bool ZipArchive::removeFile(const QString &name)
 {
+    if (!m_zip)
+        return false;
     const zip_int64_t index = zip_name_locate(m_zip, inner(name).toUtf8().constData(), 0);
     return m_writable && index >= 0 && zip_delete(m_zip, zip_uint64_t(index)) == 0;
 }
 
 bool ZipArchive::renameFile(const QString &oldName, const QString &newName)
 {
+    if (!m_zip)
+        return false;
     const zip_int64_t index = zip_name_locate(m_zip, inner(oldName).toUtf8().constData(), 0);
     return m_writable && index >= 0
            && zip_file_rename(m_zip, zip_uint64_t(index), inner(newName).toUtf8().constData(), 0) == 0;
@@ -152,7 +160,7 @@ bool ZipArchive::renameFile(const QString &oldName, const QString &newName)
 
 bool ZipArchive::fileExists(const QString &name) const
 {
-    return zip_name_locate(m_zip, inner(name).toUtf8().constData(), 0) >= 0;
+    return m_zip && zip_name_locate(m_zip, inner(name).toUtf8().constData(), 0) >= 0;
 }
 
 bool ZipArchive::directoryExists(const QString &name) const
@@ -167,9 +175,22 @@ bool ZipArchive::directoryExists(const QString &name) const
     return false;
 }
 
+void ZipArchive::flush()
+{
+    if (!m_writable || !m_zip)
+        return;
+    // libzip writes only when an archive is closed: close it, and open the result again.
+    if (zip_close(m_zip) != 0)
+        zip_discard(m_zip);
+    int error = 0;
+    m_zip = zip_open(QFile::encodeName(m_fileName).constData(), ZIP_CREATE, &error);
+    if (!m_zip)
+        m_writable = false; // gone meanwhile: nothing more can be read or written
+}
+
 void ZipArchive::free()
 {
-    if (zip_close(m_zip) != 0)
+    if (m_zip && zip_close(m_zip) != 0)
         zip_discard(m_zip);
     delete this;
 }

@@ -1,8 +1,9 @@
 #pragma once
 
-// A container of the "ZIP" format over libzip, as an engine's plug-in would bring one:
-// the archive stands for the directory its file name names without ".zip", so names
-// below that directory are entries of the zip.
+// Containers of the "ZIP" format over libzip: backups of projects, and projects kept in a
+// zip. The archive stands for the directory its file name names without ".zip", so names
+// below that directory are entries of the zip. Written entries reach the file when the
+// archive ends or is flushed.
 #include "engine/extension.h"
 #include "foundation/archive.h"
 
@@ -27,7 +28,8 @@ public:
     void discardFile(QIODevice *device) override;
     bool removeFile(const QString &name) override;
     bool renameFile(const QString &oldName, const QString &newName) override;
-    void flush() override {}
+    // Writes what was added or changed so far, and goes on with the written file.
+    void flush() override;
     bool isReadOnly() const override { return !m_writable; }
     bool isWritable(const QString &) const override { return m_writable; }
     bool fileExists(const QString &name) const override;
@@ -41,10 +43,11 @@ protected:
     void free() override;
 
 private:
-    ZipArchive(zip *archive, const QString &prefix, bool writable);
+    ZipArchive(zip *archive, const QString &fileName, const QString &prefix, bool writable);
     QString inner(const QString &name) const;
 
     zip *m_zip;
+    QString m_fileName;
     QString m_prefix;
     bool m_writable;
     QMap<QIODevice *, QString> m_writes;

@@ -1,0 +1,210 @@
+#include "engine/extension.h"
+#include "engine/extensionmanager.h"
+#include "foundation/archive.h"
+#include "foundation/filesystemarchive.h"
+#include "projecttestsupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+using namespace Ovra;
+
+namespace {
+
+bool writeFile(const QString &name, const QByteArray &data)
+{
+    QDir().mkpath(QFileInfo(name).absolutePath());
+    QFile file(name);
+    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
+}
+
+QByteArray readFile(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+ArchiveExtension *zipExtension()
+{
+    for (Extension *extension : ExtensionManager::list(Extension::Container)) {
+        if (QByteArray(extension->format()) == "ZIP")
+            return static_cast<ArchiveExtension *>(extension);
+    }
+    return nullptr;
+}
+
+using ArchivePointer = std::unique_ptr<Archive, void (*)(Archive *)>;
+
+ArchivePointer openZip(const QString &fileName, QIODevice::OpenMode mode)
+{
+    return ArchivePointer(zipExtension()->open(fileName, mode), [](Archive *archive) {
+        if (archive)
+            archive->release();
+    });
+}
+
+void write(Archive &archive, const QString &name, const QByteArray &data)
+{
+    QIODevice *device = archive.openFile(name, QIODevice::WriteOnly);
+    QVERIFY(device);
+    device->write(data);
+    archive.closeFile(device);
+}
+
+} // namespace
+
+// The sample engine's plug-in, loaded as the program loads it.
+class SamplePluginTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void registersItsContainer();
+    void zipArchiveTable();
+    void zipFlushWritesWhatWasAdded();
+    void zipRefusesWhatIsNoZip();
+    void backupsAreRealZips();
+
+private:
+    std::unique_ptr<ExtensionManager> m_manager;
+    QTemporaryDir m_dir;
+};
+
+void SamplePluginTest::initTestCase()
+{
+    m_manager = std::make_unique<ExtensionManager>(QStringLiteral(OVRA_PLUGIN_DIR));
+}
+
+void SamplePluginTest::cleanupTestCase()
+{
+    m_manager.reset();
+    QVERIFY(ExtensionManager::list(Extension::Container).isEmpty());
+}
+
+void SamplePluginTest::registersItsContainer()
+{
+    ArchiveExtension *zip = zipExtension();
+    QVERIFY(zip);
+    QCOMPARE(zip->type(), Extension::Container);
+}
+
+void SamplePluginTest::zipArchiveTable()
+{
+    const QString fileName = m_dir.filePath(QStringLiteral("table.zip"));
+    const QString inside = m_dir.filePath(QStringLiteral("table/"));
+    {
+        ArchivePointer archive = openZip(fileName, QIODevice::WriteOnly);
+        QVERIFY(archive);
+        QCOMPARE(archive->path(), inside);
+        QVERIFY(!archive->isReadOnly());
+        write(*archive, inside + QStringLiteral("actors/hero.def"), "[Stats]\n");
+        write(*archive, inside + QStringLiteral("actors/hero.spr"), QByteArray("\x01\x02", 2));
+        write(*archive, inside + QStringLiteral("readme.txt"), "read me");
+        // A write given back by discardFile leaves nothing.
+        QIODevice *dropped = archive->openFile(inside + QStringLiteral("dropped.txt"), QIODevice::WriteOnly);
+        dropped->write("gone");
+        archive->discardFile(dropped);
+        QVERIFY(archive->renameFile(inside + QStringLiteral("readme.txt"), inside + QStringLiteral("notes.txt")));
+    }
+    ArchivePointer archive = openZip(fileName, QIODevice::ReadOnly);
+    QVERIFY(archive);
+    QVERIFY(archive->isReadOnly());
+    QVERIFY(!archive->isWritable(inside + QStringLiteral("notes.txt")));
+    QCOMPARE(archive->entries(inside, {}, QDir::Files, QDir::Name), QStringList({"notes.txt"}));
+    QCOMPARE(archive->entries(inside, {}, QDir::Dirs, QDir::Name), QStringList({"actors"}));
+    QCOMPARE(archive->entries(inside + QStringLiteral("actors"), {QStringLiteral("*.def")}, QDir::Files, QDir::Name),
+             QStringList({"hero.def"}));
+    QVERIFY(archive->fileExists(inside + QStringLiteral("actors/hero.spr")));
+    QVERIFY(!archive->fileExists(inside + QStringLiteral("dropped.txt")));
+    QVERIFY(archive->directoryExists(inside + QStringLiteral("actors")));
+    QVERIFY(!archive->directoryExists(inside + QStringLiteral("props")));
+    QIODevice *device = archive->openFile(inside + QStringLiteral("notes.txt"), QIODevice::ReadOnly);
+    QVERIFY(device);
+    QCOMPARE(device->readAll(), QByteArray("read me"));
+    archive->closeFile(device);
+    QVERIFY(!archive->openFile(inside + QStringLiteral("missing.txt"), QIODevice::ReadOnly));
+    QVERIFY(!archive->openFile(inside + QStringLiteral("new.txt"), QIODevice::WriteOnly));
+    QVERIFY(!archive->removeFile(inside + QStringLiteral("notes.txt")));
+}
+
+void SamplePluginTest::zipFlushWritesWhatWasAdded()
+{
+    const QString fileName = m_dir.filePath(QStringLiteral("flushed.zip"));
+    ArchivePointer archive = openZip(fileName, QIODevice::WriteOnly);
+    write(*archive, m_dir.filePath(QStringLiteral("flushed/a.txt")), "first");
+    archive->flush();
+    // Another reader sees it before the archive ends.
+    {
+        ArchivePointer reader = openZip(fileName, QIODevice::ReadOnly);
+        QVERIFY(reader);
+        QVERIFY(reader->fileExists(m_dir.filePath(QStringLiteral("flushed/a.txt"))));
+    }
+    write(*archive, m_dir.filePath(QStringLiteral("flushed/b.txt")), "second");
+    QVERIFY(archive->removeFile(m_dir.filePath(QStringLiteral("flushed/a.txt"))));
+    archive.reset();
+    ArchivePointer reader = openZip(fileName, QIODevice::ReadOnly);
+    QCOMPARE(reader->entries(m_dir.filePath(QStringLiteral("flushed")), {}, QDir::Files, QDir::Name),
+             QStringList({"b.txt"}));
+}
+
+void SamplePluginTest::zipRefusesWhatIsNoZip()
+{
+    const QString junk = m_dir.filePath(QStringLiteral("junk.zip"));
+    QVERIFY(writeFile(junk, QByteArray(300, 'j')));
+    QVERIFY(!openZip(junk, QIODevice::ReadOnly));
+    QVERIFY(!openZip(m_dir.filePath(QStringLiteral("missing.zip")), QIODevice::ReadOnly));
+    QCOMPARE(readFile(junk), QByteArray(300, 'j')); // untouched
+}
+
+void SamplePluginTest::backupsAreRealZips()
+{
+    const QString root = m_dir.filePath(QStringLiteral("work/"));
+    const QMap<QString, QByteArray> original{
+        {QStringLiteral("actors/hero/hero.def"), "[Stats]\nspeed = 3\n"},
+        {QStringLiteral("actors/hero/hero.spr"), QByteArray("\x00\x10\x20\xff", 4)},
+    };
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        QVERIFY(writeFile(root + it.key(), it.value()));
+    RecordingParent work(root, FileSystemArchive::instance());
+    auto *main = new TestFile(root + QStringLiteral("actors/hero/hero.def"));
+    auto *project = new TestProject(&work, 0, main, true);
+    project->listed = {{0, QStringLiteral("hero.def")}, {1, QStringLiteral("hero.spr")}};
+    main->fromFile(FileSystemArchive::instance(), main->name, 0, nullptr);
+    project->addToParent();
+
+    QVERIFY(work.backup(QStringLiteral("daily"), nullptr));
+    const QStringList made = QDir(root + QStringLiteral("backup")).entryList(QDir::Files);
+    QCOMPARE(made.size(), 1);
+    QVERIFY(made.first().endsWith(QLatin1String(".zip")));
+    const QString zipName = root + QStringLiteral("backup/") + made.first();
+    // The system's own unzip reads it.
+    const QString unzip = QStandardPaths::findExecutable(QStringLiteral("unzip"));
+    QVERIFY2(!unzip.isEmpty(), "unzip is one of the packages scripts/setup installs");
+    {
+        QProcess listing;
+        listing.start(unzip, {QStringLiteral("-l"), zipName});
+        QVERIFY(listing.waitForFinished(30000));
+        QCOMPARE(listing.exitCode(), 0);
+        const QByteArray output = listing.readAllStandardOutput();
+        for (const QString &name : original.keys())
+            QVERIFY2(output.contains(name.toUtf8()), output.constData());
+    }
+    QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.def"), "changed"));
+    QString name = made.first();
+    name.chop(4);
+    QVERIFY(work.restoreBackup(name, nullptr));
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        QCOMPARE(readFile(root + it.key()), it.value());
+    project->release();
+}
+
+QTEST_MAIN(SamplePluginTest)
+#include "tst_sampleplugin.moc"
