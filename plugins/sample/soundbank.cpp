@@ -1,0 +1,355 @@
+#include "soundbank.h"
+
+#include "foundation/archive.h"
+#include "sound/soundcodecs.h"
+
+#include <QBuffer>
+#include <QDataStream>
+
+using namespace Ovra;
+
+namespace {
+
+constexpr char Magic[4] = {'O', 'V', 'S', 'B'};
+constexpr quint16 Version = 1;
+constexpr int HeaderSize = 12;
+constexpr int EntryHeaderSize = 16;
+
+const char *formatOf(BankSound::Codec codec)
+{
+    switch (codec) {
+    case BankSound::Ogg:
+        return "OGG";
+    case BankSound::Flac:
+        return "FLAC";
+    case BankSound::Wav:
+        break;
+    }
+    return "WAV";
+}
+
+} // namespace
+
+// ---- one sound -----------------------------------------------------------------------
+
+BankSound::BankSound(SoundBank *bank, QPoint identifier, Codec codec, const QByteArray &bytes)
+    : m_bank(bank)
+    , m_identifier(identifier)
+    , m_codec(codec)
+    , m_bytes(bytes)
+{
+}
+
+QVariant BankSound::property(const QString &name) const
+{
+    return name == QLatin1String("Identifier") ? QVariant(m_identifier) : QVariant();
+}
+
+void BankSound::setProperty(const QString &name, const QVariant &value)
+{
+    if (name == QLatin1String("Identifier"))
+        setIdentifier(value);
+}
+
+uint BankSound::index() const
+{
+    return uint(m_bank->m_sounds.indexOf(const_cast<BankSound *>(this)));
+}
+
+Sounds *BankSound::parent() const
+{
+    return m_bank;
+}
+
+Sound *BankSound::duplicate()
+{
+    return m_bank->adopt(index() + 1, new BankSound(m_bank, m_identifier, m_codec, m_bytes));
+}
+
+SoundSample BankSound::sample() const
+{
+    QByteArray bytes = m_bytes;
+    QBuffer buffer(&bytes);
+    SoundSample sample;
+    loadSound(&buffer, formatOf(m_codec), sample);
+    return sample;
+}
+
+SampleInfo BankSound::info() const
+{
+    if (m_codec == Wav) {
+        QByteArray bytes = m_bytes;
+        QBuffer buffer(&bytes);
+        return soundInfoFromWAV(&buffer);
+    }
+    return sample();
+}
+
+bool BankSound::setSample(const SoundSample &sample)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    if (sample.data.isEmpty() || !soundToWAV(sample, &buffer))
+        return false;
+    m_bank->beginChange();
+    m_codec = Wav;
+    m_bytes = bytes;
+    m_bank->touched();
+    m_bank->endChange();
+    return true;
+}
+
+void BankSound::setIdentifier(const QVariant &identifier)
+{
+    const QPoint point = identifier.toPoint();
+    if (point == m_identifier)
+        return;
+    m_bank->beginChange();
+    m_identifier = point;
+    m_bank->touched();
+    const QModelIndex row = m_bank->index(int(index()));
+    emit m_bank->dataChanged(row, row);
+    m_bank->endChange();
+}
+
+// ---- the bank ---------------------------------------------------------------------------
+
+SoundBank::SoundBank()
+    : m_messages(std::make_unique<SimpleMessages>(this))
+{
+}
+
+SoundBank::~SoundBank()
+{
+    qDeleteAll(m_sounds);
+}
+
+QByteArray SoundBank::toBytes() const
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setByteOrder(QDataStream::LittleEndian);
+    out.writeRawData(Magic, 4);
+    out << Version << quint16(0) << quint32(m_sounds.size());
+    for (const BankSound *sound : m_sounds) {
+        out << quint32(sound->m_identifier.x()) << quint32(sound->m_identifier.y()) << quint8(sound->m_codec)
+            << quint8(0) << quint16(0) << quint32(sound->m_bytes.size());
+        out.writeRawData(sound->m_bytes.constData(), sound->m_bytes.size());
+    }
+    return bytes;
+}
+
+bool SoundBank::fromBytes(const QByteArray &bytes)
+{
+    m_messages->clear();
+    auto refuse = [this](const QString &reason) {
+        m_messages->add(Message::Error, reason, 0, 0);
+        return false;
+    };
+    if (bytes.size() < HeaderSize)
+        return refuse(QStringLiteral("The sound bank is cut short."));
+    if (memcmp(bytes.constData(), Magic, 4) != 0)
+        return refuse(QStringLiteral("This is not a sound bank."));
+    QDataStream in(bytes);
+    in.setByteOrder(QDataStream::LittleEndian);
+    in.skipRawData(4);
+    quint16 version = 0;
+    quint16 reserved = 0;
+    quint32 count = 0;
+    in >> version >> reserved >> count;
+    if (version != Version)
+        return refuse(QStringLiteral("Sound bank version %1 is unknown.").arg(version));
+    // Every entry takes its header at least: a count the bytes can't hold is a cut file.
+    if (qint64(count) * EntryHeaderSize > bytes.size() - HeaderSize)
+        return refuse(QStringLiteral("The sound bank is cut short."));
+    QList<BankSound *> sounds;
+    auto fail = [&](const QString &reason) {
+        qDeleteAll(sounds);
+        return refuse(reason);
+    };
+    qint64 at = HeaderSize;
+    for (quint32 i = 0; i < count; ++i) {
+        quint32 group = 0, number = 0, length = 0;
+        quint8 codec = 0, pad = 0;
+        quint16 pad2 = 0;
+        in >> group >> number >> codec >> pad >> pad2 >> length;
+        at += EntryHeaderSize;
+        if (in.status() != QDataStream::Ok)
+            return fail(QStringLiteral("The sound bank is cut short."));
+        if (codec < BankSound::Wav || codec > BankSound::Flac)
+            return fail(QStringLiteral("Sound %1 has an unknown codec (%2).").arg(i).arg(codec));
+        if (qint64(length) > bytes.size() - at)
+            return fail(QStringLiteral("The sound bank is cut short."));
+        sounds << new BankSound(this, QPoint(int(group), int(number)), BankSound::Codec(codec), bytes.mid(int(at), int(length)));
+        in.skipRawData(int(length));
+        at += length;
+    }
+    if (at != bytes.size())
+        return fail(QStringLiteral("The sound bank has bytes after its last sound."));
+    beginResetModel();
+    qDeleteAll(m_sounds);
+    m_sounds = sounds;
+    m_selected = 0;
+    m_modified = false;
+    endResetModel();
+    return true;
+}
+
+bool SoundBank::fromFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
+{
+    QIODevice *device = archive.openFile(name, QIODevice::ReadOnly);
+    if (!device) {
+        m_messages->clear();
+        m_messages->add(Message::Error, QStringLiteral("The sound bank can't be read."), 0, 0);
+        return false;
+    }
+    const QByteArray bytes = device->readAll();
+    archive.closeFile(device);
+    if (!fromBytes(bytes))
+        return false;
+    if (!(flags & Foreign))
+        m_fileName = name;
+    ProjectFile::fromFile(archive, name, flags, stats); // the parent's bookkeeping
+    return true;
+}
+
+bool SoundBank::toFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
+{
+    QIODevice *device = archive.openFile(name, QIODevice::WriteOnly);
+    if (!device)
+        return false;
+    const QByteArray bytes = toBytes();
+    if (device->write(bytes) != bytes.size()) {
+        archive.discardFile(device);
+        return false;
+    }
+    archive.closeFile(device);
+    if (!(flags & Foreign)) {
+        m_fileName = name;
+        m_modified = false;
+        emit changed(false);
+    }
+    ProjectFile::toFile(archive, name, flags, stats); // the parent's bookkeeping
+    return true;
+}
+
+void SoundBank::setSelected(uint index)
+{
+    m_selected = qMin(index, qMax(count(), 1u) - 1);
+}
+
+Sound *SoundBank::at(uint index) const
+{
+    return index < count() ? m_sounds.at(int(index)) : nullptr;
+}
+
+Sound *SoundBank::add(const QVariant &identifier, const SoundSample &sample)
+{
+    return insert(count(), identifier, sample);
+}
+
+Sound *SoundBank::insert(uint index, const QVariant &identifier, const SoundSample &sample)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    if (sample.data.isEmpty() || !soundToWAV(sample, &buffer))
+        return nullptr;
+    return adopt(qMin(index, count()), new BankSound(this, identifier.toPoint(), BankSound::Wav, bytes));
+}
+
+BankSound *SoundBank::adopt(uint index, BankSound *sound)
+{
+    beginChange();
+    beginInsertRows(QModelIndex(), int(index), int(index));
+    m_sounds.insert(int(index), sound);
+    endInsertRows();
+    touched();
+    endChange();
+    return sound;
+}
+
+void SoundBank::remove(uint index)
+{
+    if (index >= count())
+        return;
+    beginChange();
+    beginRemoveRows(QModelIndex(), int(index), int(index));
+    delete m_sounds.takeAt(int(index));
+    endRemoveRows();
+    touched();
+    endChange();
+}
+
+int SoundBank::find(uint from, const QVariant &identifier) const
+{
+    const QPoint wanted = identifier.toPoint();
+    for (int i = int(from); i < m_sounds.size(); ++i) {
+        if (m_sounds.at(i)->m_identifier == wanted)
+            return i;
+    }
+    return -1;
+}
+
+void SoundBank::clear()
+{
+    if (m_sounds.isEmpty())
+        return;
+    beginChange();
+    beginResetModel();
+    qDeleteAll(m_sounds);
+    m_sounds.clear();
+    endResetModel();
+    touched();
+    endChange();
+}
+
+void SoundBank::move(uint from, uint to)
+{
+    if (from >= count() || to >= count() || from == to)
+        return;
+    beginChange();
+    beginMoveRows(QModelIndex(), int(from), int(from), QModelIndex(), int(to > from ? to + 1 : to));
+    m_sounds.move(int(from), int(to));
+    endMoveRows();
+    touched();
+    endChange();
+}
+
+int SoundBank::compare(uint a, uint b)
+{
+    const QPoint x = m_sounds.at(int(a))->m_identifier;
+    const QPoint y = m_sounds.at(int(b))->m_identifier;
+    if (x.x() != y.x())
+        return x.x() < y.x() ? -1 : 1;
+    return x.y() == y.y() ? 0 : x.y() < y.y() ? -1 : 1;
+}
+
+void SoundBank::beginChange()
+{
+    ++m_changes;
+}
+
+void SoundBank::endChange()
+{
+    if (--m_changes == 0 && m_modified)
+        emit changed(true);
+}
+
+void SoundBank::touched()
+{
+    m_modified = true;
+    emit modified();
+}
+
+int SoundBank::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_sounds.size();
+}
+
+QVariant SoundBank::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= m_sounds.size() || role != Qt::DisplayRole)
+        return QVariant();
+    const QPoint id = m_sounds.at(index.row())->m_identifier;
+    return QStringLiteral("%1, %2").arg(id.x()).arg(id.y());
+}
