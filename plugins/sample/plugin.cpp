@@ -1,9 +1,12 @@
 // The sample engine's plug-in: what the library leaves to engines, for a small game format
 // of our own. The extension manager calls registerExtension once, at load.
 #include "engine/extensionmanager.h"
+#include "gimppalette.h"
 #include "ziparchive.h"
 
 extern "C" Q_DECL_EXPORT void registerExtension(Ovra::ExtensionManager *)
 {
     Ovra::ExtensionManager::add(new ZipExtension);
+    Ovra::ExtensionManager::add(new GimpPaletteLoader);
+    Ovra::ExtensionManager::add(new GimpPaletteSaver);
 }

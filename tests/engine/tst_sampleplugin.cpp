@@ -2,8 +2,10 @@
 #include "engine/extensionmanager.h"
 #include "foundation/archive.h"
 #include "foundation/filesystemarchive.h"
+#include "image/paletteobject.h"
 #include "projecttestsupport.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -72,6 +74,9 @@ private slots:
     void zipFlushWritesWhatWasAdded();
     void zipRefusesWhatIsNoZip();
     void backupsAreRealZips();
+    void gimpPalettes_data();
+    void gimpPalettes();
+    void gimpPaletteRoundTrip();
 
 private:
     std::unique_ptr<ExtensionManager> m_manager;
@@ -87,6 +92,7 @@ void SamplePluginTest::cleanupTestCase()
 {
     m_manager.reset();
     QVERIFY(ExtensionManager::list(Extension::Container).isEmpty());
+    QVERIFY(ExtensionManager::list(Extension::PaletteLoader).isEmpty());
 }
 
 void SamplePluginTest::registersItsContainer()
@@ -204,6 +210,67 @@ void SamplePluginTest::backupsAreRealZips()
     for (auto it = original.cbegin(); it != original.cend(); ++it)
         QCOMPARE(readFile(root + it.key()), it.value());
     project->release();
+}
+
+void SamplePluginTest::gimpPalettes_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<bool>("read");
+    // Written as the program writes them: a header, a name, columns, a comment, colours
+    // with and without names, spaces or tabs between the numbers.
+    QTest::addRow("as the program writes it")
+        << QByteArray("GIMP Palette\nName: Dusk\nColumns: 4\n#\n  0   0   0\tBlack\n255 128  64\tOrange\n"
+                      "10\t20\t30\n") << true;
+    QTest::addRow("line ends of another system") << QByteArray("GIMP Palette\r\n1 2 3\r\n4 5 6\r\n") << true;
+    QTest::addRow("another kind of file") << QByteArray("JASC-PAL\n0100\n2\n1 2 3\n") << false;
+    QTest::addRow("a number past 255") << QByteArray("GIMP Palette\n1 2 300\n") << false;
+    QTest::addRow("a line that is no colour") << QByteArray("GIMP Palette\n1 2 3\nwhatever\n") << false;
+    QTest::addRow("no colours") << QByteArray("GIMP Palette\nName: Empty\n") << false;
+}
+
+void SamplePluginTest::gimpPalettes()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(bool, read);
+    RGBA table[256];
+    for (RGBA &entry : table)
+        entry = RGBA(9, 9, 9, 9);
+    PaletteObject palette(&table);
+    QBuffer buffer(&file);
+    buffer.open(QIODevice::ReadOnly);
+    QCOMPARE(palette.fromFile(&buffer, "GPL"), read);
+    if (!read) {
+        QCOMPARE(table[1], RGBA(9, 9, 9, 9)); // untouched
+        return;
+    }
+    QCOMPARE(table[0].alpha, quint8(0)); // index 0 is transparent after every read
+    if (file.contains("Orange")) {
+        QCOMPARE(table[1], RGBA(255, 128, 64, 255));
+        QCOMPARE(table[2], RGBA(10, 20, 30, 255));
+    } else {
+        QCOMPARE(table[1], RGBA(4, 5, 6, 255));
+    }
+}
+
+void SamplePluginTest::gimpPaletteRoundTrip()
+{
+    RGBA table[256];
+    for (int i = 0; i < 256; ++i)
+        table[i] = RGBA(quint8(i), quint8(255 - i), quint8(i * 7), 255);
+    PaletteObject palette(&table);
+    QByteArray bytes;
+    QBuffer out(&bytes);
+    out.open(QIODevice::WriteOnly);
+    QVERIFY(palette.toFile(&out, "GPL"));
+    QVERIFY(bytes.startsWith("GIMP Palette\n"));
+    QCOMPARE(bytes.count('\n'), 4 + 256);
+    RGBA back[256];
+    PaletteObject reader(&back);
+    QBuffer in(&bytes);
+    in.open(QIODevice::ReadOnly);
+    QVERIFY(reader.fromFile(&in, "GPL"));
+    for (int i = 1; i < 256; ++i)
+        QCOMPARE(back[i], table[i]);
 }
 
 QTEST_MAIN(SamplePluginTest)
