@@ -2,6 +2,7 @@
 // of our own. The extension manager calls registerExtension once, at load.
 #include "engine/extensionmanager.h"
 #include "gimppalette.h"
+#include "soundeffects.h"
 #include "ziparchive.h"
 
 extern "C" Q_DECL_EXPORT void registerExtension(Ovra::ExtensionManager *)
@@ -9,4 +10,7 @@ extern "C" Q_DECL_EXPORT void registerExtension(Ovra::ExtensionManager *)
     Ovra::ExtensionManager::add(new ZipExtension);
     Ovra::ExtensionManager::add(new GimpPaletteLoader);
     Ovra::ExtensionManager::add(new GimpPaletteSaver);
+    Ovra::ExtensionManager::add(new NormalizeEffect);
+    Ovra::ExtensionManager::add(new ReverseEffect);
+    Ovra::ExtensionManager::add(new EchoEffect);
 }

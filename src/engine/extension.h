@@ -11,6 +11,7 @@ namespace Ovra {
 
 class Archive;
 struct RGBA;
+struct SampleInfo;
 struct SoundSample;
 
 // What a plug-in adds to the library: a format of one kind. The library finds
@@ -98,6 +99,16 @@ class OVRA_EXPORT SoundSaverExtension : public Extension
 public:
     Type type() const override { return SoundSaver; }
     virtual bool save(QIODevice *device, const SoundSample &sample) = 0;
+};
+
+// Kind 15: an effect of the sound editor's menu. It gets the shape of the sound and the
+// bytes of the selected frames, and changes the bytes in place; their length may change
+// by whole frames. False when it can't work on sounds of that shape.
+class OVRA_EXPORT SoundEffectExtension : public Extension
+{
+public:
+    Type type() const override { return SoundEffect; }
+    virtual bool apply(const SampleInfo &info, QByteArray &frames) = 0;
 };
 
 } // namespace Ovra

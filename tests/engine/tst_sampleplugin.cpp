@@ -3,6 +3,7 @@
 #include "foundation/archive.h"
 #include "foundation/filesystemarchive.h"
 #include "image/paletteobject.h"
+#include "sound/soundsample.h"
 #include "projecttestsupport.h"
 
 #include <QBuffer>
@@ -77,6 +78,8 @@ private slots:
     void gimpPalettes_data();
     void gimpPalettes();
     void gimpPaletteRoundTrip();
+    void soundEffects_data();
+    void soundEffects();
 
 private:
     std::unique_ptr<ExtensionManager> m_manager;
@@ -271,6 +274,52 @@ void SamplePluginTest::gimpPaletteRoundTrip()
     QVERIFY(reader.fromFile(&in, "GPL"));
     for (int i = 1; i < 256; ++i)
         QCOMPARE(back[i], table[i]);
+}
+
+void SamplePluginTest::soundEffects_data()
+{
+    QTest::addColumn<QByteArray>("effect");
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<QVector<qint16>>("before");
+    QTest::addColumn<QVector<qint16>>("after");
+    QTest::addColumn<bool>("applied");
+    QTest::addRow("normalize") << QByteArray("NORMALIZE") << 1 << QVector<qint16>{1024, -2048, 512}
+                               << QVector<qint16>{16384, -32768, 8192} << true;
+    QTest::addRow("normalize silence") << QByteArray("NORMALIZE") << 2 << QVector<qint16>{0, 0, 0, 0}
+                                       << QVector<qint16>{0, 0, 0, 0} << true;
+    QTest::addRow("reverse keeps frames together") << QByteArray("REVERSE") << 2 << QVector<qint16>{1, 2, 3, 4, 5, 6}
+                                                   << QVector<qint16>{5, 6, 3, 4, 1, 2} << true;
+    // At 8 frames a second the echo comes two frames later, at half the strength.
+    QTest::addRow("echo upon echo") << QByteArray("ECHO") << 1 << QVector<qint16>{16384, 0, 0, 0, 0}
+                                    << QVector<qint16>{16384, 0, 8192, 0, 4096} << true;
+    QTest::addRow("echo held to full scale") << QByteArray("ECHO") << 1 << QVector<qint16>{29491, 0, 29491}
+                                             << QVector<qint16>{29491, 0, 32767} << true;
+    QTest::addRow("half a frame") << QByteArray("REVERSE") << 2 << QVector<qint16>{1, 2, 3}
+                                  << QVector<qint16>{1, 2, 3} << false;
+}
+
+void SamplePluginTest::soundEffects()
+{
+    QFETCH(QByteArray, effect);
+    QFETCH(int, channels);
+    QFETCH(QVector<qint16>, before);
+    QFETCH(QVector<qint16>, after);
+    QFETCH(bool, applied);
+    SoundEffectExtension *found = nullptr;
+    for (Extension *extension : ExtensionManager::list(Extension::SoundEffect)) {
+        if (effect == extension->format())
+            found = static_cast<SoundEffectExtension *>(extension);
+    }
+    QVERIFY(found);
+    QByteArray frames(reinterpret_cast<const char *>(before.constData()), before.size() * 2);
+    const SampleInfo info{quint16(channels), 16, 8, quint32(before.size() / channels)};
+    QCOMPARE(found->apply(info, frames), applied);
+    QCOMPARE(QVector<qint16>(reinterpret_cast<const qint16 *>(frames.constData()),
+                             reinterpret_cast<const qint16 *>(frames.constData()) + frames.size() / 2),
+             after);
+    // Depths the library doesn't keep are refused.
+    QByteArray odd(6, '\0');
+    QVERIFY(!found->apply(SampleInfo{1, 12, 8, 4}, odd));
 }
 
 QTEST_MAIN(SamplePluginTest)
