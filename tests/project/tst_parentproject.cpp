@@ -10,7 +10,6 @@
 #include "projecttestsupport.h"
 #include "testinterface.h"
 #include "../code/testengine.h"
-#include "ziparchive.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
@@ -201,7 +200,6 @@ private slots:
     void restoreRefusesAReadOnlyArchive();
     void backupOfNoProject();
     void saveWritesWhatChanged();
-    void backupAsZip();
     void restoreBringsBackCodeDocuments();
     void saveAsOneProjectOrAGame();
 
@@ -502,54 +500,6 @@ void ParentProjectTest::backupOfNoProject()
             || QDir(root + QStringLiteral("backup")).entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty());
     // A backup that isn't there restores nothing and returns true all the same.
     QVERIFY(work.restoreBackup(QStringLiteral("missing"), nullptr));
-}
-
-void ParentProjectTest::backupAsZip()
-{
-    const QString root = m_dir.filePath(QStringLiteral("zipped/"));
-    const QMap<QString, QByteArray> original{
-        {QStringLiteral("actors/hero/hero.def"), "[Info]\nname = hero\n"},
-        {QStringLiteral("actors/hero/sprites/hero.spr"), QByteArray("\x00\x10\x20\xff", 4)},
-    };
-    for (auto it = original.cbegin(); it != original.cend(); ++it)
-        QVERIFY(writeFile(root + it.key(), it.value()));
-    ZipExtension zip;
-    ExtensionManager::add(&zip);
-    RecordingParent work(root, FileSystemArchive::instance());
-    auto *main = new TestFile(root + QStringLiteral("actors/hero/hero.def"));
-    auto *project = new TestProject(&work, 0, main, true);
-    project->listed = {{0, QStringLiteral("hero.def")}, {1, QStringLiteral("sprites/hero.spr")}};
-    main->fromFile(FileSystemArchive::instance(), main->name, 0, nullptr);
-    project->addToParent();
-
-    QVERIFY(work.backup(QStringLiteral("zipped"), nullptr));
-    const QStringList made = QDir(root + QStringLiteral("backup")).entryList(QDir::Files);
-    QCOMPARE(made.size(), 1);
-    QVERIFY(made.first().endsWith(QLatin1String("zipped.zip")));
-    // A real zip, readable on its own, with the files under their places in the work.
-    {
-        std::unique_ptr<ZipArchive, void (*)(ZipArchive *)> check(
-            ZipArchive::open(root + QStringLiteral("backup/") + made.first(), QIODevice::ReadOnly),
-            [](ZipArchive *archive) { archive->release(); });
-        QVERIFY(check);
-        QStringList names = check->names();
-        names.sort();
-        QCOMPARE(names, QStringList(original.keys()));
-        QIODevice *device = check->openFile(check->path() + QStringLiteral("actors/hero/sprites/hero.spr"), QIODevice::ReadOnly);
-        QVERIFY(device);
-        QCOMPARE(device->readAll(), original.value(QStringLiteral("actors/hero/sprites/hero.spr")));
-        check->closeFile(device);
-    }
-
-    QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.def"), "changed"));
-    QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/sprites/hero.spr")));
-    QString name = made.first();
-    name.chop(4);
-    QVERIFY(work.restoreBackup(name, nullptr));
-    for (auto it = original.cbegin(); it != original.cend(); ++it)
-        QCOMPARE(readFile(root + it.key()), it.value());
-    project->release();
-    ExtensionManager::list(Extension::Container).removeAll(&zip);
 }
 
 void ParentProjectTest::restoreBringsBackCodeDocuments()
