@@ -1,19 +1,15 @@
 #include "soundbank.h"
 
+#include "soundbankformat.h"
+
 #include "foundation/archive.h"
 #include "sound/soundcodecs.h"
 
 #include <QBuffer>
-#include <QDataStream>
 
 using namespace Ovra;
 
 namespace {
-
-constexpr char Magic[4] = {'O', 'V', 'S', 'B'};
-constexpr quint16 Version = 1;
-constexpr int HeaderSize = 12;
-constexpr int EntryHeaderSize = 16;
 
 const char *formatOf(BankSound::Codec codec)
 {
@@ -126,69 +122,29 @@ SoundBank::~SoundBank()
 
 QByteArray SoundBank::toBytes() const
 {
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setByteOrder(QDataStream::LittleEndian);
-    out.writeRawData(Magic, 4);
-    out << Version << quint16(0) << quint32(m_sounds.size());
-    for (const BankSound *sound : m_sounds) {
-        out << quint32(sound->m_identifier.x()) << quint32(sound->m_identifier.y()) << quint8(sound->m_codec)
-            << quint8(0) << quint16(0) << quint32(sound->m_bytes.size());
-        out.writeRawData(sound->m_bytes.constData(), sound->m_bytes.size());
-    }
-    return bytes;
+    QList<SoundBankEntry> entries;
+    for (const BankSound *sound : m_sounds)
+        entries << SoundBankEntry{quint32(sound->m_identifier.x()), quint32(sound->m_identifier.y()),
+                                  quint8(sound->m_codec), sound->m_bytes};
+    return writeSoundBank(entries);
 }
 
 bool SoundBank::fromBytes(const QByteArray &bytes)
 {
     m_messages->clear();
-    auto refuse = [this](const QString &reason) {
+    QList<SoundBankEntry> entries;
+    QString reason;
+    if (!readSoundBank(bytes, entries, reason)) {
         m_messages->add(Message::Error, reason, 0, 0);
         return false;
-    };
-    if (bytes.size() < HeaderSize)
-        return refuse(QStringLiteral("The sound bank is cut short."));
-    if (memcmp(bytes.constData(), Magic, 4) != 0)
-        return refuse(QStringLiteral("This is not a sound bank."));
-    QDataStream in(bytes);
-    in.setByteOrder(QDataStream::LittleEndian);
-    in.skipRawData(4);
-    quint16 version = 0;
-    quint16 reserved = 0;
-    quint32 count = 0;
-    in >> version >> reserved >> count;
-    if (version != Version)
-        return refuse(QStringLiteral("Sound bank version %1 is unknown.").arg(version));
-    // Every entry takes its header at least: a count the bytes can't hold is a cut file.
-    if (qint64(count) * EntryHeaderSize > bytes.size() - HeaderSize)
-        return refuse(QStringLiteral("The sound bank is cut short."));
-    QList<BankSound *> sounds;
-    auto fail = [&](const QString &reason) {
-        qDeleteAll(sounds);
-        return refuse(reason);
-    };
-    qint64 at = HeaderSize;
-    for (quint32 i = 0; i < count; ++i) {
-        quint32 group = 0, number = 0, length = 0;
-        quint8 codec = 0, pad = 0;
-        quint16 pad2 = 0;
-        in >> group >> number >> codec >> pad >> pad2 >> length;
-        at += EntryHeaderSize;
-        if (in.status() != QDataStream::Ok)
-            return fail(QStringLiteral("The sound bank is cut short."));
-        if (codec < BankSound::Wav || codec > BankSound::Flac)
-            return fail(QStringLiteral("Sound %1 has an unknown codec (%2).").arg(i).arg(codec));
-        if (qint64(length) > bytes.size() - at)
-            return fail(QStringLiteral("The sound bank is cut short."));
-        sounds << new BankSound(this, QPoint(int(group), int(number)), BankSound::Codec(codec), bytes.mid(int(at), int(length)));
-        in.skipRawData(int(length));
-        at += length;
     }
-    if (at != bytes.size())
-        return fail(QStringLiteral("The sound bank has bytes after its last sound."));
     beginResetModel();
     qDeleteAll(m_sounds);
-    m_sounds = sounds;
+    m_sounds.clear();
+    for (const SoundBankEntry &entry : qAsConst(entries)) {
+        m_sounds << new BankSound(this, QPoint(int(entry.group), int(entry.number)), BankSound::Codec(entry.codec),
+                                  entry.bytes);
+    }
     m_selected = 0;
     m_modified = false;
     endResetModel();

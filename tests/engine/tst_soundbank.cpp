@@ -197,6 +197,13 @@ void SoundBankTest::badBanks_data()
     QTest::addRow("cut inside an entry header") << good.left(12 + 16 + wav.size() + 7) << "The sound bank is cut short.";
     QTest::addRow("unknown codec") << bank(1, {{1, 1, 9, wav}}) << "Sound 0 has an unknown codec (9).";
     QTest::addRow("bytes after the end") << good + "tail" << "The sound bank has bytes after its last sound.";
+    QByteArray headerReserved = good;
+    headerReserved[6] = 1;
+    QTest::addRow("reserved header bytes set") << headerReserved << "The sound bank has reserved bytes that aren't zero.";
+    // Found by the fuzzer: a reserved byte of an entry, which a rewrite would have lost.
+    QTest::addRow("reserved entry bytes set")
+        << QByteArray::fromBase64("T1ZTQgEAAAACAAAAAQAAAAIA4AMBAAAAAwAAAAAA4AAAAGFiYwEAAykAAAAAAAA=")
+        << "The sound bank has reserved bytes that aren't zero.";
 }
 
 void SoundBankTest::badBanks()
