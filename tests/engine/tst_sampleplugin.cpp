@@ -5,6 +5,7 @@
 #include "image/paletteobject.h"
 #include "sound/soundsample.h"
 #include "projecttestsupport.h"
+#include "testfiles.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -19,19 +20,6 @@
 using namespace Ovra;
 
 namespace {
-
-bool writeFile(const QString &name, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(name).absolutePath());
-    QFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
-QByteArray readFile(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 ArchiveExtension *zipExtension()
 {

@@ -1,6 +1,7 @@
 #include "foundation/filesystemarchive.h"
 #include "sound/soundcodecs.h"
 #include "soundbank.h"
+#include "testsounds.h"
 
 #include <QBuffer>
 #include <QSignalSpy>
@@ -13,17 +14,10 @@ using namespace Ovra;
 
 namespace {
 
+// Pitches are given as steps of phase per value, as the tests were written.
 SoundSample tone(quint16 channels, quint32 frames, double pitch)
 {
-    SoundSample sample;
-    sample.channels = channels;
-    sample.bits = 16;
-    sample.frequency = 22050;
-    sample.samples = frames;
-    sample.data.resize(int(frames * channels * 2));
-    for (quint32 i = 0; i < frames * channels; ++i)
-        encodeSample(float(0.3 * std::sin(i * pitch)), sample.data.data() + i * 2, 16);
-    return sample;
+    return sineSample(22050, channels, 16, frames, pitch * 22050 / (2 * M_PI), 0.3);
 }
 
 QByteArray le32(quint32 value)

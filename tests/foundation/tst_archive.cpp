@@ -3,24 +3,13 @@
 #include "memoryarchive.h"
 
 #include <QTemporaryDir>
+#include "testfiles.h"
+
 #include <QtTest>
 
 using namespace Ovra;
 
 namespace {
-
-bool writeFile(const QString &name, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(name).absolutePath());
-    QFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
-QByteArray readFile(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 } // namespace
 
@@ -126,7 +115,7 @@ void ArchiveTest::openForWritingCreatesDirectories()
     QVERIFY(device);
     device->write("hello");
     archive.closeFile(device);
-    QCOMPARE(readFile(name), QByteArray("hello"));
+    QCOMPARE(readFile(name, "<missing>"), QByteArray("hello"));
 }
 
 void ArchiveTest::openMissingForReadingCreatesNothing()
@@ -145,7 +134,7 @@ void ArchiveTest::newFileIsWrittenDirectly()
     QVERIFY(device);
     device->write("partial");
     static_cast<QFile *>(device)->flush();
-    QCOMPARE(readFile(name), QByteArray("partial"));
+    QCOMPARE(readFile(name, "<missing>"), QByteArray("partial"));
     QCOMPARE(QDir(m_root).entryList(QDir::Files), QStringList({"direct.def"}));
     archive.closeFile(device);
 }
@@ -173,7 +162,7 @@ void ArchiveTest::copyFile()
     memory.files.insert("in.bin", content);
     FileSystemArchive &disk = FileSystemArchive::instance();
     QVERIFY(Ovra::copyFile(memory, "in.bin", disk, m_root + "out/out.bin"));
-    QCOMPARE(readFile(m_root + "out/out.bin"), content);
+    QCOMPARE(readFile(m_root + "out/out.bin", "<missing>"), content);
     QVERIFY(Ovra::copyFile(disk, m_root + "out/out.bin", memory, "back.bin"));
     QCOMPARE(memory.files.value("back.bin"), content);
 }
@@ -195,7 +184,7 @@ void ArchiveTest::copyFileLargeAcrossBlocks()
     QVERIFY(writeFile(m_root + "big.bin", content));
     FileSystemArchive &disk = FileSystemArchive::instance();
     QVERIFY(Ovra::copyFile(disk, m_root + "big.bin", disk, m_root + "big2.bin"));
-    QCOMPARE(readFile(m_root + "big2.bin"), content);
+    QCOMPARE(readFile(m_root + "big2.bin", "<missing>"), content);
 }
 
 void ArchiveTest::copyFileFailedOpenKeepsTarget()
@@ -204,13 +193,13 @@ void ArchiveTest::copyFileFailedOpenKeepsTarget()
     QVERIFY(writeFile(m_root + "target.bin", "precious"));
     // A missing source must not replace the target with an empty file.
     QVERIFY(!Ovra::copyFile(disk, m_root + "missing.bin", disk, m_root + "target.bin"));
-    QCOMPARE(readFile(m_root + "target.bin"), QByteArray("precious"));
+    QCOMPARE(readFile(m_root + "target.bin", "<missing>"), QByteArray("precious"));
     QCOMPARE(QDir(m_root).entryList(QDir::Files), QStringList({"target.bin"}));
     // Nor must a refused target lose the source.
     MemoryArchive readOnly;
     readOnly.readOnly = true;
     QVERIFY(!Ovra::copyFile(disk, m_root + "target.bin", readOnly, "t"));
-    QCOMPARE(readFile(m_root + "target.bin"), QByteArray("precious"));
+    QCOMPARE(readFile(m_root + "target.bin", "<missing>"), QByteArray("precious"));
 }
 
 void ArchiveTest::fixFileCase_data()

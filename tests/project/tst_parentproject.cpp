@@ -8,6 +8,7 @@
 #include "foundation/prompt.h"
 
 #include "projecttestsupport.h"
+#include "testfiles.h"
 #include "testinterface.h"
 #include "../code/testengine.h"
 
@@ -21,13 +22,6 @@
 using namespace Ovra;
 
 namespace {
-
-bool writeFile(const QString &name, const QByteArray &data = QByteArray("x"))
-{
-    QDir().mkpath(QFileInfo(name).absolutePath());
-    QFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
 
 // The tree as text, one node a line, indented by depth: "name[type]" with the type
 // a file node answers, "name/" for a directory, "name?" for a dummy.
@@ -89,12 +83,6 @@ public:
     void incrementValue() override { ++value; }
     bool wasCancelled() override { return false; }
 };
-
-QByteArray readFile(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 // A host that records who asks for an editor, and a progress display of plain jobs.
 class SavingHost : public TestInterface
@@ -436,7 +424,7 @@ void ParentProjectTest::backupAndRestore()
     const QString saved = backups.first();
     QVERIFY(QRegularExpression(QStringLiteral("^\\d\\d\\.\\d\\d\\.\\d{4}_\\d+\\.\\d+\\.\\d+_(am|pm)_first$")).match(saved).hasMatch());
     for (auto it = original.cbegin(); it != original.cend(); ++it)
-        QCOMPARE(readFile(root + QStringLiteral("backup/") + saved + QLatin1Char('/') + it.key()), it.value());
+        QCOMPARE(readFile(root + QStringLiteral("backup/") + saved + QLatin1Char('/') + it.key(), "<missing>"), it.value());
 
     // The working files change and go, as a user's edits would.
     QVERIFY(writeFile(root + QStringLiteral("actors/hero/hero.def"), "broken"));
@@ -451,7 +439,7 @@ void ParentProjectTest::backupAndRestore()
     CountingStats restored;
     QVERIFY(work->restoreBackup(saved, &restored));
     for (auto it = original.cbegin(); it != original.cend(); ++it)
-        QCOMPARE(readFile(root + it.key()), it.value());
+        QCOMPARE(readFile(root + it.key(), "<missing>"), it.value());
     QCOMPARE(restored.maximum, uint(original.size() + 2));
     QCOMPARE(restored.value, restored.maximum);
     // Every file was read again, every watch paused and resumed, and the host told.
@@ -538,8 +526,8 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     questions = 0;
 
     QVERIFY(work.restoreBackup(saved, nullptr));
-    QCOMPARE(readFile(root + QStringLiteral("hero/hero.def")), definition);
-    QCOMPARE(readFile(root + QStringLiteral("hero/hero.rules")), states);
+    QCOMPARE(readFile(root + QStringLiteral("hero/hero.def"), "<missing>"), definition);
+    QCOMPARE(readFile(root + QStringLiteral("hero/hero.rules"), "<missing>"), states);
     // The documents read their files again: text, tree and saved state as restored.
     QCOMPARE(rules->toString(), QStringLiteral("[Stats]\nspeed = 1000\n"));
     QCOMPARE(main->root()->childCount(), 2u);
@@ -576,7 +564,7 @@ void ParentProjectTest::saveWritesWhatChanged()
     work.save(&progress);
     // Only the modified file that has its place is written, in the foreground.
     QCOMPARE(changed->saves, QStringList({root + QStringLiteral("p/a.rules|0")}));
-    QCOMPARE(readFile(root + QStringLiteral("p/a.rules")), QByteArray("new a"));
+    QCOMPARE(readFile(root + QStringLiteral("p/a.rules"), "<missing>"), QByteArray("new a"));
     QVERIFY(unchanged->saves.isEmpty());
     QVERIFY(main->saves.isEmpty());
     // The one whose file is gone goes to its editor's "save as", by its lowest type.
@@ -609,7 +597,7 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     const QString target = m_dir.filePath(QStringLiteral("copy/kfm2.def"));
     QVERIFY(QDir().mkpath(m_dir.filePath(QStringLiteral("copy"))));
     QVERIFY(work.saveAs(target, nullptr));
-    QCOMPARE(readFile(target), QByteArray("main"));
+    QCOMPARE(readFile(target, "<missing>"), QByteArray("main"));
     QCOMPARE(readFile(m_dir.filePath(QStringLiteral("copy/hero/hero.rules"))), QByteArray("states"));
     QCOMPARE(work.basePath(), m_dir.filePath(QStringLiteral("copy/")));
     QVERIFY(work.copied.isEmpty());
@@ -627,7 +615,7 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     const QString copy = m_dir.filePath(QStringLiteral("game2copy/"));
     QVERIFY(whole.saveAs(copy, &stats));
     QCOMPARE(whole.copied, QStringList({"actors/a.def", "actors/b.def"}));
-    QCOMPARE(readFile(copy + QStringLiteral("actors/b.def")), QByteArray("b"));
+    QCOMPARE(readFile(copy + QStringLiteral("actors/b.def"), "<missing>"), QByteArray("b"));
     QCOMPARE(stats.maximum, 2u);
     QCOMPARE(stats.value, 2u);
 }

@@ -1,6 +1,7 @@
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
 #include "sound/soundcodecs.h"
+#include "testsounds.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -14,20 +15,7 @@ namespace {
 
 SoundSample tone(quint32 frequency, quint16 channels, quint16 bits, quint32 frames)
 {
-    SoundSample sample;
-    sample.channels = channels;
-    sample.bits = bits;
-    sample.frequency = frequency;
-    sample.samples = frames;
-    sample.data.resize(int(frames * channels * (bits / 8)));
-    auto *out = reinterpret_cast<uchar *>(sample.data.data());
-    for (quint32 i = 0; i < frames; ++i) {
-        for (int c = 0; c < channels; ++c) {
-            encodeSample(float(0.4 * std::sin(2 * M_PI * 440 * (c + 1) * i / frequency)), out, bits);
-            out += bits / 8;
-        }
-    }
-    return sample;
+    return sineSample(frequency, channels, bits, frames, 440, 0.4);
 }
 
 QByteArray written(bool (*write)(const SoundSample &, QIODevice *), const SoundSample &sample)

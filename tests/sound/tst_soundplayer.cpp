@@ -1,5 +1,6 @@
 #include "sound/soundcodecs.h"
 #include "sound/soundplayer.h"
+#include "testsounds.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -13,15 +14,7 @@ namespace {
 
 SoundSample beep(quint16 bits, double seconds)
 {
-    SoundSample sample;
-    sample.channels = 1;
-    sample.bits = bits;
-    sample.frequency = 22050;
-    sample.samples = quint32(seconds * 22050);
-    sample.data.resize(int(sample.samples * bits / 8));
-    for (quint32 i = 0; i < sample.samples; ++i)
-        encodeSample(float(0.3 * std::sin(i * 0.1)), sample.data.data() + i * bits / 8, bits);
-    return sample;
+    return sineSample(22050, 1, bits, quint32(seconds * 22050), 350, 0.3);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "sound/soundsample.h"
+#include "testsounds.h"
 
 #include <QtTest>
 
@@ -14,25 +15,6 @@ QByteArray bytesOf(std::initializer_list<int> values)
     for (int value : values)
         bytes.append(char(value));
     return bytes;
-}
-
-SoundSample sine(quint32 frequency, quint16 channels, quint16 bits, quint32 frames, double hertz)
-{
-    SoundSample sample;
-    sample.channels = channels;
-    sample.bits = bits;
-    sample.frequency = frequency;
-    sample.samples = frames;
-    sample.data.resize(int(frames * channels * bits / 8));
-    auto *out = reinterpret_cast<uchar *>(sample.data.data());
-    for (quint32 i = 0; i < frames; ++i) {
-        for (int c = 0; c < channels; ++c) {
-            const float value = float(0.5 * std::sin(2 * M_PI * hertz * (c + 1) * i / frequency));
-            encodeSample(value, out, bits);
-            out += bits / 8;
-        }
-    }
-    return sample;
 }
 
 } // namespace
@@ -242,7 +224,7 @@ void SoundSampleTest::resampleRate()
     QFETCH(int, from);
     QFETCH(int, to);
     QFETCH(int, bits);
-    SoundSample sample = sine(quint32(from), 1, quint16(bits), quint32(from / 10), 440);
+    SoundSample sample = sineSample(quint32(from), 1, quint16(bits), quint32(from / 10), 440, 0.5);
     QVERIFY(resampleSound(sample, SampleInfo{1, quint16(bits), quint32(to), 0}));
     // The frame count is the source's times the ratio, truncated, whatever was made.
     QCOMPARE(sample.samples, quint32(double(from / 10) * (double(to) / from)));
@@ -290,7 +272,7 @@ void SoundSampleTest::resampleChannels()
 
 void SoundSampleTest::resampleRefusals()
 {
-    SoundSample sample = sine(44100, 1, 16, 441, 100);
+    SoundSample sample = sineSample(44100, 1, 16, 441, 100, 0.5);
     const QByteArray before = sample.data;
     // A ratio above 256 is the converter's to refuse; the sound stays as it was.
     QVERIFY(!resampleSound(sample, SampleInfo{1, 16, 44100 * 300, 0}));
