@@ -213,6 +213,16 @@ Sound *SoundBank::insert(uint index, const QVariant &identifier, const SoundSamp
     return adopt(qMin(index, count()), new BankSound(this, identifier.toPoint(), BankSound::Wav, bytes));
 }
 
+Sound *SoundBank::addFile(const QVariant &identifier, BankSound::Codec codec, const QByteArray &bytes)
+{
+    auto *sound = new BankSound(this, identifier.toPoint(), codec, bytes);
+    if (sound->sample().data.isEmpty()) {
+        delete sound;
+        return nullptr;
+    }
+    return adopt(count(), sound);
+}
+
 BankSound *SoundBank::adopt(uint index, BankSound *sound)
 {
     beginChange();

@@ -79,6 +79,10 @@ public:
     int find(uint from, const QVariant &identifier) const override;
     void clear() override;
 
+    // A sound file kept as it came (an import of an Ogg Vorbis or FLAC file keeps its
+    // encoding); null when the bytes don't decode as that codec.
+    Ovra::Sound *addFile(const QVariant &identifier, BankSound::Codec codec, const QByteArray &bytes);
+
     // Organizable
     void move(uint from, uint to) override;
     int compare(uint a, uint b) override;

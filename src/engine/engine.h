@@ -2,6 +2,9 @@
 
 #include "engine/engineprivate.h"
 
+#include <QPointF>
+#include <QSize>
+
 namespace Ovra {
 
 class Project;
@@ -27,6 +30,13 @@ public:
     virtual QString singleFileFilters(int fileType = -1) const = 0;
     // A new, empty file of the type for the project.
     virtual ProjectFile *createFile(int fileType, Project *project) = 0;
+
+    // The screen of the game in its own pixels, and how much the engine enlarges the
+    // sprites on it. Views show the game at its size divided by the scale factors.
+    virtual QSize gameSize() const;
+    virtual QPointF scaleFactors() const;
+    // gameSize() divided by scaleFactors(), each axis truncated.
+    QSize viewSize() const;
 };
 
 } // namespace Ovra

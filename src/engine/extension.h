@@ -5,11 +5,17 @@
 #include <QIODevice>
 #include <QString>
 
+#include <functional>
+
 class QImage;
+class QStringList;
 
 namespace Ovra {
 
+class Animations;
 class Archive;
+class Engine;
+class Project;
 struct RGBA;
 struct SampleInfo;
 struct SoundSample;
@@ -109,6 +115,60 @@ class OVRA_EXPORT SoundEffectExtension : public Extension
 public:
     Type type() const override { return SoundEffect; }
     virtual bool apply(const SampleInfo &info, QByteArray &frames) = 0;
+};
+
+// Kind 16: an engine that a plug-in brings, and the way into its projects. Its name() is
+// the engine's name. The host finds it by walking the kind's list.
+class OVRA_EXPORT EngineExtension : public Extension
+{
+public:
+    Type type() const override { return Named; }
+    const char *format() const override { return "ENGINE"; }
+    virtual Engine *engine() = 0;
+    // True when the file is the main file of one of the engine's projects.
+    virtual bool isProjectFile(const QString &fileName) const = 0;
+    // The project of that main file, loaded and entered into the work it belongs to;
+    // null with the reason in `error` when it can't be read. The caller releases it.
+    virtual Project *openProject(const QString &fileName, QString *error) = 0;
+
+    // The first loaded engine that takes the file as a project, or null.
+    static EngineExtension *forProjectFile(const QString &fileName);
+};
+
+// Kind 9: writes animations of the engine's animation files into an exchange file.
+class OVRA_EXPORT AnimationExporterExtension : public Extension
+{
+public:
+    Type type() const override { return AnimationExporter; }
+    // The animation files it serves ("*.oan"), as the engine's
+    // queryString(AnimationFilePattern, 0) gives them.
+    virtual QString filePattern() const = 0;
+    // A file-dialog filter for the exchange files.
+    virtual QString fileFilter() const = 0;
+    // Writes the animations of `rows`, in that order. False when a row doesn't exist
+    // (nothing is written then) or when the device doesn't take all the bytes.
+    virtual bool exportAnimations(Animations &animations, const QList<uint> &rows, QIODevice *device) = 0;
+    // Why the last call failed, for the user; empty after a success.
+    virtual QString errorString() const { return QString(); }
+};
+
+// Kind 10: brings animations from an exchange file into an animation file.
+class OVRA_EXPORT AnimationImporterExtension : public Extension
+{
+public:
+    // Asked once for each animation of the file whose identifier is taken already: true
+    // replaces the animation there, false keeps it and passes the new one over. An empty
+    // function passes over every such animation.
+    using ImportConflict = std::function<bool(const QString &identifier)>;
+
+    Type type() const override { return AnimationImporter; }
+    virtual QString filePattern() const = 0;
+    virtual QString fileFilter() const = 0;
+    // Adds the file's animations as one undo step and lists their identifiers in
+    // `imported` (if given). A file it can't read in full gives false and changes nothing.
+    virtual bool importAnimations(QIODevice *device, Animations &animations, ImportConflict conflict,
+                                  QStringList *imported) = 0;
+    virtual QString errorString() const { return QString(); }
 };
 
 } // namespace Ovra

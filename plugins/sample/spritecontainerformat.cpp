@@ -1,0 +1,440 @@
+#include "spritecontainerformat.h"
+
+#include "image/spritecompression.h"
+
+#include <QBuffer>
+#include <QDataStream>
+#include <QtEndian>
+
+#include <cstring>
+
+using namespace Ovra;
+
+namespace {
+
+constexpr char Magic[4] = {'O', 'V', 'S', 'P'};
+constexpr quint16 Version = 1;
+constexpr int HeaderSize = 16;
+constexpr int PaletteHeaderSize = 8;
+constexpr int SpriteHeaderSize = 24;
+
+bool isUnused(const RGBA &entry)
+{
+    return entry == RGBA();
+}
+
+// The stored length of a palette: its trailing transparent black entries aren't written.
+int storedColors(const QVector<RGBA> &colors)
+{
+    int count = qMin(colors.size(), 256);
+    while (count > 0 && isUnused(colors.at(count - 1)))
+        --count;
+    return count;
+}
+
+// Walks a stream as its decoder would, counting what it produces. The streams we write
+// fill their picture exactly, so anything else is a damaged file: a stream that ends
+// early or runs on would not show what was saved.
+class StreamScan
+{
+public:
+    StreamScan(const QByteArray &stream, qint64 expected)
+        : m_bytes(reinterpret_cast<const uchar *>(stream.constData()))
+        , m_size(stream.size())
+        , m_expected(expected)
+    {
+    }
+
+    bool scanRle8(QString &reason)
+    {
+        while (m_at < m_size) {
+            const uchar first = m_bytes[m_at++];
+            qint64 count = 1;
+            if ((first & 0xC0) == 0x40) {
+                if (m_at == m_size)
+                    return cutShort(reason);
+                ++m_at;
+                count = first & 0x3F;
+            }
+            if (!produce(count, reason))
+                return false;
+        }
+        return finished(reason);
+    }
+
+    bool scanLz5(QString &reason)
+    {
+        int packetIndex = 0;
+        uchar control = 0;
+        int shortCopies = 0;
+        uchar spread = 0;
+        while (m_at < m_size) {
+            if (packetIndex == 0) {
+                control = m_bytes[m_at++];
+                if (m_at == m_size)
+                    return cutShort(reason);
+            }
+            const uchar first = m_bytes[m_at++];
+            qint64 length = 0;
+            qint64 distance = 0;
+            if (control & (1 << packetIndex)) {
+                if ((first & 0x3F) == 0) {
+                    if (m_size - m_at < 2)
+                        return cutShort(reason);
+                    distance = ((qint64(first & 0xC0) << 2) | m_bytes[m_at]) + 1;
+                    length = qint64(m_bytes[m_at + 1]) + 3;
+                    m_at += 2;
+                } else {
+                    length = (first & 0x3F) + 1;
+                    // The fourth short copy of a group has no distance byte: its distance
+                    // is spread over the top bits of the four.
+                    if (shortCopies < 3) {
+                        spread |= uchar((first >> 6) << (6 - 2 * shortCopies));
+                        ++shortCopies;
+                        if (m_at == m_size)
+                            return cutShort(reason);
+                        distance = qint64(m_bytes[m_at++]) + 1;
+                    } else {
+                        distance = qint64(spread | (first >> 6)) + 1;
+                        shortCopies = 0;
+                        spread = 0;
+                    }
+                }
+                if (distance > m_produced) {
+                    reason = QStringLiteral("a copy reaches before the start of the picture");
+                    return false;
+                }
+            } else {
+                length = first >> 5;
+                if (length == 0) {
+                    if (m_at == m_size)
+                        return cutShort(reason);
+                    length = qint64(m_bytes[m_at++]) + 8;
+                }
+            }
+            if (!produce(length, reason))
+                return false;
+            packetIndex = (packetIndex + 1) & 7;
+        }
+        return finished(reason);
+    }
+
+private:
+    bool produce(qint64 count, QString &reason)
+    {
+        m_produced += count;
+        // Also a packet after the picture is full: it would never be read.
+        if (m_produced > m_expected || (m_produced == m_expected && m_at < m_size && count > 0)) {
+            reason = QStringLiteral("the stream holds more than its picture");
+            return false;
+        }
+        return true;
+    }
+
+    bool finished(QString &reason)
+    {
+        if (m_produced == m_expected)
+            return true;
+        reason = QStringLiteral("the stream ends before its picture is full");
+        return false;
+    }
+
+    static bool cutShort(QString &reason)
+    {
+        reason = QStringLiteral("the stream ends inside a packet");
+        return false;
+    }
+
+    const uchar *m_bytes;
+    qint64 m_size;
+    qint64 m_at = 0;
+    qint64 m_produced = 0;
+    qint64 m_expected;
+};
+
+QByteArray packed(bool (*save)(const QImage &, QIODevice *), const QImage &picture)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    return save(picture, &buffer) ? bytes : QByteArray();
+}
+
+bool saveLz5WithCopies(const QImage &picture, QIODevice *device)
+{
+    return saveLZ5(picture, device, true);
+}
+
+bool below32(const QImage &picture)
+{
+    for (int y = 0; y < picture.height(); ++y) {
+        const uchar *row = picture.constScanLine(y);
+        for (int x = 0; x < picture.width(); ++x) {
+            if (row[x] >= 32)
+                return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+qint64 SpritePixels::unpackedSize() const
+{
+    return qint64(width) * height * (format == TrueColor ? 4 : 1);
+}
+
+QByteArray writeSpriteContainer(const SpriteContainerData &data)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setByteOrder(QDataStream::LittleEndian);
+    out.writeRawData(Magic, 4);
+    out << Version << quint16(0) << quint32(data.palettes.size()) << quint32(data.sprites.size());
+    for (const SpriteContainerPalette &palette : data.palettes) {
+        const int count = storedColors(palette.colors);
+        out << palette.group << palette.number << quint16(count) << quint16(0);
+        for (int i = 0; i < count; ++i) {
+            const RGBA &entry = palette.colors.at(i);
+            out << entry.red << entry.green << entry.blue << entry.alpha;
+        }
+    }
+    for (const SpriteContainerSprite &sprite : data.sprites) {
+        const SpritePixels &pixels = sprite.pixels;
+        out << sprite.group << sprite.number << sprite.axisX << sprite.axisY << pixels.width << pixels.height
+            << pixels.format << pixels.codec << sprite.palette << quint32(sprite.source + 1)
+            << quint32(pixels.stream.size());
+        out.writeRawData(pixels.stream.constData(), pixels.stream.size());
+    }
+    return bytes;
+}
+
+bool readSpriteContainer(const QByteArray &bytes, SpriteContainerData &data, QString &reason)
+{
+    const QString cutShort = QStringLiteral("The sprite container is cut short.");
+    const QString reservedSet = QStringLiteral("The sprite container has reserved bytes that aren't zero.");
+    auto refuse = [&reason](const QString &why) {
+        reason = why;
+        return false;
+    };
+    if (bytes.size() < HeaderSize)
+        return refuse(cutShort);
+    if (memcmp(bytes.constData(), Magic, 4) != 0)
+        return refuse(QStringLiteral("This is not a sprite container."));
+    QDataStream in(bytes);
+    in.setByteOrder(QDataStream::LittleEndian);
+    in.skipRawData(4);
+    quint16 version = 0;
+    quint16 reserved = 0;
+    quint32 paletteCount = 0;
+    quint32 spriteCount = 0;
+    in >> version >> reserved >> paletteCount >> spriteCount;
+    if (version != Version)
+        return refuse(QStringLiteral("Sprite container version %1 is unknown.").arg(version));
+    // Reserved bytes are written as zero and read only as zero, so that a file read and
+    // written again is the same file.
+    if (reserved != 0)
+        return refuse(reservedSet);
+    // Every record takes its header at least: counts the bytes can't hold are a cut file.
+    if (qint64(paletteCount) * PaletteHeaderSize + qint64(spriteCount) * SpriteHeaderSize > bytes.size() - HeaderSize)
+        return refuse(cutShort);
+
+    SpriteContainerData read;
+    qint64 at = HeaderSize;
+    for (quint32 i = 0; i < paletteCount; ++i) {
+        SpriteContainerPalette palette;
+        quint16 count = 0;
+        in >> palette.group >> palette.number >> count >> reserved;
+        at += PaletteHeaderSize;
+        if (in.status() != QDataStream::Ok)
+            return refuse(cutShort);
+        if (reserved != 0)
+            return refuse(reservedSet);
+        if (count > 256)
+            return refuse(QStringLiteral("Palette %1 has %2 colours, more than 256.").arg(i).arg(count));
+        if (qint64(count) * 4 > bytes.size() - at)
+            return refuse(cutShort);
+        palette.colors.resize(count);
+        for (RGBA &entry : palette.colors)
+            in >> entry.red >> entry.green >> entry.blue >> entry.alpha;
+        at += qint64(count) * 4;
+        // Unused entries at the end are never written, so a file holding them would not
+        // come back the same.
+        if (count > 0 && isUnused(palette.colors.last()))
+            return refuse(QStringLiteral("Palette %1 ends in unused colours.").arg(i));
+        read.palettes << palette;
+    }
+
+    for (quint32 i = 0; i < spriteCount; ++i) {
+        SpriteContainerSprite sprite;
+        SpritePixels &pixels = sprite.pixels;
+        quint32 source = 0;
+        quint32 length = 0;
+        in >> sprite.group >> sprite.number >> sprite.axisX >> sprite.axisY >> pixels.width >> pixels.height
+            >> pixels.format >> pixels.codec >> sprite.palette >> source >> length;
+        at += SpriteHeaderSize;
+        if (in.status() != QDataStream::Ok)
+            return refuse(cutShort);
+        quint8 format = pixels.format;
+        if (source != 0) {
+            if (source - 1 >= i)
+                return refuse(QStringLiteral("Sprite %1 shares the pixels of sprite %2, which doesn't come before it.")
+                                  .arg(i)
+                                  .arg(qint64(source) - 1));
+            const SpriteContainerSprite &owner = read.sprites.at(int(source - 1));
+            if (owner.source >= 0)
+                return refuse(QStringLiteral("Sprite %1 shares the pixels of sprite %2, which has none of its own.")
+                                  .arg(i)
+                                  .arg(source - 1));
+            if (pixels.width != 0 || pixels.height != 0 || pixels.format != 0 || pixels.codec != 0 || length != 0)
+                return refuse(QStringLiteral("Sprite %1 shares pixels and has pixels of its own.").arg(i));
+            sprite.source = qint32(source - 1);
+            format = owner.pixels.format;
+        } else {
+            if (pixels.format != SpritePixels::Indexed && pixels.format != SpritePixels::TrueColor)
+                return refuse(QStringLiteral("Sprite %1 has an unknown pixel format (%2).").arg(i).arg(pixels.format));
+            if (pixels.width < 1 || pixels.height < 1 || pixels.width > MaxSpriteSide || pixels.height > MaxSpriteSide)
+                return refuse(QStringLiteral("Sprite %1 has an impossible size (%2 x %3).")
+                                  .arg(i)
+                                  .arg(pixels.width)
+                                  .arg(pixels.height));
+            const bool known = pixels.format == SpritePixels::Indexed
+                ? pixels.codec >= SpritePixels::Raw && pixels.codec <= SpritePixels::Lz5
+                : pixels.codec == SpritePixels::Raw;
+            if (!known)
+                return refuse(QStringLiteral("Sprite %1 has an unknown codec (%2).").arg(i).arg(pixels.codec));
+            if (qint64(length) > bytes.size() - at)
+                return refuse(cutShort);
+            pixels.stream = bytes.mid(int(at), int(length));
+            in.skipRawData(int(length));
+            at += length;
+            QString why;
+            if (!checkSpriteStream(pixels, why))
+                return refuse(QStringLiteral("Sprite %1 doesn't decode: %2.").arg(i).arg(why));
+        }
+        if (format == SpritePixels::Indexed) {
+            if (sprite.palette >= read.palettes.size())
+                return refuse(QStringLiteral("Sprite %1 uses palette %2, which isn't there.").arg(i).arg(sprite.palette));
+        } else if (sprite.palette != 0) {
+            return refuse(reservedSet);
+        }
+        read.sprites << sprite;
+    }
+    if (at != bytes.size())
+        return refuse(QStringLiteral("The sprite container has bytes after its last sprite."));
+    data = read;
+    return true;
+}
+
+bool checkSpriteStream(const SpritePixels &pixels, QString &reason)
+{
+    const qint64 expected = pixels.unpackedSize();
+    StreamScan scan(pixels.stream, expected);
+    switch (pixels.codec) {
+    case SpritePixels::Raw:
+        if (pixels.stream.size() == expected)
+            return true;
+        reason = QStringLiteral("%1 bytes of raw pixels instead of %2").arg(pixels.stream.size()).arg(expected);
+        return false;
+    case SpritePixels::Rle8:
+        return scan.scanRle8(reason);
+    case SpritePixels::Lz5:
+        if (pixels.format == SpritePixels::Indexed)
+            return scan.scanLz5(reason);
+        break;
+    default:
+        break;
+    }
+    reason = QStringLiteral("unknown codec %1").arg(pixels.codec);
+    return false;
+}
+
+QImage decodeSpritePixels(const SpritePixels &pixels, const QVector<QRgb> &colorTable)
+{
+    if (pixels.isNull() || pixels.width < 1 || pixels.height < 1 || pixels.width > MaxSpriteSide
+        || pixels.height > MaxSpriteSide)
+        return QImage();
+    const bool indexed = pixels.format == SpritePixels::Indexed;
+    QImage picture(pixels.width, pixels.height, indexed ? QImage::Format_Indexed8 : QImage::Format_ARGB32);
+    if (picture.isNull())
+        return QImage();
+    QByteArray stream = pixels.stream;
+    QBuffer device(&stream);
+    bool decoded = false;
+    switch (pixels.codec) {
+    case SpritePixels::Raw: {
+        if (stream.size() != pixels.unpackedSize())
+            return QImage();
+        const auto *in = reinterpret_cast<const uchar *>(stream.constData());
+        for (int y = 0; y < picture.height(); ++y) {
+            if (indexed) {
+                memcpy(picture.scanLine(y), in + qint64(y) * pixels.width, pixels.width);
+                continue;
+            }
+            auto *row = reinterpret_cast<QRgb *>(picture.scanLine(y));
+            for (int x = 0; x < picture.width(); ++x)
+                row[x] = qFromLittleEndian<quint32>(in + (qint64(y) * pixels.width + x) * 4);
+        }
+        decoded = true;
+        break;
+    }
+    case SpritePixels::Rle8:
+        decoded = indexed && loadRLE8(picture, &device);
+        break;
+    case SpritePixels::Lz5:
+        decoded = indexed && loadLZ5(picture, &device);
+        break;
+    default:
+        break;
+    }
+    if (!decoded)
+        return QImage();
+    if (indexed) {
+        // Every index has a colour, so that pixel() and painting never look past the table.
+        QVector<QRgb> table = colorTable.mid(0, 256);
+        while (table.size() < 256)
+            table.append(0);
+        picture.setColorTable(table);
+    }
+    return picture;
+}
+
+SpritePixels encodeSpritePixels(const QImage &image)
+{
+    SpritePixels pixels;
+    if (image.isNull() || image.width() > MaxSpriteSide || image.height() > MaxSpriteSide)
+        return pixels;
+    pixels.width = quint16(image.width());
+    pixels.height = quint16(image.height());
+    pixels.codec = SpritePixels::Raw;
+    if (image.format() != QImage::Format_Indexed8) {
+        const QImage picture = image.convertToFormat(QImage::Format_ARGB32);
+        pixels.format = SpritePixels::TrueColor;
+        pixels.stream.resize(int(pixels.unpackedSize()));
+        auto *out = reinterpret_cast<uchar *>(pixels.stream.data());
+        for (int y = 0; y < picture.height(); ++y) {
+            const auto *row = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
+            for (int x = 0; x < picture.width(); ++x, out += 4)
+                qToLittleEndian<quint32>(row[x], out);
+        }
+        return pixels;
+    }
+    pixels.format = SpritePixels::Indexed;
+    pixels.stream.reserve(int(pixels.unpackedSize()));
+    for (int y = 0; y < image.height(); ++y)
+        pixels.stream.append(reinterpret_cast<const char *>(image.constScanLine(y)), image.width());
+    // The smallest stream wins; on a tie the one quicker to unpack.
+    const QByteArray rle8 = packed(saveRLE8, image);
+    if (!rle8.isEmpty() && rle8.size() < pixels.stream.size()) {
+        pixels.codec = SpritePixels::Rle8;
+        pixels.stream = rle8;
+    }
+    if (below32(image)) {
+        const QByteArray lz5 = packed(saveLz5WithCopies, image);
+        if (!lz5.isEmpty() && lz5.size() < pixels.stream.size()) {
+            pixels.codec = SpritePixels::Lz5;
+            pixels.stream = lz5;
+        }
+    }
+    return pixels;
+}

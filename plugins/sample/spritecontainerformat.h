@@ -1,0 +1,80 @@
+#pragma once
+
+// The bytes of a sprite container file (FORMATS.md), apart from the model that holds
+// them, so that the reader can be tested and fuzzed on its own.
+#include "image/imagedata.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QString>
+#include <QVector>
+
+// No side of a sprite may be longer: it keeps a hostile file from asking for gigabytes.
+constexpr int MaxSpriteSide = 16384;
+
+// The picture of a sprite as it is kept: its size and kind and the packed pixel stream.
+struct SpritePixels
+{
+    enum Format : quint8 { NoFormat = 0, Indexed = 1, TrueColor = 2 };
+    enum Codec : quint8 { NoCodec = 0, Raw = 1, Rle8 = 2, Lz5 = 3 };
+
+    quint16 width = 0;
+    quint16 height = 0;
+    quint8 format = NoFormat;
+    quint8 codec = NoCodec;
+    QByteArray stream;
+
+    bool isNull() const { return format == NoFormat; }
+    // The bytes the stream unpacks to.
+    qint64 unpackedSize() const;
+    bool operator==(const SpritePixels &other) const
+    {
+        return width == other.width && height == other.height && format == other.format && codec == other.codec
+            && stream == other.stream;
+    }
+};
+
+struct SpriteContainerPalette
+{
+    quint16 group = 0;
+    quint16 number = 0;
+    // Up to 256 entries; those missing are transparent black.
+    QVector<Ovra::RGBA> colors;
+};
+
+struct SpriteContainerSprite
+{
+    quint16 group = 0;
+    quint16 number = 0;
+    qint16 axisX = 0;
+    qint16 axisY = 0;
+    // For indexed pixels (own or shared); 0 otherwise.
+    quint16 palette = 0;
+    // The earlier sprite whose pixels these are, or -1 for pixels of its own.
+    qint32 source = -1;
+    // Null for a sprite that shares another's.
+    SpritePixels pixels;
+};
+
+struct SpriteContainerData
+{
+    QVector<SpriteContainerPalette> palettes;
+    QVector<SpriteContainerSprite> sprites;
+};
+
+// The file of the data. Palettes are written without their trailing unused entries.
+QByteArray writeSpriteContainer(const SpriteContainerData &data);
+// The data of a file; false, with the reason, for bytes that aren't one or that wouldn't
+// be written back the same. Every stream is checked to unpack to exactly its picture.
+bool readSpriteContainer(const QByteArray &bytes, SpriteContainerData &data, QString &reason);
+
+// Whether the stream unpacks to exactly the bytes of its picture, without unpacking it.
+bool checkSpriteStream(const SpritePixels &pixels, QString &reason);
+
+// The picture of the pixels, indexed ones with the colour table given; null when the
+// stream doesn't decode.
+QImage decodeSpritePixels(const SpritePixels &pixels, const QVector<QRgb> &colorTable);
+// The pixels of a picture: an indexed one packed by the smallest of the codecs (LZ5 only
+// where every index is below 32), anything else as raw ARGB32. Null for a null picture
+// or one with a side beyond MaxSpriteSide.
+SpritePixels encodeSpritePixels(const QImage &picture);

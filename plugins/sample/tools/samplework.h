@@ -1,0 +1,26 @@
+#pragma once
+
+// The sample work, written by code: a game mark and one project of a knight, with its
+// sprites, palettes, animations, sounds, definitions and a script. Every run writes the
+// same bytes. Larger works of generated items serve the load benchmark.
+#include <QString>
+
+namespace SampleWork {
+
+// Writes the work into `directory` (made if needed); false with the reason in `error`.
+bool write(const QString &directory, QString *error);
+
+struct Size
+{
+    int sprites = 0;
+    int animations = 0;
+    int sounds = 0;
+};
+
+// A work of one project "bulk/bulk.ovp" with that many generated items.
+bool writeLarge(const QString &directory, const Size &size, QString *error);
+
+// The project file of the work that write() makes, relative to its directory.
+QString projectFile();
+
+} // namespace SampleWork

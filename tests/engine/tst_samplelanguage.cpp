@@ -1,0 +1,901 @@
+// The sample engine's definition and animation languages, through real documents and
+// real edits: what the parser reports, what the nodes write, and that the text read
+// again gives the same model.
+#include "animationdocument.h"
+#include "definitiondocument.h"
+#include "sampleanimationcode.h"
+#include "samplecode.h"
+#include "samplelanguage.h"
+#include "sampleparser.h"
+
+#include "code/codeblockdata.h"
+#include "foundation/messages.h"
+
+#include <QAbstractItemModelTester>
+#include <QDate>
+#include <QDir>
+#include <QSignalSpy>
+#include <QTextBlock>
+#include <QXmlStreamReader>
+#include <QtTest>
+
+using namespace Ovra;
+
+namespace {
+
+// Collects what the parser reports about one line.
+struct Recorder : CodeParserSyntax
+{
+    struct Report
+    {
+        int kind; // 0 error, 1 deprecation, 2 warning
+        QString text;
+        int start;
+        int end;
+    };
+    QList<Report> reports;
+    QList<QPair<bool, int>> parentheses;
+    int tokens = 0;
+
+    void token(TokenType, int, int) override { ++tokens; }
+    void error(TokenType, const QString &text, int start, int end) override { reports << Report{0, text, start, end}; }
+    void deprecated(TokenType, const QString &text, int start, int end) override { reports << Report{1, text, start, end}; }
+    void warning(TokenType, const QString &text, int start, int end) override { reports << Report{2, text, start, end}; }
+    void parenthesis(bool opening, QChar, int position) override { parentheses << qMakePair(opening, position); }
+    void link(CodeLink *link) override { delete link; }
+};
+
+// Parses one line as if it stood at the end of `document`, behind its last node, and
+// takes the node away again: the line's reports are what is left.
+Recorder parseAtEnd(CodeDocument *document, const QString &line)
+{
+    Recorder recorder;
+    CodeNode *previous = document->root();
+    while (previous->next())
+        previous = previous->next();
+    CodeNode *node = document->parser()->parse(line, document->lastBlock(), nullptr, previous, document->root(), &recorder);
+    if (node)
+        node->release();
+    return recorder;
+}
+
+GroupCode *groupAt(CodeDocument *document, int row)
+{
+    return static_cast<GroupCode *>(document->root()->childAt(uint(row)));
+}
+
+QString lineOf(const CodeDocument &document, int line)
+{
+    return document.findBlockByNumber(line).text();
+}
+
+// The model of a definition file as a comparable text: groups, keys, types and values.
+QString modelOf(CodeDocument *document)
+{
+    QStringList out;
+    for (uint g = 0; g < document->root()->childCount(); ++g) {
+        const GroupCode *group = groupAt(document, int(g));
+        out << QStringLiteral("[%1 %2]").arg(group->subType()).arg(group->displayName());
+        for (const ValueCode *value : group->values()) {
+            out << QStringLiteral("%1:%2=%3").arg(value->name()).arg(value->valueType())
+                       .arg(SampleLanguage::writeValue(value->valueType(), value->keywords(), value->rawValue()));
+        }
+    }
+    return out.join(QLatin1Char('\n'));
+}
+
+QList<SampleFrameData> framesOf(AnimationDocument *document)
+{
+    QList<SampleFrameData> frames;
+    for (CodeNode *node = document->root()->next(); node; node = node->next()) {
+        if (node->type() == CodeNode::Frame)
+            frames << static_cast<SampleFrame *>(node)->data();
+    }
+    return frames;
+}
+
+const char *const Walk = "@version 2\n"
+                         "# the hero's walk\n"
+                         "animation 10 \"Walk\"\n"
+                         "    frame (10, 0) delay=6\n"
+                         "        attack (0, -40, 20, -20)\n"
+                         "        body (-10, -60, 10, 0)\n"
+                         "    frame (10, 1) delay=6 offset=(2, 0) loop\n"
+                         "animation 11\n"
+                         "    frame (11, 0) delay=-1\n";
+
+} // namespace
+
+class SampleLanguageTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void valuesReadAndWrittenBack_data();
+    void valuesReadAndWrittenBack();
+    void definitionReports_data();
+    void definitionReports();
+    void animationReports_data();
+    void animationReports();
+    void versionLineAndGroups();
+    void editValuesThroughGroups();
+    void frameSetters_data();
+    void frameSetters();
+    void boxesFollowTheirFrame();
+    void framesInsertedAndAdded();
+    void animationsList();
+    void formatLines_data();
+    void formatLines();
+    void optimize();
+    void examplesReadCleanly_data();
+    void examplesReadCleanly();
+    void garbageNeverCrashes();
+    void completerAndSnippets();
+};
+
+void SampleLanguageTest::valuesReadAndWrittenBack_data()
+{
+    QTest::addColumn<QString>("header");
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QVariant>("raw");
+
+    const QString hero = QStringLiteral("[Character: hero]");
+    QTest::newRow("String") << hero << "name = Hero of the north" << int(ValueCode::String) << QVariant(QStringLiteral("Hero of the north"));
+    QTest::newRow("String quoted") << hero << "name = \"A # \\\"B\\\"\"" << int(ValueCode::String) << QVariant(QStringLiteral("A # \"B\""));
+    QTest::newRow("Bool") << hero << "flying = yes" << int(ValueCode::Bool) << QVariant(true);
+    QTest::newRow("File") << hero << "portrait = art/hero face.png" << int(ValueCode::File) << QVariant(QStringLiteral("art/hero face.png"));
+    QTest::newRow("Date") << hero << "debut = 2021-03-04" << int(ValueCode::Date) << QVariant(QDate(2021, 3, 4));
+    QTest::newRow("Keyword") << hero << "stance = crouched" << int(ValueCode::Keyword) << QVariant(1u);
+    QTest::newRow("KeywordVector") << hero << "traits = (agile, ranged)" << int(ValueCode::KeywordVector) << QVariant(QVariantList{1u, 3u});
+    QTest::newRow("Float") << hero << "gravity = 0.45" << int(ValueCode::Float) << QVariant(0.45);
+    QTest::newRow("FloatVec2") << hero << "walk = (2.5, -1.5)" << int(ValueCode::FloatVec2) << QVariant(QPointF(2.5, -1.5));
+    QTest::newRow("FloatVec3") << hero << "jump = (-8, 3, -2.5)" << int(ValueCode::FloatVec3) << QVariant(QVariantList{-8.0, 3.0, -2.5});
+    QTest::newRow("FloatVec4") << hero << "tint = (1, 0.5, 0.25, 1)" << int(ValueCode::FloatVec4) << QVariant(QVariantList{1.0, 0.5, 0.25, 1.0});
+    QTest::newRow("FloatVector") << "[Stage: harbour]" << "parallax = (0.25, 0.5, 1)" << int(ValueCode::FloatVector) << QVariant(QVariantList{0.25, 0.5, 1.0});
+    QTest::newRow("FloatVector empty") << "[Stage: harbour]" << "parallax = ()" << int(ValueCode::FloatVector) << QVariant(QVariantList());
+    QTest::newRow("Int") << hero << "life = -1000" << int(ValueCode::Int) << QVariant(-1000);
+    QTest::newRow("IntVec2") << "[Sounds]" << "punch = (1, 4)" << int(ValueCode::IntVec2) << QVariant(QPoint(1, 4));
+    QTest::newRow("IntVec3") << hero << "colour = (255, 128, 0)" << int(ValueCode::IntVec3) << QVariant(QVariantList{255, 128, 0});
+    QTest::newRow("IntVec4") << "[Move: punch]" << "reach = (0, -40, 35, -20)" << int(ValueCode::IntVec4) << QVariant(QVariantList{0, -40, 35, -20});
+    QTest::newRow("IntVector") << "[Move: punch]" << "timings = (3, 2, 8)" << int(ValueCode::IntVector) << QVariant(QVariantList{3, 2, 8});
+    QTest::newRow("project date") << "[Project]" << "created = 2024-12-31" << int(ValueCode::Date) << QVariant(QDate(2024, 12, 31));
+    QTest::newRow("project file") << "[Files]" << "sprites = art/hero.ssc" << int(ValueCode::File) << QVariant(QStringLiteral("art/hero.ssc"));
+}
+
+void SampleLanguageTest::valuesReadAndWrittenBack()
+{
+    QFETCH(QString, header);
+    QFETCH(QString, line);
+    QFETCH(int, type);
+    QFETCH(QVariant, raw);
+
+    const QString text = header + QStringLiteral("\n    ") + line + QLatin1Char('\n');
+    DefinitionDocument document;
+    document.fromString(text);
+    QCOMPARE(document.fileMessages()->count(Message::All), 0u);
+    GroupCode *group = groupAt(&document, 0);
+    QVERIFY(group);
+    QCOMPARE(group->valueCount(), 1u);
+    auto *value = static_cast<SampleValue *>(group->valueAt(0));
+    QCOMPARE(int(value->valueType()), type);
+    QCOMPARE(value->rawValue(), raw);
+
+    // Written back from the value alone, the line comes out as it was.
+    value->write(value->rawValue());
+    QCOMPARE(document.toString(), text);
+    // And as a new line through the group, from the variant of its type.
+    ValueCode *added = group->addValue(value->name(), raw);
+    QVERIFY(added);
+    QCOMPARE(lineOf(document, 2), QStringLiteral("    ") + line);
+    QCOMPARE(int(added->valueType()), type);
+    QCOMPARE(added->rawValue(), raw);
+}
+
+void SampleLanguageTest::definitionReports_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("end");
+    QTest::addColumn<QString>("words");
+
+    QTest::newRow("bad whole number") << "    damage = 1x" << 0 << 13 << 15 << "Bad whole number";
+    QTest::newRow("bad float") << "    knockback = (1.5, x)" << 0 << 22 << 23 << "Bad number";
+    QTest::newRow("wrong vector length") << "    reach = (1, 2, 3)" << 0 << 12 << 21 << "Expected 4 items, found 3";
+    QTest::newRow("list without brackets") << "    pause = 1, 2" << 0 << 12 << 16 << "parentheses";
+    QTest::newRow("unclosed bracket") << "    pause = (1, 2" << 0 << 12 << 17 << "Unclosed bracket";
+    QTest::newRow("unknown keyword") << "    state = flying" << 0 << 12 << 18 << "Unknown keyword 'flying'";
+    QTest::newRow("unknown keyword in list") << "    flags = (low, sideways)" << 0 << 18 << 26 << "Unknown keyword 'sideways'";
+    QTest::newRow("not a bool") << "    juggle = maybe" << 0 << 13 << 18 << "yes or no";
+    QTest::newRow("unclosed quote") << "    command = \"abc # not a comment" << 0 << 14 << 34 << "Unclosed quote";
+    QTest::newRow("text after quote") << "    command = \"abc\" x" << 0 << 19 << 21 << "after the closing quote";
+    QTest::newRow("unknown line") << "    zzz" << 0 << 4 << 7 << "Unknown line";
+    QTest::newRow("bad key") << "    9lives = 3" << 0 << 4 << 10 << "Bad key";
+    QTest::newRow("unclosed header") << "[Move: kick" << 0 << 0 << 11 << "Unclosed bracket";
+    QTest::newRow("text after header") << "[Move: kick] x" << 0 << 12 << 14 << "Text after the header";
+    QTest::newRow("unknown directive") << "@colour 5" << 0 << 0 << 7 << "Unknown directive";
+    QTest::newRow("bad version") << "@version two" << 0 << 9 << 12 << "version number";
+    QTest::newRow("deprecated key") << "    anim = 5" << 1 << 4 << 8 << "'anim' is deprecated: use 'animation'";
+    QTest::newRow("unknown key") << "    speed = 5 # fast" << 2 << 4 << 9 << "Unknown key 'speed'";
+    QTest::newRow("unknown kind") << "[Wizard: x]" << 2 << 1 << 7 << "Unknown group kind 'Wizard'";
+}
+
+void SampleLanguageTest::definitionReports()
+{
+    QFETCH(QString, line);
+    QFETCH(int, kind);
+    QFETCH(int, start);
+    QFETCH(int, end);
+    QFETCH(QString, words);
+
+    DefinitionDocument document;
+    document.fromString(QStringLiteral("[Move: punch]\n"));
+    const Recorder recorder = parseAtEnd(&document, line);
+    QCOMPARE(recorder.reports.size(), 1);
+    QCOMPARE(recorder.reports.at(0).kind, kind);
+    QVERIFY2(recorder.reports.at(0).text.contains(words), qPrintable(recorder.reports.at(0).text));
+    QCOMPARE(recorder.reports.at(0).start, start);
+    QCOMPARE(recorder.reports.at(0).end, end);
+
+    // The same line in a document: its message counted by type.
+    document.fromString(QStringLiteral("[Move: punch]\n") + line + QLatin1Char('\n'));
+    QCOMPARE(document.fileMessages()->count(kind == 0 ? Message::Error : Message::Warning), 1u);
+    // Only warnings and deprecations leave a node: a line in error adds nothing.
+    const uint nodes = document.root()->childCount() + groupAt(&document, 0)->valueCount();
+    QCOMPARE(nodes, kind == 0 ? 1u : 2u);
+}
+
+void SampleLanguageTest::animationReports_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("end");
+    QTest::addColumn<QString>("words");
+
+    QTest::newRow("bad delay") << "    frame (0, 0) delay=x" << 0 << 23 << 24 << "Bad whole number";
+    QTest::newRow("unknown field") << "    frame (0, 0) spin=4" << 0 << 17 << 21 << "Unknown frame field 'spin'";
+    QTest::newRow("sprite without brackets") << "    frame 0, 0" << 0 << 10 << 14 << "(GROUP, NUMBER)";
+    QTest::newRow("unclosed sprite") << "    frame (0, 0" << 0 << 10 << 15 << "Unclosed bracket";
+    QTest::newRow("unclosed offset") << "    frame (0, 0) offset=(1, 2" << 0 << 24 << 29 << "Unclosed bracket";
+    QTest::newRow("sprite of three") << "    frame (0, 0, 1)" << 0 << 10 << 19 << "Expected 2 items";
+    QTest::newRow("unknown blend") << "    frame (0, 0) blend=glow" << 0 << 23 << 27 << "Unknown blend mode";
+    QTest::newRow("unknown flip") << "    frame (0, 0) flip=x" << 0 << 22 << 23 << "Unknown flip";
+    QTest::newRow("unknown ease") << "    frame (0, 0) ease=offset+spin" << 0 << 29 << 33 << "Unknown word 'spin'";
+    QTest::newRow("loop with value") << "    frame (0, 0) loop=1" << 0 << 17 << 21 << "no value";
+    QTest::newRow("short box") << "        attack (1, 2, 3)" << 0 << 15 << 24 << "Expected 4 items";
+    QTest::newRow("no identifier") << "animation" << 0 << 0 << 9 << "Missing identifier";
+    QTest::newRow("unclosed name") << "animation 3 \"Walk" << 0 << 12 << 17 << "Unclosed quote";
+    QTest::newRow("unquoted name") << "animation 3 Walk" << 0 << 12 << 16 << "double quotes";
+    QTest::newRow("unknown line") << "jump (1, 2)" << 0 << 0 << 11 << "Unknown line";
+    QTest::newRow("header of definitions") << "[Move: punch]" << 0 << 0 << 13 << "Unknown line";
+    QTest::newRow("deprecated wait") << "    frame (0, 0) wait=4" << 1 << 17 << 21 << "'wait' is deprecated: use 'delay'";
+    QTest::newRow("field twice") << "    frame (0, 0) delay=4 delay=5" << 2 << 25 << 30 << "given twice";
+}
+
+void SampleLanguageTest::animationReports()
+{
+    QFETCH(QString, line);
+    QFETCH(int, kind);
+    QFETCH(int, start);
+    QFETCH(int, end);
+    QFETCH(QString, words);
+
+    AnimationDocument *document = new AnimationDocument;
+    document->fromString(QStringLiteral("animation 1\n    frame (0, 0) delay=1\n"));
+    const Recorder recorder = parseAtEnd(document, line);
+    QCOMPARE(recorder.reports.size(), 1);
+    QCOMPARE(recorder.reports.at(0).kind, kind);
+    QVERIFY2(recorder.reports.at(0).text.contains(words), qPrintable(recorder.reports.at(0).text));
+    QCOMPARE(recorder.reports.at(0).start, start);
+    QCOMPARE(recorder.reports.at(0).end, end);
+    document->release();
+}
+
+void SampleLanguageTest::versionLineAndGroups()
+{
+    DefinitionDocument document;
+    QSignalSpy versions(document.root(), &RootCode::versionChanged);
+    document.fromString(QStringLiteral("@version 3   # this file's syntax\n"
+                                       "[Move: punch] # jab\n"
+                                       "    damage = 40\n"
+                                       "[Sounds]\n"
+                                       "    swing = (1, 0)\n"
+                                       "[Wizard: merlin]\n"
+                                       "    spells = (fire, ice)\n"));
+    QCOMPARE(document.version(), ushort(3));
+    QCOMPARE(versions.count(), 1);
+    QCOMPARE(document.root()->childCount(), 3u);
+    QCOMPARE(groupAt(&document, 0)->subType(), uint(SampleLanguage::MoveGroup));
+    QCOMPARE(groupAt(&document, 0)->name(), QStringLiteral("punch"));
+    QCOMPARE(groupAt(&document, 0)->displayName(), QStringLiteral("Move: punch"));
+    QCOMPARE(groupAt(&document, 1)->subType(), uint(SampleLanguage::SoundsGroup));
+    QCOMPARE(groupAt(&document, 1)->name(), QStringLiteral("Sounds"));
+    QCOMPARE(groupAt(&document, 2)->subType(), uint(SampleLanguage::OtherGroup));
+    // An unknown kind warns once, at its header; its values are text.
+    QCOMPARE(groupAt(&document, 2)->valueAt(0)->valueType(), ValueCode::String);
+    QCOMPARE(document.fileMessages()->count(Message::Warning), 1u);
+
+    // Parentheses are recorded for matching, outside quotes only.
+    Recorder recorder = parseAtEnd(&document, QStringLiteral("    spells = (a, \"(b\")"));
+    QCOMPARE(recorder.parentheses, (QList<QPair<bool, int>>{{true, 13}, {false, 21}}));
+    QVERIFY(recorder.tokens > 0);
+
+    // The kind of a header decides the types of the lines below it: changing it reads them again.
+    QTextCursor cursor(document.findBlockByNumber(3));
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    cursor.insertText(QStringLiteral("[Character: swing]"));
+    QCOMPARE(groupAt(&document, 1)->subType(), uint(SampleLanguage::CharacterGroup));
+    QCOMPARE(groupAt(&document, 1)->valueCount(), 1u);
+    QCOMPARE(groupAt(&document, 1)->valueAt(0)->valueType(), ValueCode::String);
+    QCOMPARE(document.fileMessages()->count(Message::Warning), 2u); // "swing" is no key of a character
+
+    // The version line edited: the new number, once.
+    cursor = QTextCursor(document.findBlockByNumber(0));
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    cursor.insertText(QStringLiteral("@version 4 # this file's syntax"));
+    QCOMPARE(document.version(), ushort(4));
+    QCOMPARE(versions.count(), 2);
+
+    // A value with no group above it is an error and no node.
+    DefinitionDocument loose;
+    loose.fromString(QStringLiteral("damage = 4\n"));
+    QCOMPARE(loose.root()->next(), nullptr);
+    QCOMPARE(loose.fileMessages()->count(Message::Error), 1u);
+}
+
+void SampleLanguageTest::editValuesThroughGroups()
+{
+    const QString original = QStringLiteral("[Character: hero]\n"
+                                            "    name = Hero # shown in menus\n"
+                                            "    life = 900\n");
+    DefinitionDocument document;
+    document.fromString(original);
+    QAbstractItemModelTester tester(document.model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    GroupCode *group = groupAt(&document, 0);
+
+    ValueCode *gravity = group->addValue(QStringLiteral("gravity"), 0.5);
+    QVERIFY(gravity);
+    QCOMPARE(gravity->valueType(), ValueCode::Float);
+    ValueCode *traits = group->insertValue(1, QStringLiteral("traits"), QStringList{QStringLiteral("heavy"), QStringLiteral("agile")});
+    QVERIFY(traits);
+    QCOMPARE(traits->rawValue(), QVariant(QVariantList{0u, 1u}));
+    ValueCode *odd = group->insertValue(0, QStringLiteral("motto"), QStringLiteral(" never # yield "));
+    QCOMPARE(odd->valueType(), ValueCode::String); // unknown key: text, and a warning
+    QCOMPARE(odd->rawValue().toString(), QStringLiteral(" never # yield "));
+    // A value that can't be written as its type gives no node.
+    QCOMPARE(group->addValue(QStringLiteral("stance"), QStringLiteral("sideways")), nullptr);
+    const QString edited = QStringLiteral("[Character: hero]\n"
+                                          "    motto = \" never # yield \"\n"
+                                          "    name = Hero # shown in menus\n"
+                                          "    traits = (heavy, agile)\n"
+                                          "    life = 900\n"
+                                          "    gravity = 0.5\n"
+                                          "    stance = sideways\n");
+    QCOMPARE(document.toString(), edited);
+    QCOMPARE(group->valueCount(), 5u);
+
+    // Renamed and rewritten: indentation and the trailing comment stay.
+    static_cast<SampleValue *>(group->valueByName(QStringLiteral("name")))->write(QStringLiteral("Hero of the north"));
+    group->valueByName(QStringLiteral("life"))->setProperty(QStringLiteral("Name"), QStringLiteral("health"));
+    group->setName(QStringLiteral("champion"));
+    QCOMPARE(lineOf(document, 0), QStringLiteral("[Character: champion]"));
+    QCOMPARE(lineOf(document, 2), QStringLiteral("    name = Hero of the north # shown in menus"));
+    QCOMPARE(lineOf(document, 4), QStringLiteral("    health = 900"));
+    QCOMPARE(group->valueAt(3)->name(), QStringLiteral("health"));
+    QCOMPARE(group->name(), QStringLiteral("champion"));
+
+    // The text read anew gives the same model.
+    DefinitionDocument again;
+    again.fromString(document.toString());
+    QCOMPARE(modelOf(&again), modelOf(&document));
+    QCOMPARE(again.fileMessages()->count(Message::Warning), 2u); // motto unknown, health deprecated
+
+    // Every edit is undone, one by one, back to the text as loaded.
+    for (int i = 0; i < 8 && document.toString() != original; ++i)
+        document.undo();
+    QCOMPARE(document.toString(), original);
+    QCOMPARE(groupAt(&document, 0)->valueCount(), 2u);
+    QCOMPARE(groupAt(&document, 0)->name(), QStringLiteral("hero"));
+}
+
+void SampleLanguageTest::frameSetters_data()
+{
+    QTest::addColumn<QString>("setter");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("line");
+
+    const auto blend = [](FrameCode::Blend::Mode mode, double source, double destination) {
+        return QVariant::fromValue(QVariantList{int(mode), source, destination});
+    };
+    QTest::newRow("offsetX") << "offsetX" << QVariant(5) << "frame (1, 2) delay=4 offset=(5, 0)";
+    QTest::newRow("offsetY") << "offsetY" << QVariant(-3) << "frame (1, 2) delay=4 offset=(0, -3)";
+    QTest::newRow("sprite as point") << "spriteId" << QVariant(QPoint(9, 1)) << "frame (9, 1) delay=4";
+    QTest::newRow("sprite as number") << "spriteId" << QVariant((3u << 16) | 7u) << "frame (3, 7) delay=4";
+    QTest::newRow("identifier") << "identifier" << QVariant(QStringLiteral("start")) << "frame (1, 2) delay=4 id=start";
+    QTest::newRow("for ever") << "delay" << QVariant(-1) << "frame (1, 2) delay=-1";
+    QTest::newRow("scaleX") << "scaleX" << QVariant(2.0) << "frame (1, 2) delay=4 scale=(2, 1)";
+    QTest::newRow("scaleY") << "scaleY" << QVariant(0.5) << "frame (1, 2) delay=4 scale=(1, 0.5)";
+    QTest::newRow("scale") << "scale" << QVariant(QPointF(1.5, 2.5)) << "frame (1, 2) delay=4 scale=(1.5, 2.5)";
+    QTest::newRow("angle") << "angle" << QVariant(45.5) << "frame (1, 2) delay=4 angle=45.5";
+    QTest::newRow("flip both") << "flipFlags" << QVariant(3u) << "frame (1, 2) delay=4 flip=hv";
+    QTest::newRow("flip vertical") << "flipFlags" << QVariant(2u) << "frame (1, 2) delay=4 flip=v";
+    QTest::newRow("blend mode") << "blendMode" << QVariant(int(FrameCode::Blend::Addition)) << "frame (1, 2) delay=4 blend=add";
+    QTest::newRow("blend source") << "blendSource" << QVariant(0.5) << "frame (1, 2) delay=4 blend=none(0.5, 1)";
+    QTest::newRow("blend destination") << "blendDestination" << QVariant(0.25) << "frame (1, 2) delay=4 blend=none(1, 0.25)";
+    QTest::newRow("blend") << "blend" << blend(FrameCode::Blend::Opacity, 0.5, 0.75) << "frame (1, 2) delay=4 blend=opacity(0.5, 0.75)";
+    QTest::newRow("loop point") << "loopPoint" << QVariant(true) << "frame (1, 2) delay=4 loop";
+    QTest::newRow("interpolation") << "interpolation" << QVariant(5u) << "frame (1, 2) delay=4 ease=offset+angle";
+    QTest::newRow("property Offset") << "Offset" << QVariant(QPoint(3, 4)) << "frame (1, 2) delay=4 offset=(3, 4)";
+    QTest::newRow("property Delay") << "Delay" << QVariant(9) << "frame (1, 2) delay=9";
+    QTest::newRow("property Flip") << "Flip" << QVariant(1u) << "frame (1, 2) delay=4 flip=h";
+    QTest::newRow("property Scale") << "Scale" << QVariant(QPointF(2, 2)) << "frame (1, 2) delay=4 scale=(2, 2)";
+    QTest::newRow("property Angle") << "Angle" << QVariant(-90.0) << "frame (1, 2) delay=4 angle=-90";
+    QTest::newRow("property LoopPoint") << "LoopPoint" << QVariant(true) << "frame (1, 2) delay=4 loop";
+    QTest::newRow("property Identifier") << "Identifier" << QVariant(QStringLiteral("hit")) << "frame (1, 2) delay=4 id=hit";
+}
+
+void SampleLanguageTest::frameSetters()
+{
+    QFETCH(QString, setter);
+    QFETCH(QVariant, value);
+    QFETCH(QString, line);
+
+    auto *document = new AnimationDocument;
+    auto *animations = new SampleAnimations(document);
+    const QString original = QStringLiteral("animation 7 \"Walk\"\n    frame (1, 2) delay=4 # first\n");
+    document->fromString(original);
+    auto *frame = static_cast<SampleFrame *>(animations->at(0)->frameAt(0));
+    if (setter == QLatin1String("offsetX")) frame->setOffsetX(value.toInt());
+    else if (setter == QLatin1String("offsetY")) frame->setOffsetY(value.toInt());
+    else if (setter == QLatin1String("spriteId")) frame->setSpriteId(value);
+    else if (setter == QLatin1String("identifier")) frame->setIdentifier(value.toString());
+    else if (setter == QLatin1String("delay")) frame->setDelay(value.toInt());
+    else if (setter == QLatin1String("scaleX")) frame->setScaleX(value.toDouble());
+    else if (setter == QLatin1String("scaleY")) frame->setScaleY(value.toDouble());
+    else if (setter == QLatin1String("scale")) frame->setScale(value.toPointF());
+    else if (setter == QLatin1String("angle")) frame->setAngle(value.toDouble());
+    else if (setter == QLatin1String("flipFlags")) frame->setFlipFlags(value.toUInt());
+    else if (setter == QLatin1String("blendMode")) frame->setBlendMode(FrameCode::Blend::Mode(value.toInt()));
+    else if (setter == QLatin1String("blendSource")) frame->setBlendSource(value.toDouble());
+    else if (setter == QLatin1String("blendDestination")) frame->setBlendDestination(value.toDouble());
+    else if (setter == QLatin1String("loopPoint")) frame->setLoopPoint(value.toBool());
+    else if (setter == QLatin1String("interpolation")) frame->setInterpolation(value.toUInt());
+    else if (setter == QLatin1String("blend")) {
+        const QVariantList parts = value.toList();
+        FrameCode::Blend blend;
+        blend.mode = FrameCode::Blend::Mode(parts.at(0).toInt());
+        blend.source = parts.at(1).toDouble();
+        blend.destination = parts.at(2).toDouble();
+        frame->setBlend(blend);
+    } else {
+        QVERIFY(frame->propertyNames().contains(setter));
+        frame->setProperty(setter, value);
+        QCOMPARE(frame->property(setter), value);
+    }
+    QCOMPARE(lineOf(*document, 1), QStringLiteral("    ") + line + QStringLiteral(" # first"));
+    QCOMPARE(document->fileMessages()->count(Message::All), 0u);
+    // The node was kept and holds what the text says; the text read anew says the same.
+    QCOMPARE(animations->at(0)->frameAt(0), frame);
+    auto *again = new AnimationDocument;
+    again->fromString(document->toString());
+    QCOMPARE(framesOf(again), framesOf(document));
+    again->release();
+    document->undo();
+    QCOMPARE(document->toString(), original);
+    animations->release();
+}
+
+void SampleLanguageTest::boxesFollowTheirFrame()
+{
+    auto *document = new AnimationDocument;
+    auto *animations = new SampleAnimations(document);
+    document->fromString(QString::fromLatin1(Walk));
+    auto *first = static_cast<SampleFrame *>(animations->at(0)->frameAt(0));
+    auto *second = static_cast<SampleFrame *>(animations->at(0)->frameAt(1));
+    ContactBoxesCode *attacks = first->contactBoxes(ContactBoxCode::Attack);
+    ContactBoxesCode *bodies = first->contactBoxes(ContactBoxCode::Collision);
+    QCOMPARE(attacks->count(), 1u);
+    QCOMPARE(bodies->count(), 1u);
+    QCOMPARE(attacks->at(0)->rect(), QRect(QPoint(0, -40), QPoint(20, -20)));
+    QCOMPARE(attacks->frame(), first);
+    QCOMPARE(second->contactBoxes(ContactBoxCode::Attack)->count(), 0u);
+
+    // Appended behind the frame's last box, of either kind; the second frame gets none.
+    ContactBoxCode *box = attacks->append(QRect(QPoint(5, -30), QPoint(25, -10)));
+    QVERIFY(box);
+    QCOMPARE(lineOf(*document, 6), QStringLiteral("        attack (5, -30, 25, -10)"));
+    QCOMPARE(attacks->count(), 2u);
+    QCOMPARE(second->contactBoxes(ContactBoxCode::Attack)->count(), 0u);
+    box->setRect(QRect(QPoint(1, 2), QPoint(3, 4)));
+    QCOMPARE(lineOf(*document, 6), QStringLiteral("        attack (1, 2, 3, 4)"));
+    QCOMPARE(attacks->at(1)->rect(), QRect(QPoint(1, 2), QPoint(3, 4)));
+    ContactBoxCode *added = second->contactBoxes(ContactBoxCode::Collision)->append(QRect(0, 0, 10, 10));
+    QCOMPARE(lineOf(*document, 8), QStringLiteral("        body (0, 0, 9, 9)"));
+    QCOMPARE(added->property(QStringLiteral("Rect")).toRect(), QRect(0, 0, 10, 10));
+
+    // A frame's lines are its own and its boxes: removing it takes them along.
+    QCOMPARE(second->firstLine(), 7);
+    QCOMPARE(second->lastLine(), 8);
+    attacks->remove(0);
+    QCOMPARE(attacks->count(), 1u);
+    QCOMPARE(lineOf(*document, 4), QStringLiteral("        body (-10, -60, 10, 0)"));
+    first->contactBoxes(ContactBoxCode::Collision)->clear();
+    QCOMPARE(bodies->count(), 0u);
+    QCOMPARE(attacks->count(), 1u);
+    animations->at(0)->removeFrame(1);
+    QCOMPARE(animations->at(0)->frameCount(), 1u);
+    QCOMPARE(document->toString(), QStringLiteral("@version 2\n# the hero's walk\nanimation 10 \"Walk\"\n"
+                                                  "    frame (10, 0) delay=6\n        attack (1, 2, 3, 4)\n"
+                                                  "animation 11\n    frame (11, 0) delay=-1\n"));
+    // Clearing was one step, as was the frame's removal.
+    document->undo();
+    document->undo();
+    QCOMPARE(bodies->count(), 1u);
+    QCOMPARE(attacks->count(), 1u);
+    QCOMPARE(lineOf(*document, 4), QStringLiteral("        body (-10, -60, 10, 0)"));
+    animations->release();
+}
+
+void SampleLanguageTest::framesInsertedAndAdded()
+{
+    auto *document = new AnimationDocument;
+    auto *animations = new SampleAnimations(document);
+    document->fromString(QString::fromLatin1(Walk));
+    AnimationCode *walk = animations->at(0);
+    QCOMPARE(walk->loopPoint(), 1u);
+    FrameCode *inserted = walk->insertFrame(1);
+    QVERIFY(inserted);
+    QCOMPARE(walk->frameAt(1), inserted);
+    QCOMPARE(lineOf(*document, 6), QStringLiteral("    frame (0, 0) delay=1"));
+    // The boxes stayed with the frame above.
+    QCOMPARE(walk->frameAt(0)->contactBoxes(ContactBoxCode::Attack)->count(), 1u);
+    QCOMPARE(walk->loopPoint(), 2u);
+    FrameCode *added = walk->addFrame();
+    QCOMPARE(walk->frameAt(3), added);
+    QCOMPARE(lineOf(*document, 8), QStringLiteral("    frame (0, 0) delay=1"));
+    QCOMPARE(lineOf(*document, 9), QStringLiteral("animation 11"));
+    FrameCode *first = walk->insertFrame(0);
+    QCOMPARE(walk->frameAt(0), first);
+    QCOMPARE(lineOf(*document, 3), QStringLiteral("    frame (0, 0) delay=1"));
+
+    // An animation without frames gets its first below its header.
+    AnimationCode *empty = animations->add(QStringLiteral("12"));
+    QCOMPARE(empty->frameCount(), 0u);
+    QVERIFY(empty->addFrame());
+    QVERIFY(document->toString().endsWith(QStringLiteral("(11, 0) delay=-1\nanimation 12\n    frame (0, 0) delay=1\n")));
+    animations->release();
+}
+
+void SampleLanguageTest::animationsList()
+{
+    auto *document = new AnimationDocument;
+    auto *animations = new SampleAnimations(document);
+    QCOMPARE(document->refCount(), 1u); // the list holds the one reference
+    document->fromString(QString::fromLatin1(Walk));
+    QAbstractItemModelTester tester(animations, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QCOMPARE(animations->count(), 2u);
+    QCOMPARE(animations->data(animations->index(0), Qt::DisplayRole).toString(), QStringLiteral("10 Walk"));
+    QCOMPARE(animations->data(animations->index(1), Qt::DisplayRole).toString(), QStringLiteral("Animation 11"));
+    QCOMPARE(animations->newIdentifier(), QVariant(0));
+
+    QSignalSpy changed(animations, &QAbstractItemModel::dataChanged);
+    static_cast<SampleAnimation *>(animations->at(1))->setName(QStringLiteral("Stand \"still\""));
+    QCOMPARE(lineOf(*document, 7), QStringLiteral("animation 11 \"Stand \\\"still\\\"\""));
+    QCOMPARE(animations->at(1)->name(), QStringLiteral("Stand \"still\""));
+    QVERIFY(changed.count() >= 1);
+
+    AnimationCode *added = animations->add(animations->newIdentifier().toString());
+    QCOMPARE(animations->count(), 3u);
+    QCOMPARE(added->property(QStringLiteral("Identifier")).toString(), QStringLiteral("0"));
+    AnimationCode *copy = animations->duplicate(0, QStringLiteral("20"));
+    QCOMPARE(animations->count(), 4u);
+    QCOMPARE(copy->property(QStringLiteral("Identifier")).toString(), QStringLiteral("20"));
+    QCOMPARE(copy->frameCount(), 2u);
+    QCOMPARE(copy->frameAt(0)->contactBoxes(ContactBoxCode::Collision)->count(), 1u);
+    QCOMPARE(copy->name(), QStringLiteral("Walk"));
+    QCOMPARE(animations->find(0, 20), 1);
+    animations->remove(0);
+    QCOMPARE(animations->count(), 3u);
+    QCOMPARE(animations->find(0, 10), -1);
+    QCOMPARE(document->toString().count(QStringLiteral("(10, 1)")), 1);
+    QVERIFY(document->toString().contains(QStringLiteral("animation 20 \"Walk\"\n    frame (10, 0) delay=6\n")));
+    document->undo();
+    QCOMPARE(animations->count(), 4u);
+    QCOMPARE(animations->find(0, 10), 0);
+    animations->release();
+}
+
+void SampleLanguageTest::formatLines_data()
+{
+    QTest::addColumn<bool>("animation");
+    QTest::addColumn<bool>("indentOnly");
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+
+    const QString definitions = QStringLiteral("@version   2\n"
+                                               "  [ Move :  punch ]   # a jab\n"
+                                               "damage=40\n"
+                                               "\t   # the reach\n"
+                                               "        reach   =( 0,-40 ,  35, -20 )\n"
+                                               "   \n"
+                                               "   command =  a  b\n"
+                                               "bogus line  here\n");
+    QTest::newRow("definitions indent") << false << true << definitions
+                                        << QStringLiteral("@version   2\n"
+                                                          "[ Move :  punch ]   # a jab\n"
+                                                          "    damage=40\n"
+                                                          "    # the reach\n"
+                                                          "    reach   =( 0,-40 ,  35, -20 )\n"
+                                                          "\n"
+                                                          "    command =  a  b\n"
+                                                          "    bogus line  here\n");
+    QTest::newRow("definitions format") << false << false << definitions
+                                        << QStringLiteral("@version 2\n"
+                                                          "[Move: punch] # a jab\n"
+                                                          "    damage = 40\n"
+                                                          "    # the reach\n"
+                                                          "    reach = (0, -40, 35, -20)\n"
+                                                          "\n"
+                                                          "    command = a  b\n"
+                                                          "    bogus line  here\n");
+    const QString anims = QStringLiteral("animation   5    \"Run  fast\"\n"
+                                         "frame ( 1,2 )   delay = 3 offset=( 4 ,5)  loop # go\n"
+                                         "attack(1,2,3,4)\n"
+                                         "  body   (0, 0,1 ,1)\n"
+                                         "# next\n"
+                                         "          frame (1, 3) delay=3 blend=add( 1,0.5 )\n");
+    QTest::newRow("animations indent") << true << true << anims
+                                       << QStringLiteral("animation   5    \"Run  fast\"\n"
+                                                         "    frame ( 1,2 )   delay = 3 offset=( 4 ,5)  loop # go\n"
+                                                         "        attack(1,2,3,4)\n"
+                                                         "        body   (0, 0,1 ,1)\n"
+                                                         "    # next\n"
+                                                         "    frame (1, 3) delay=3 blend=add( 1,0.5 )\n");
+    QTest::newRow("animations format") << true << false << anims
+                                       << QStringLiteral("animation 5 \"Run  fast\"\n"
+                                                         "    frame (1, 2) delay=3 offset=(4, 5) loop # go\n"
+                                                         "        attack(1,2,3,4)\n"
+                                                         "        body (0, 0, 1, 1)\n"
+                                                         "    # next\n"
+                                                         "    frame (1, 3) delay=3 blend=add(1, 0.5)\n");
+}
+
+void SampleLanguageTest::formatLines()
+{
+    QFETCH(bool, animation);
+    QFETCH(bool, indentOnly);
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+
+    CodeDocument *document = animation ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+    document->fromString(before);
+    const uint errors = document->fileMessages()->count(Message::Error);
+    QString model;
+    if (animation) {
+        for (const SampleFrameData &frame : framesOf(static_cast<AnimationDocument *>(document)))
+            model += frame.text() + QLatin1Char('\n');
+    } else {
+        model = modelOf(document);
+    }
+    document->formatLines(0, document->blockCount() - 1, indentOnly);
+    QCOMPARE(document->toString(), after);
+    // Nothing means anything else: the same nodes, the same errors.
+    QCOMPARE(document->fileMessages()->count(Message::Error), errors);
+    QString formatted;
+    if (animation) {
+        for (const SampleFrameData &frame : framesOf(static_cast<AnimationDocument *>(document)))
+            formatted += frame.text() + QLatin1Char('\n');
+    } else {
+        formatted = modelOf(document);
+    }
+    QCOMPARE(formatted, model);
+    // Formatting twice changes nothing more, and one undo takes the whole of it back.
+    document->formatLines(0, document->blockCount() - 1, indentOnly);
+    QCOMPARE(document->toString(), after);
+    document->undo();
+    QCOMPARE(document->toString(), before);
+    document->release();
+}
+
+void SampleLanguageTest::optimize()
+{
+    auto *document = new AnimationDocument;
+    auto *animations = new SampleAnimations(document);
+    const QString before = QStringLiteral("\n\n@version 1\n\n\n"
+                                          "animation 1\n"
+                                          "    frame (1, 0) delay=3 offset=(0, 0)\n"
+                                          "    frame (1, 0) delay=4\n"
+                                          "    frame (1, 0) delay=5 angle=0\n"
+                                          "    frame (1, 1) delay=2 scale=(1, 1) flip=none\n"
+                                          "\n\n\n"
+                                          "animation 2\n"
+                                          "    frame (2, 0) delay=2\n"
+                                          "    frame (2, 0) delay=2 loop\n"
+                                          "    frame (2, 0) delay=2 id=end\n"
+                                          "    frame (3, 0) delay=2\n"
+                                          "        attack (0, 0, 1, 1)\n"
+                                          "    frame (3, 0) delay=2\n"
+                                          "    frame (4, 0) delay=-1\n"
+                                          "    frame (4, 0) delay=-1\n"
+                                          "\n\n");
+    document->fromString(before);
+    QAbstractItemModelTester tester(animations, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QCOMPARE(animations->optimize(), 9);
+    QCOMPARE(document->toString(), QStringLiteral("@version 1\n"
+                                                  "\n"
+                                                  "animation 1\n"
+                                                  "    frame (1, 0) delay=12\n"
+                                                  "    frame (1, 1) delay=2\n"
+                                                  "\n"
+                                                  "animation 2\n"
+                                                  "    frame (2, 0) delay=2\n"
+                                                  "    frame (2, 0) delay=2 loop\n"
+                                                  "    frame (2, 0) delay=2 id=end\n"
+                                                  "    frame (3, 0) delay=2\n"
+                                                  "        attack (0, 0, 1, 1)\n"
+                                                  "    frame (3, 0) delay=2\n"
+                                                  "    frame (4, 0) delay=-1\n"
+                                                  "    frame (4, 0) delay=-1\n"));
+    QCOMPARE(animations->count(), 2u);
+    QCOMPARE(animations->at(0)->frameCount(), 2u);
+    // Nothing left to clean; one undo takes the whole cleaning back.
+    QCOMPARE(animations->optimize(), 0);
+    document->undo();
+    QCOMPARE(document->toString(), before);
+    QCOMPARE(animations->at(0)->frameCount(), 4u);
+    animations->release();
+}
+
+void SampleLanguageTest::examplesReadCleanly_data()
+{
+    QTest::addColumn<bool>("animation");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("nodes");
+
+    QTest::newRow("project") << false
+                             << "@version 1\n[Project]\n    name = Harbour Brawl\n    version = 0.3\n"
+                                "    author = The sample team\n    created = 2024-05-01\n[Files]\n"
+                                "    definitions = chars/hero.def\n    sprites = chars/hero.ssc\n"
+                                "    sounds = sounds/common.sbk\n    animations = chars/hero.oan\n" << 10;
+    QTest::newRow("definitions") << false
+                                 << "@version 1\n[Character: hero]\n    name = Hero of the north   # shown in menus\n"
+                                    "    life = 1000\n    walk = (2.5, -2)\n    stance = upright\n"
+                                    "    traits = (agile, ranged)\n[Move: jab]\n    command = \"x, x\"\n"
+                                    "    animation = 200\n    reach = (0, -40, 35, -20)\n    timings = (3, 2, 8)\n"
+                                    "[Sounds]\n    swing = (1, 0)\n" << 13;
+    QTest::newRow("animations") << true
+                                << "@version 1\n# the hero's walk\nanimation 10 \"Walk\"\n    frame (10, 0) delay=6\n"
+                                   "        attack (0, -40, 20, -20)\n        body (-10, -60, 10, 0)\n"
+                                   "    frame (10, 1) delay=6 offset=(2, 0) flip=h blend=add(1, 0.5) ease=offset loop id=step\n"
+                                   "        body (-10, -60, 10, 0)\nanimation 11\n    frame (11, 0) delay=-1\n" << 8;
+}
+
+void SampleLanguageTest::examplesReadCleanly()
+{
+    QFETCH(bool, animation);
+    QFETCH(QString, text);
+    QFETCH(int, nodes);
+
+    CodeDocument *document = animation ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+    document->fromString(text);
+    QCOMPARE(document->fileMessages()->count(Message::All), 0u);
+    QCOMPARE(document->version(), ushort(1));
+    int count = 0;
+    for (CodeNode *node = document->root()->next(); node; node = node->next())
+        ++count;
+    QCOMPARE(count, nodes);
+    // Written in its regular form already: formatting changes nothing.
+    document->formatLines(0, document->blockCount() - 1, false);
+    QCOMPARE(document->toString(), text.replace(QStringLiteral("north   #"), QStringLiteral("north #")));
+    document->release();
+}
+
+void SampleLanguageTest::garbageNeverCrashes()
+{
+    // Lines of every kind, broken in every place, and some bytes that aren't text.
+    QStringList lines{QStringLiteral("[Move: punch]"), QStringLiteral("    reach = (0, -40, 35, -20)"),
+                      QStringLiteral("animation 3 \"Walk\""), QStringLiteral("    frame (1, 2) delay=4 blend=add(1, 0.5) loop"),
+                      QStringLiteral("        attack (1, 2, 3, 4)"), QStringLiteral("@version 7"),
+                      QStringLiteral("    name = \"a # b\"")};
+    QString garbage;
+    quint32 seed = 12345;
+    for (int i = 0; i < 400; ++i) {
+        seed = seed * 1103515245u + 12345u;
+        QString line = lines.at(int(seed >> 16) % lines.size());
+        seed = seed * 1103515245u + 12345u;
+        const int cut = int(seed >> 16) % (line.size() + 1);
+        seed = seed * 1103515245u + 12345u;
+        const QChar noise(ushort(seed >> 16) % 0x3000 + 1);
+        line = line.left(cut) + noise + line.mid(cut + (i % 3));
+        garbage += line + QLatin1Char('\n');
+    }
+    garbage += QStringLiteral("((((\n))))\n[\n]\n=\n\"\n@\n@version\n@version 99999\nframe\nattack\n\\\n");
+    for (int kind = 0; kind < 2; ++kind) {
+        CodeDocument *document = kind ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+        document->fromString(garbage);
+        QVERIFY(document->fileMessages()->count(Message::Error) > 10);
+        document->formatLines(0, document->blockCount() - 1, false);
+        document->release();
+    }
+}
+
+void SampleLanguageTest::completerAndSnippets()
+{
+    const QDir data(QStringLiteral(SAMPLEDATADIR));
+    QFile completer(data.filePath(QStringLiteral("completer.xml")));
+    QVERIFY(completer.open(QIODevice::ReadOnly));
+    QXmlStreamReader reader(&completer);
+    reader.setNamespaceProcessing(false);
+    QMap<QString, QStringList> models;
+    QString prefix;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        if (reader.isStartElement() && reader.name() == QLatin1String("model"))
+            prefix = reader.attributes().value(QStringLiteral("prefix")).toString();
+        else if (reader.isStartElement() && reader.name() == QLatin1String("word"))
+            models[prefix] << reader.attributes().value(QStringLiteral("value")).toString();
+    }
+    QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
+    // Every group kind and every key of the table is offered.
+    QVERIFY(models.value(QStringLiteral("[")).contains(QStringLiteral("Move")));
+    for (const SampleLanguage::KindInfo &kind : SampleLanguage::kinds()) {
+        QVERIFY2(models.value(QStringLiteral("[")).contains(kind.name), qPrintable(kind.name));
+        // Deprecated keys are read, but not offered.
+        for (const SampleLanguage::KeyInfo &key : kind.keys) {
+            bool found = false;
+            for (const QStringList &words : qAsConst(models))
+                found |= words.contains(key.key);
+            QVERIFY2(found == key.replacement.isEmpty(), qPrintable(key.key));
+        }
+    }
+
+    const QStringList snippets = QDir(data.filePath(QStringLiteral("snippets"))).entryList({QStringLiteral("*.xml")});
+    QVERIFY(snippets.size() >= 3 && snippets.size() <= 5);
+    for (const QString &name : snippets) {
+        QFile file(data.filePath(QStringLiteral("snippets/") + name));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        QVERIFY2(bytes.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<snippet>\r\n\r\n"), qPrintable(name));
+        QVERIFY2(bytes.endsWith("\t</code>\r\n\r\n</snippet>"), qPrintable(name));
+        QXmlStreamReader snippet(bytes);
+        snippet.setNamespaceProcessing(false);
+        QMap<QString, QString> fill;
+        QString code;
+        while (!snippet.atEnd()) {
+            if (snippet.readNext() != QXmlStreamReader::StartElement)
+                continue;
+            if (snippet.name() == QLatin1String("field")) {
+                const QXmlStreamAttributes attributes = snippet.attributes();
+                const QString type = attributes.value(QStringLiteral("type")).toString();
+                QVERIFY(QStringList({QStringLiteral("string"), QStringLiteral("int"), QStringLiteral("float"),
+                                     QStringLiteral("items")}).contains(type));
+                QVERIFY(!attributes.value(QStringLiteral("title")).isEmpty());
+                // A value of the field's type, as a user would fill it in.
+                QString value = type == QLatin1String("int") ? QStringLiteral("12")
+                    : type == QLatin1String("float") ? QStringLiteral("1.5") : QStringLiteral("jab");
+                if (type == QLatin1String("items"))
+                    value = attributes.value(QStringLiteral("value")).toString().section(QLatin1Char('|'), 0, 0);
+                fill.insert(attributes.value(QStringLiteral("name")).toString(), value);
+            } else if (snippet.name() == QLatin1String("code")) {
+                code = snippet.readElementText();
+            }
+        }
+        QVERIFY2(!snippet.hasError(), qPrintable(name + snippet.errorString()));
+        QVERIFY2(code.contains(QStringLiteral("CURSOR")), qPrintable(name));
+        QVERIFY(!fill.isEmpty());
+        for (auto it = fill.cbegin(); it != fill.cend(); ++it)
+            code.replace(it.key(), it.value());
+        code.remove(QStringLiteral("CURSOR"));
+        const bool animation = code.trimmed().startsWith(QLatin1String("animation"));
+        CodeDocument *document = animation ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+        document->fromString(code);
+        QVERIFY2(document->fileMessages()->count(Message::All) == 0, qPrintable(name + QLatin1Char('\n') + code));
+        QVERIFY(document->root()->childCount() > 0);
+        document->release();
+    }
+}
+
+QTEST_MAIN(SampleLanguageTest)
+#include "tst_samplelanguage.moc"
