@@ -139,6 +139,7 @@ private slots:
     void backupIsARealZip();
     void damagedWorks_data();
     void damagedWorks();
+    void garbageDefinitionsAreReported();
     void refusesWhatIsNoProject_data();
     void refusesWhatIsNoProject();
 
@@ -503,6 +504,22 @@ void SampleEngineTest::damagedWorks()
         QCOMPARE(readFile(path), content);
     else
         QVERIFY(!QFile::exists(path));
+}
+
+void SampleEngineTest::garbageDefinitionsAreReported()
+{
+    const QByteArray garbage("[Character: knight]\r\n    life = lots\r\n%%%\r\n    walk = (1\r\n\x01\x02\r\n");
+    const QString path = m_root + QStringLiteral("/knight/knight.def");
+    QVERIFY(writeFile(path, garbage));
+    ProjectPointer project = open();
+    QVERIFY(project);
+    // The file stays in the project, as it is, with a message for each bad line.
+    auto *definitions = dynamic_cast<CodeDocument *>(project->file(Definitions));
+    QVERIFY(definitions);
+    QCOMPARE(definitions->messages()->count(Message::Error), 4u);
+    QVERIFY(project->messages()->errorCount() >= 4);
+    QCOMPARE(definitions->toString().toUtf8(), QByteArray(garbage).replace("\r\n", "\n"));
+    QCOMPARE(readFile(path), garbage);
 }
 
 void SampleEngineTest::refusesWhatIsNoProject_data()
