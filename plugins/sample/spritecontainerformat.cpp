@@ -48,6 +48,14 @@ public:
     bool scanRle8(QString &reason)
     {
         while (m_at < m_size) {
+            // Eight single pixels at a time while no run starts among them and the picture
+            // can't fill up: most of a busy picture, with nothing to check but the count.
+            while (m_size - m_at >= 8 && m_expected - m_produced > 8 && !hasRunMark(m_bytes + m_at)) {
+                m_at += 8;
+                m_produced += 8;
+            }
+            if (m_at == m_size)
+                break;
             const uchar first = m_bytes[m_at++];
             qint64 count = 1;
             if ((first & 0xC0) == 0x40) {
@@ -120,6 +128,15 @@ public:
     }
 
 private:
+    // Whether one of eight bytes has the top bits 01 of a run.
+    static bool hasRunMark(const uchar *bytes)
+    {
+        quint64 word;
+        memcpy(&word, bytes, sizeof word);
+        const quint64 marks = (word & 0xC0C0C0C0C0C0C0C0ull) ^ 0x4040404040404040ull; // a run's byte is 0
+        return ((marks - 0x0101010101010101ull) & ~marks & 0x8080808080808080ull) != 0;
+    }
+
     bool produce(qint64 count, QString &reason)
     {
         m_produced += count;
