@@ -18,7 +18,9 @@
 #include "sound/sound.h"
 #include "testfiles.h"
 
+#include <QBuffer>
 #include <QDirIterator>
+#include <QXmlStreamReader>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -137,6 +139,8 @@ private slots:
     void editsLoadBack();
     void filesAddedAreListed();
     void backupIsARealZip();
+    void animationsGoRoundTheExchange();
+    void installedData();
     void damagedWorks_data();
     void damagedWorks();
     void garbageDefinitionsAreReported();
@@ -453,6 +457,66 @@ void SampleEngineTest::backupIsARealZip()
         if (it.key().startsWith(QLatin1String("knight/")))
             QVERIFY2(after.value(it.key()) == it.value(), qPrintable(it.key()));
     }
+}
+
+// The knight's animations, written in the engine's own language, through the exchange
+// format and into a new animation file: the same frames and boxes come out.
+void SampleEngineTest::animationsGoRoundTheExchange()
+{
+    AnimationExporterExtension *exporter = nullptr;
+    AnimationImporterExtension *importer = nullptr;
+    for (Extension *extension : ExtensionManager::list(Extension::AnimationExporter))
+        exporter = exporter ? exporter : dynamic_cast<AnimationExporterExtension *>(extension);
+    for (Extension *extension : ExtensionManager::list(Extension::AnimationImporter))
+        importer = importer ? importer : dynamic_cast<AnimationImporterExtension *>(extension);
+    QVERIFY(exporter && importer);
+    const QString pattern = m_extension->engine()->queryString(Engine::AnimationFilePattern, 0);
+    QCOMPARE(exporter->filePattern(), pattern);
+    QCOMPARE(importer->filePattern(), pattern);
+
+    ProjectPointer project = open();
+    QVERIFY(project);
+    auto *animations = static_cast<Animations *>(project->file(Project::Animations));
+    QList<uint> rows;
+    for (uint i = 0; i < animations->count(); ++i)
+        rows << i;
+    QByteArray exchange;
+    QBuffer out(&exchange);
+    out.open(QIODevice::WriteOnly);
+    QVERIFY2(exporter->exportAnimations(*animations, rows, &out), qPrintable(exporter->errorString()));
+
+    auto *fresh = static_cast<Animations *>(m_extension->engine()->createFile(Project::Animations, nullptr));
+    QBuffer in(&exchange);
+    in.open(QIODevice::ReadOnly);
+    QStringList imported;
+    QVERIFY2(importer->importAnimations(&in, *fresh, {}, &imported), qPrintable(importer->errorString()));
+    QCOMPARE(imported.size(), int(animations->count()));
+    QCOMPARE(frameModel(fresh), frameModel(animations));
+    QCOMPARE(fresh->document()->messages()->count(Message::All), 0u);
+    fresh->release();
+}
+
+// What a host finds under the engine's path: the icon, the completer's words, the snippets.
+void SampleEngineTest::installedData()
+{
+    const QString data = QStringLiteral(OVRA_ENGINE_DATA_DIR);
+    QCOMPARE(QImage(data + QStringLiteral("/icon.png")).size(), QSize(32, 32));
+    QFile completer(data + QStringLiteral("/completer.xml"));
+    QVERIFY(completer.open(QIODevice::ReadOnly));
+    QXmlStreamReader reader(&completer);
+    int models = 0, words = 0;
+    while (!reader.atEnd()) {
+        if (reader.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (reader.name() == QLatin1String("model"))
+            ++models;
+        else if (reader.name() == QLatin1String("word") && !reader.attributes().value(QStringLiteral("value")).isEmpty())
+            ++words;
+    }
+    QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
+    QVERIFY(models >= 2);
+    QVERIFY(words >= 20);
+    QVERIFY(QDir(data + QStringLiteral("/snippets")).entryList({QStringLiteral("*.xml")}, QDir::Files).size() >= 3);
 }
 
 void SampleEngineTest::damagedWorks_data()
