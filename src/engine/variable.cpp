@@ -1,0 +1,24 @@
+#include "engine/variable.h"
+
+namespace Ovra {
+
+Variable::Variable(const QString &name, const QVariant &value, Variable *owner)
+    : QObject(owner)
+    , m_name(name)
+    , m_value(value)
+    , m_owner(owner)
+{
+    if (owner)
+        owner->m_members.append(this);
+}
+
+void Variable::setValue(const QVariant &value)
+{
+    // Types count: 1 and 1.0 look alike but a watch shows them apart.
+    if (value == m_value && value.userType() == m_value.userType())
+        return;
+    m_value = value;
+    emit valueChanged();
+}
+
+} // namespace Ovra
