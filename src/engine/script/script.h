@@ -1,0 +1,4 @@
+#pragma once
+
+// The library's Lua 5.3 binding: State, Table, Usertype and the conversions.
+#include "engine/script/state.h"
