@@ -2,6 +2,7 @@
 
 // Files for tests, written with their directories and read back whole.
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -17,4 +18,19 @@ inline QByteArray readFile(const QString &name, const QByteArray &missing = QByt
 {
     QFile file(name);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : missing;
+}
+
+// Copies every file below `source` to the same place below `target`; false when a file
+// can't be copied or there was none.
+inline bool copyTree(const QString &source, const QString &target)
+{
+    QDirIterator files(source, QDir::Files, QDirIterator::Subdirectories);
+    bool any = false;
+    while (files.hasNext()) {
+        const QString name = files.next();
+        if (!writeFile(target + QLatin1Char('/') + QDir(source).relativeFilePath(name), readFile(name)))
+            return false;
+        any = true;
+    }
+    return any;
 }

@@ -34,19 +34,10 @@ namespace {
 
 const int Definitions = 5; // the engine's own file type
 
-// Copies the example work into `target`.
+// The example work copied to `target`.
 bool copyWork(const QString &target)
 {
-    const QString source = QStringLiteral(OVRA_EXAMPLES_DIR "/sample");
-    QDirIterator files(source, QDir::Files, QDirIterator::Subdirectories);
-    bool any = false;
-    while (files.hasNext()) {
-        const QString name = files.next();
-        if (!writeFile(target + QLatin1Char('/') + QDir(source).relativeFilePath(name), readFile(name)))
-            return false;
-        any = true;
-    }
-    return any;
+    return copyTree(QStringLiteral(OVRA_EXAMPLES_DIR "/sample"), target);
 }
 
 // Every file of the work by its name relative to the work, with its bytes.

@@ -1,0 +1,542 @@
+// The commands on a project's pictures: an animation as a GIF, and the sprites out to
+// picture files and in from them.
+#include "commands.h"
+#include "enginehost.h"
+#include "mediafiles.h"
+#include "terminal.h"
+
+#include "code/animationcode.h"
+#include "code/animations.h"
+#include "code/framecode.h"
+#include "image/gifimage.h"
+#include "image/imagecodecs.h"
+#include "image/sprite.h"
+#include "project/project.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTransform>
+#include <QtMath>
+
+using namespace Ovra;
+
+namespace {
+
+// The project of the command's first argument, or null with the input error said.
+ProjectPointer openProject(Cli::Context &context, EngineHost &host, const QString &command, const QString &argument)
+{
+    QString error;
+    ProjectPointer project = host.openProject(argument, &error);
+    if (!project)
+        context.inputError(command, argument, error);
+    return project;
+}
+
+// Every file of the project on disk: what an output must never replace.
+QStringList projectFiles(const Project &project)
+{
+    QStringList names;
+    const QDir base(project.absolutePath());
+    for (const ProjectFile *file : project.files()) {
+        if (!file->fileName().isEmpty())
+            names << base.absoluteFilePath(file->fileName());
+    }
+    return names;
+}
+
+// An identifier as people read it: "10, 1" for a group and a number.
+QString identifierText(const QVariant &identifier)
+{
+    if (identifier.userType() == QMetaType::QPoint) {
+        const QPoint point = identifier.toPoint();
+        return QStringLiteral("%1, %2").arg(point.x()).arg(point.y());
+    }
+    return identifier.toString();
+}
+
+// ---- gif ----------------------------------------------------------------------------
+
+// The animation an argument names: its identifier, or "#N" for its row from 0.
+int findAnimation(const Animations &animations, const QString &argument)
+{
+    if (argument.startsWith(QLatin1Char('#'))) {
+        bool ok = false;
+        const int row = argument.mid(1).toInt(&ok);
+        return ok && row >= 0 && row < int(animations.count()) ? row : -1;
+    }
+    return animations.find(0, argument);
+}
+
+// The frame's sprite as the game draws it: flipped, scaled and turned about its axis,
+// then moved by the frame's offset. Flips alone keep an indexed picture indexed; scaling
+// and turning work on true colour.
+AnimImageFrame gifFrame(const FrameCode &frame, const Sprite &sprite)
+{
+    QImage picture = sprite.image();
+    QPoint axis = sprite.axis();
+    bool flipX = frame.flipFlags() & FrameCode::Horizontal;
+    bool flipY = frame.flipFlags() & FrameCode::Vertical;
+    double scaleX = frame.scaleX();
+    double scaleY = frame.scaleY();
+    if (scaleX < 0) {
+        scaleX = -scaleX;
+        flipX = !flipX;
+    }
+    if (scaleY < 0) {
+        scaleY = -scaleY;
+        flipY = !flipY;
+    }
+    if (!picture.isNull() && qFuzzyCompare(scaleX, 1.0) && qFuzzyCompare(scaleY, 1.0) && qFuzzyIsNull(frame.angle())) {
+        if (flipX || flipY) {
+            picture = picture.mirrored(flipX, flipY);
+            if (flipX)
+                axis.setX(picture.width() - 1 - axis.x());
+            if (flipY)
+                axis.setY(picture.height() - 1 - axis.y());
+        }
+    } else if (!picture.isNull() && scaleX > 0 && scaleY > 0) {
+        QTransform transform;
+        transform.rotate(frame.angle());
+        transform.scale(flipX ? -scaleX : scaleX, flipY ? -scaleY : scaleY);
+        const QImage source = picture.convertToFormat(QImage::Format_ARGB32);
+        picture = source.transformed(transform, Qt::FastTransformation);
+        // The axis pixel's centre goes where the picture's pixels went.
+        const QTransform placed = QImage::trueMatrix(transform, source.width(), source.height());
+        const QPointF centre = placed.map(QPointF(axis) + QPointF(0.5, 0.5));
+        axis = QPoint(qFloor(centre.x()), qFloor(centre.y()));
+    } else {
+        picture = QImage(); // a frame scaled to nothing shows nothing
+    }
+    AnimImageFrame out;
+    out.image = picture;
+    out.x = axis.x() - frame.offsetX();
+    out.y = axis.y() - frame.offsetY();
+    out.ticks = frame.delay();
+    return out;
+}
+
+bool positiveNumber(Cli::Context &context, const Cli::Parser &parser, const QString &option, double *value)
+{
+    if (!Cli::number(context, parser, option, value))
+        return false;
+    if (*value > 0 && *value <= 1000)
+        return true;
+    context.usageError(parser.name(), QStringLiteral("--%1 must lie above 0 and at most 1000, not %2")
+                                          .arg(option, parser.value(option)));
+    return false;
+}
+
+// ---- sprites --------------------------------------------------------------------------
+
+// The identifier as a part of a file name: the engine's text with each run of anything
+// but letters, digits, '.' and '_' made one '-' ("10, 1" becomes "10-1"), so that the
+// names need no quoting in a shell.
+QString fileNamePart(const QString &text)
+{
+    static const QRegularExpression unsafe(QStringLiteral("[^A-Za-z0-9._]+"));
+    QString part = text;
+    part.replace(unsafe, QStringLiteral("-"));
+    while (part.startsWith(QLatin1Char('-')))
+        part.remove(0, 1);
+    while (part.endsWith(QLatin1Char('-')))
+        part.chop(1);
+    return part.isEmpty() ? QStringLiteral("sprite") : part;
+}
+
+// "--only GROUP[,NUMBER]": false (and the usage error said) when it isn't that.
+bool parseOnly(Cli::Context &context, const Cli::Parser &parser, int *group, int *number)
+{
+    *group = -1;
+    *number = -1;
+    if (!parser.isSet(QStringLiteral("only")))
+        return true;
+    const QStringList parts = parser.value(QStringLiteral("only")).split(QLatin1Char(','));
+    bool ok = parts.size() <= 2;
+    if (ok)
+        *group = parts.at(0).trimmed().toInt(&ok);
+    if (ok && parts.size() == 2)
+        *number = parts.at(1).trimmed().toInt(&ok);
+    if (ok && *group >= 0 && (parts.size() == 1 || *number >= 0))
+        return true;
+    context.usageError(parser.name(), QStringLiteral("--only takes GROUP or GROUP,NUMBER, not '%1'")
+                                          .arg(parser.value(QStringLiteral("only"))));
+    return false;
+}
+
+// The project's sprite container, or null with the input error said.
+Sprites *spritesOf(Cli::Context &context, const QString &command, Project &project, const QString &argument)
+{
+    auto *sprites = dynamic_cast<Sprites *>(project.file(Project::Sprites));
+    if (!sprites)
+        context.inputError(command, argument, QStringLiteral("the project has no sprite file"));
+    return sprites;
+}
+
+bool parsePaletteMode(const QString &text, Sprite::PaletteMode *mode)
+{
+    static const QList<QPair<QString, Sprite::PaletteMode>> modes{
+        {QStringLiteral("ignore"), Sprite::Ignore},
+        {QStringLiteral("own"), Sprite::OwnPalette},
+        {QStringLiteral("adapt"), Sprite::AdaptImage},
+        {QStringLiteral("swap"), Sprite::SwapPalette},
+    };
+    for (const auto &pair : modes) {
+        if (pair.first == text) {
+            *mode = pair.second;
+            return true;
+        }
+    }
+    return false;
+}
+
+// A picture to import, read before the project is touched.
+struct Picture
+{
+    QString fileName;
+    QImage image;
+};
+
+} // namespace
+
+namespace Commands {
+
+int gif(Cli::Context &context, const QStringList &arguments)
+{
+    const QString command = QStringLiteral("gif");
+    Cli::Parser parser(command,
+                       QStringLiteral("Export an animation of a project as an animated GIF. ANIMATION is the "
+                                      "animation's identifier, or its row as #N (#0 is the first). The frames are "
+                                      "drawn as the game draws them: flipped, scaled, turned and moved by their "
+                                      "offsets, all on one axis. A frame that lasts for ever ends the GIF, which "
+                                      "then plays once."),
+                       QStringLiteral("PROJECT ANIMATION -o OUT.gif"), Cli::Parser::Output | Cli::Parser::Json);
+    parser.addOption({QStringLiteral("scale"), QStringLiteral("Enlarge the frames by F (default 1)."),
+                      QStringLiteral("F"), QStringLiteral("1")});
+    parser.addOption({QStringLiteral("speed"), QStringLiteral("Play F times as fast (default 1)."),
+                      QStringLiteral("F"), QStringLiteral("1")});
+    parser.addOption({QStringLiteral("shared-palette"),
+                      QStringLiteral("One colour table for all frames, that of the first frame.")});
+    parser.addOption({QStringLiteral("no-loop"), QStringLiteral("Play once instead of for ever.")});
+    const int parsed = parser.parse(context, arguments, 2, 2);
+    if (parsed >= 0)
+        return parsed;
+    const QString output = parser.output();
+    if (output.isEmpty())
+        return context.usageError(command, QStringLiteral("give the GIF file to write with -o"));
+    double scale = 1;
+    double speed = 1;
+    if (!positiveNumber(context, parser, QStringLiteral("scale"), &scale)
+        || !positiveNumber(context, parser, QStringLiteral("speed"), &speed))
+        return Cli::UsageError;
+
+    const QStringList positional = parser.positional();
+    EngineHost host(context.pluginDirectory);
+    ProjectPointer project = openProject(context, host, command, positional.at(0));
+    if (!project)
+        return Cli::InputError;
+    const int refused = MediaFiles::checkOutput(context, command, output, projectFiles(*project), false);
+    if (refused >= 0)
+        return refused;
+    auto *animations = dynamic_cast<Animations *>(project->file(Project::Animations));
+    if (!animations)
+        return context.inputError(command, positional.at(0), QStringLiteral("the project has no animation file"));
+    const int row = findAnimation(*animations, positional.at(1));
+    if (row < 0) {
+        QStringList known;
+        for (const AnimationCode *animation : animations->animations())
+            known << animation->property(QStringLiteral("Identifier")).toString();
+        return context.usageError(command, QStringLiteral("%1: no animation '%2' (there are: %3)")
+                                               .arg(animations->fileName(), positional.at(1),
+                                                    known.join(QStringLiteral(", "))));
+    }
+    const AnimationCode *animation = animations->at(uint(row));
+    if (animation->frameCount() == 0)
+        return context.inputError(command, animations->fileName(),
+                                  QStringLiteral("animation '%1' has no frames").arg(positional.at(1)));
+
+    QVector<AnimImageFrame> frames;
+    bool loop = !parser.isSet(QStringLiteral("no-loop"));
+    for (const FrameCode *frame : animation->frames()) {
+        const Sprite *sprite = frame->sprite();
+        if (!sprite) {
+            return context.inputError(command, animations->fileName(),
+                                      QStringLiteral("frame %1 of animation '%2' shows sprite %3, which the "
+                                                     "project's sprites don't have")
+                                          .arg(frame->index())
+                                          .arg(positional.at(1), identifierText(frame->spriteId())));
+        }
+        frames << gifFrame(*frame, *sprite);
+        if (frame->delay() < 0) {
+            // Held for ever: nothing after it is ever shown, and a GIF that stops on its
+            // last frame is what shows that.
+            frames.last().ticks = 0;
+            loop = false;
+            if (frame->index() + 1 < int(animation->frameCount()))
+                context.say(QStringLiteral("Frame %1 lasts for ever: the frames after it are left out.").arg(frame->index()));
+            break;
+        }
+    }
+    const bool shared = parser.isSet(QStringLiteral("shared-palette"));
+    const int code = MediaFiles::writeOutput(
+        context, command, output,
+        [&](QIODevice *device) { return saveGIF(device, frames, float(scale), float(speed), shared, loop); },
+        QStringLiteral("GIF"));
+    if (code != Cli::Success)
+        return code;
+    if (context.json) {
+        context.printJson({{QStringLiteral("output"), QFileInfo(output).absoluteFilePath()},
+                           {QStringLiteral("animation"), positional.at(1)},
+                           {QStringLiteral("frames"), frames.size()},
+                           {QStringLiteral("loop"), loop}});
+    } else {
+        context.say(QStringLiteral("Wrote %1: %2 frames%3.").arg(output).arg(frames.size())
+                        .arg(loop ? QStringLiteral(", looping") : QString()));
+    }
+    return Cli::Success;
+}
+
+int spritesExport(Cli::Context &context, const QStringList &arguments)
+{
+    const QString command = QStringLiteral("sprites export");
+    Cli::Parser parser(command,
+                       QStringLiteral("Write each sprite of a project as a picture file, named "
+                                      "DIR/FILE_IDENTIFIER.FORMAT: FILE is the sprite file's name without its "
+                                      "suffix, IDENTIFIER the sprite's identifier with every run of spaces and "
+                                      "punctuation made one '-' (\"10, 1\" gives knight_10-1.png). Existing "
+                                      "pictures of those names are replaced; the project's own files never."),
+                       QStringLiteral("PROJECT"), Cli::Parser::Output | Cli::Parser::Json);
+    parser.addOption({QStringLiteral("format"), QStringLiteral("The picture format: png (default), pcx, gif or bmp."),
+                      QStringLiteral("FORMAT"), QStringLiteral("png")});
+    parser.addOption({QStringLiteral("only"), QStringLiteral("Only the sprites of a group, or one sprite."),
+                      QStringLiteral("GROUP[,NUMBER]")});
+    const int parsed = parser.parse(context, arguments, 1, 1);
+    if (parsed >= 0)
+        return parsed;
+    int group = -1;
+    int number = -1;
+    if (!parseOnly(context, parser, &group, &number))
+        return Cli::UsageError;
+    const QString directory = parser.output().isEmpty() ? QStringLiteral(".") : parser.output();
+
+    EngineHost host(context.pluginDirectory);
+    const QString extension = parser.value(QStringLiteral("format")).toLower();
+    if (!MediaFiles::formats(MediaFiles::Image, MediaFiles::Write).contains(extension.toUpper())) {
+        return context.usageError(command, QStringLiteral("--format: can't write '%1' pictures (formats: %2)")
+                                               .arg(extension, MediaFiles::formats(MediaFiles::Image, MediaFiles::Write)
+                                                                   .join(QStringLiteral(", "))
+                                                                   .toLower()));
+    }
+    const QByteArray format = extension.toUpper().toLatin1();
+    ProjectPointer project = openProject(context, host, command, parser.positional().at(0));
+    if (!project)
+        return Cli::InputError;
+    Sprites *sprites = spritesOf(context, command, *project, parser.positional().at(0));
+    if (!sprites)
+        return Cli::InputError;
+    if (!QDir().mkpath(directory))
+        return context.inputError(command, directory, QStringLiteral("the directory can't be made"));
+
+    const QStringList inputs = projectFiles(*project);
+    const QString base = QFileInfo(sprites->fileName()).completeBaseName();
+    Terminal::ProgressJob job(QStringLiteral("Exporting sprites"), Terminal::stderrIsTerminal() && !context.quiet);
+    job.setMaximum(sprites->count());
+    QSet<QString> used;
+    QJsonArray written;
+    int failures = 0;
+    for (uint row = 0; row < sprites->count(); ++row) {
+        job.setValue(row);
+        const Sprite *sprite = sprites->at(row);
+        const QPoint identifier = sprite->identifier().toPoint();
+        if ((group >= 0 && identifier.x() != group) || (number >= 0 && identifier.y() != number))
+            continue;
+        QString part = fileNamePart(sprites->data(sprites->index(int(row), 0), Qt::DisplayRole).toString());
+        // Two sprites under one identifier get numbered names rather than one file.
+        for (int copy = 2; used.contains(part); ++copy)
+            part = QStringLiteral("%1(%2)").arg(fileNamePart(identifierText(sprite->identifier()))).arg(copy);
+        used.insert(part);
+        const QString name = QStringLiteral("%1/%2_%3.%4").arg(directory, base, part, extension);
+        const QImage picture = sprite->image();
+        if (picture.isNull()) {
+            context.err() << "ovra " << command << ": sprite " << identifierText(sprite->identifier())
+                          << " has no picture; passed over\n";
+            continue;
+        }
+        if (MediaFiles::checkOutput(context, command, name, inputs, false) >= 0) {
+            ++failures;
+            continue;
+        }
+        const int code = MediaFiles::writeOutput(
+            context, command, name, [&](QIODevice *device) { return saveImage(device, format.constData(), picture); },
+            QStringLiteral("picture"));
+        if (code == Cli::Success)
+            written.append(QDir::cleanPath(name));
+        else
+            ++failures;
+    }
+    job.setValue(sprites->count());
+    if (context.json) {
+        context.printJson({{QStringLiteral("directory"), QFileInfo(directory).absoluteFilePath()},
+                           {QStringLiteral("files"), written}, {QStringLiteral("failed"), failures}});
+    } else {
+        context.say(QStringLiteral("Wrote %1 pictures to %2.").arg(written.size()).arg(directory));
+    }
+    if (written.isEmpty() && failures == 0 && group >= 0)
+        context.err() << "ovra " << command << ": no sprite matches --only " << parser.value(QStringLiteral("only")) << '\n';
+    return failures ? Cli::InputError : Cli::Success;
+}
+
+int spritesImport(Cli::Context &context, const QStringList &arguments)
+{
+    const QString command = QStringLiteral("sprites import");
+    Cli::Parser parser(command,
+                       QStringLiteral("Add pictures to the sprites of a project, one sprite each, numbered from "
+                                      "--start in --group, and save the sprite file in place. A sprite that is "
+                                      "there already is only replaced with --replace. Palette modes: own (the "
+                                      "picture brings its colours, the default), ignore (keep the sprite's "
+                                      "palette, take the indices as they are), adapt (match the picture's colours "
+                                      "to the palette of --palette), swap (keep the indices, use the palette of "
+                                      "--palette)."),
+                       QStringLiteral("PROJECT PICTURE..."), Cli::Parser::Json);
+    parser.addOption({QStringLiteral("group"), QStringLiteral("The group of the new sprites (default 0)."),
+                      QStringLiteral("G"), QStringLiteral("0")});
+    parser.addOption({QStringLiteral("start"),
+                      QStringLiteral("The number of the first new sprite (default: after the group's last)."),
+                      QStringLiteral("N")});
+    parser.addOption({QStringLiteral("palette-mode"), QStringLiteral("ignore, own, adapt or swap."),
+                      QStringLiteral("MODE"), QStringLiteral("own")});
+    parser.addOption({QStringLiteral("palette"),
+                      QStringLiteral("The palette (its row, from 0) that adapt and swap use; default the first."),
+                      QStringLiteral("INDEX")});
+    parser.addOption({QStringLiteral("crop"), QStringLiteral("Cut the transparent border away.")});
+    parser.addOption({QStringLiteral("replace"), QStringLiteral("Replace sprites that have the identifiers already.")});
+    const int parsed = parser.parse(context, arguments, 2, -1);
+    if (parsed >= 0)
+        return parsed;
+    Sprite::PaletteMode mode = Sprite::OwnPalette;
+    if (!parsePaletteMode(parser.value(QStringLiteral("palette-mode")), &mode)) {
+        return context.usageError(command, QStringLiteral("--palette-mode takes ignore, own, adapt or swap, not '%1'")
+                                               .arg(parser.value(QStringLiteral("palette-mode"))));
+    }
+    bool ok = false;
+    const int group = parser.value(QStringLiteral("group")).toInt(&ok);
+    if (!ok || group < 0 || group > 0xFFFF)
+        return context.usageError(command, QStringLiteral("--group takes a number from 0 to 65535"));
+    int start = -1;
+    if (parser.isSet(QStringLiteral("start"))) {
+        start = parser.value(QStringLiteral("start")).toInt(&ok);
+        if (!ok || start < 0 || start > 0xFFFF)
+            return context.usageError(command, QStringLiteral("--start takes a number from 0 to 65535"));
+    }
+    int paletteRow = -1;
+    if (parser.isSet(QStringLiteral("palette"))) {
+        paletteRow = parser.value(QStringLiteral("palette")).toInt(&ok);
+        if (!ok || paletteRow < 0)
+            return context.usageError(command, QStringLiteral("--palette takes a palette's row, from 0"));
+    }
+
+    EngineHost host(context.pluginDirectory);
+    // Every picture is read before the project is opened: a bad one changes nothing.
+    QList<Picture> pictures;
+    for (const QString &fileName : parser.positional().mid(1)) {
+        const QByteArray format = MediaFiles::checkedFormat(context, command, fileName, MediaFiles::Image, MediaFiles::Read);
+        if (format.isEmpty())
+            return Cli::UsageError;
+        if (!MediaFiles::checkInput(context, command, fileName))
+            return Cli::InputError;
+        QFile file(fileName);
+        QString error;
+        Picture picture{fileName, QImage()};
+        if (!MediaFiles::openInput(file, &error))
+            return context.inputError(command, fileName, error);
+        if (!loadImage(&file, format.constData(), picture.image))
+            return context.inputError(command, fileName, QStringLiteral("not a readable %1 picture").arg(QString::fromLatin1(format)));
+        pictures << picture;
+    }
+
+    const QString argument = parser.positional().at(0);
+    ProjectPointer project = openProject(context, host, command, argument);
+    if (!project)
+        return Cli::InputError;
+    Sprites *sprites = spritesOf(context, command, *project, argument);
+    if (!sprites)
+        return Cli::InputError;
+    Palette *palette = nullptr;
+    if (paletteRow >= 0) {
+        if (uint(paletteRow) >= sprites->palettes()->count()) {
+            return context.usageError(command, QStringLiteral("--palette %1: the sprite file has %2 palettes")
+                                                   .arg(paletteRow).arg(sprites->palettes()->count()));
+        }
+        palette = sprites->palettes()->at(uint(paletteRow));
+    }
+    if (start < 0) {
+        start = 0;
+        for (uint row = 0; row < sprites->count(); ++row) {
+            const QPoint identifier = sprites->at(row)->identifier().toPoint();
+            if (identifier.x() == group)
+                start = qMax(start, identifier.y() + 1);
+        }
+    }
+    if (start + pictures.size() - 1 > 0xFFFF)
+        return context.usageError(command, QStringLiteral("the numbers would run past 65535"));
+    if (!parser.isSet(QStringLiteral("replace"))) {
+        QStringList taken;
+        for (int i = 0; i < pictures.size(); ++i) {
+            if (sprites->find(0, uint(group) << 16 | uint(start + i)) >= 0)
+                taken << QStringLiteral("%1, %2").arg(group).arg(start + i);
+        }
+        if (!taken.isEmpty()) {
+            return context.usageError(command, QStringLiteral("%1 has sprites %2 already; give --replace to replace "
+                                                              "them, or other numbers with --start")
+                                                   .arg(sprites->fileName(), taken.join(QStringLiteral("; "))));
+        }
+    }
+
+    QJsonArray added;
+    static_cast<ProjectFile *>(sprites)->beginChange(); // one undo step, as in the editor
+    for (int i = 0; i < pictures.size(); ++i) {
+        const QPoint identifier(group, start + i);
+        const QImage &image = pictures.at(i).image;
+        const int existing = sprites->find(0, uint(group) << 16 | uint(start + i));
+        Sprite *sprite = existing >= 0 ? sprites->at(uint(existing)) : nullptr;
+        if (sprite) {
+            sprite->setImage(image, true, mode, palette, Archive::NoShare);
+        } else if (mode == Sprite::OwnPalette) {
+            sprite = sprites->add(identifier, image, Archive::NoShare);
+        } else {
+            // A new sprite takes the mode through setImage; a clear true-colour pixel
+            // stands in until then, so that add() leaves no palette of its own behind.
+            QImage placeholder(1, 1, QImage::Format_ARGB32);
+            placeholder.fill(Qt::transparent);
+            sprite = sprites->add(identifier, placeholder, Archive::NoShare);
+            if (sprite)
+                sprite->setImage(image, false, mode, palette, Archive::NoShare);
+        }
+        if (!sprite || sprite->image().size() != image.size()) {
+            static_cast<ProjectFile *>(sprites)->endChange();
+            return context.inputError(command, pictures.at(i).fileName,
+                                      QStringLiteral("the sprite file can't take this picture (%1 x %2)")
+                                          .arg(image.width()).arg(image.height()));
+        }
+        if (parser.isSet(QStringLiteral("crop")))
+            sprite->crop();
+        added.append(QStringLiteral("%1, %2").arg(group).arg(start + i));
+    }
+    static_cast<ProjectFile *>(sprites)->endChange();
+    // The container writes itself through its archive, which replaces the file safely.
+    if (!sprites->toFile(sprites->archive(), sprites->fileName(), 0, nullptr))
+        return context.inputError(command, sprites->fileName(), QStringLiteral("can't be written"));
+    if (context.json) {
+        context.printJson({{QStringLiteral("file"), sprites->fileName()}, {QStringLiteral("sprites"), added},
+                           {QStringLiteral("count"), int(sprites->count())}});
+    } else {
+        context.say(QStringLiteral("Added %1 sprites to %2 (%3).").arg(added.size()).arg(sprites->fileName())
+                        .arg(added.first().toString() + (added.size() > 1 ? QStringLiteral(" to ") + added.last().toString() : QString())));
+    }
+    return Cli::Success;
+}
+
+} // namespace Commands
