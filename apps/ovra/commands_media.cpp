@@ -26,16 +26,6 @@ using namespace Ovra;
 
 namespace {
 
-// The project of the command's first argument, or null with the input error said.
-ProjectPointer openProject(Cli::Context &context, EngineHost &host, const QString &command, const QString &argument)
-{
-    QString error;
-    ProjectPointer project = host.openProject(argument, &error);
-    if (!project)
-        context.inputError(command, argument, error);
-    return project;
-}
-
 // Every file of the project on disk: what an output must never replace.
 QStringList projectFiles(const Project &project)
 {
@@ -235,7 +225,7 @@ int gif(Cli::Context &context, const QStringList &arguments)
 
     const QStringList positional = parser.positional();
     EngineHost host(context.pluginDirectory);
-    ProjectPointer project = openProject(context, host, command, positional.at(0));
+    ProjectPointer project = host.openProject(context, command, positional.at(0));
     if (!project)
         return Cli::InputError;
     const int refused = MediaFiles::checkOutput(context, command, output, projectFiles(*project), false);
@@ -331,7 +321,7 @@ int spritesExport(Cli::Context &context, const QStringList &arguments)
                                                                    .toLower()));
     }
     const QByteArray format = extension.toUpper().toLatin1();
-    ProjectPointer project = openProject(context, host, command, parser.positional().at(0));
+    ProjectPointer project = host.openProject(context, command, parser.positional().at(0));
     if (!project)
         return Cli::InputError;
     Sprites *sprites = spritesOf(context, command, *project, parser.positional().at(0));
@@ -458,7 +448,7 @@ int spritesImport(Cli::Context &context, const QStringList &arguments)
     }
 
     const QString argument = parser.positional().at(0);
-    ProjectPointer project = openProject(context, host, command, argument);
+    ProjectPointer project = host.openProject(context, command, argument);
     if (!project)
         return Cli::InputError;
     Sprites *sprites = spritesOf(context, command, *project, argument);

@@ -172,17 +172,6 @@ QString fileTypeName(Engine *engine, int type)
     return type >= 0 && type < 5 ? QLatin1String(names[type]) : QStringLiteral("Type %1").arg(type);
 }
 
-// The opened project of an argument, or the input error already said.
-ProjectPointer openOrSay(Cli::Context &context, EngineHost &host, const QString &command, const QString &argument,
-                         int *exitCode)
-{
-    QString error;
-    ProjectPointer project = host.openProject(argument, &error);
-    if (!project)
-        *exitCode = context.inputError(command, argument, error);
-    return project;
-}
-
 } // namespace
 
 namespace Commands {
@@ -199,10 +188,9 @@ int info(Cli::Context &context, const QStringList &arguments)
         return code;
     const QString argument = parser.positional().at(0);
     EngineHost host(context.pluginDirectory);
-    int code = Cli::Success;
-    ProjectPointer project = openOrSay(context, host, QStringLiteral("info"), argument, &code);
+    ProjectPointer project = host.openProject(context, QStringLiteral("info"), argument);
     if (!project)
-        return code;
+        return Cli::InputError;
 
     Engine *engine = project->parentProject() ? project->parentProject()->engine() : nullptr;
     const QDir directory(project->absolutePath());
@@ -350,8 +338,7 @@ int check(Cli::Context &context, const QStringList &arguments)
             continue;
         }
         if (info.isDir() || EngineExtension::forProjectFile(info.absoluteFilePath())) {
-            int code = Cli::Success;
-            ProjectPointer project = openOrSay(context, host, QStringLiteral("check"), argument, &code);
+            ProjectPointer project = host.openProject(context, QStringLiteral("check"), argument);
             if (!project) {
                 run.inputFailed = true;
                 continue;
@@ -478,10 +465,9 @@ int backup(Cli::Context &context, const QStringList &arguments)
         return context.usageError(parser.name(), QStringLiteral("a backup's name has no '/', '\\' or leading '.': '%1'").arg(name));
 
     EngineHost host(context.pluginDirectory);
-    int code = Cli::Success;
-    ProjectPointer project = openOrSay(context, host, QStringLiteral("backup"), argument, &code);
+    ProjectPointer project = host.openProject(context, QStringLiteral("backup"), argument);
     if (!project)
-        return code;
+        return Cli::InputError;
     if (name.isEmpty())
         name = QFileInfo(project->fileName()).completeBaseName();
 
@@ -525,10 +511,9 @@ int restore(Cli::Context &context, const QStringList &arguments)
         name.chop(4);
 
     EngineHost host(context.pluginDirectory);
-    int code = Cli::Success;
-    ProjectPointer project = openOrSay(context, host, QStringLiteral("restore"), argument, &code);
+    ProjectPointer project = host.openProject(context, QStringLiteral("restore"), argument);
     if (!project)
-        return code;
+        return Cli::InputError;
 
     const QString directory = backupDirectory(*project);
     const QList<BackupEntry> all = listBackups(directory);
@@ -561,10 +546,9 @@ int backups(Cli::Context &context, const QStringList &arguments)
         return code;
     const QString argument = parser.positional().at(0);
     EngineHost host(context.pluginDirectory);
-    int code = Cli::Success;
-    ProjectPointer project = openOrSay(context, host, QStringLiteral("backups"), argument, &code);
+    ProjectPointer project = host.openProject(context, QStringLiteral("backups"), argument);
     if (!project)
-        return code;
+        return Cli::InputError;
 
     const QString directory = backupDirectory(*project);
     const QList<BackupEntry> list = listBackups(directory);

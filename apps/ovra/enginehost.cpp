@@ -80,3 +80,12 @@ ProjectPointer EngineHost::openProject(const QString &argument, QString *error)
         *error = reason;
     return ProjectPointer(project);
 }
+
+ProjectPointer EngineHost::openProject(Cli::Context &context, const QString &command, const QString &argument)
+{
+    QString error;
+    ProjectPointer project = openProject(argument, &error);
+    if (!project)
+        context.inputError(command, argument, error);
+    return project;
+}

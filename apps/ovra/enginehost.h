@@ -3,6 +3,8 @@
 // The engines of the tool: their plug-ins loaded from --plugins, or from beside the program
 // (build/<preset>/lib/plugins in a build, lib/ovra/plugins in an installation), and the
 // projects opened through them.
+#include "cli.h"
+
 #include <QString>
 
 #include <memory>
@@ -32,6 +34,8 @@ public:
     static QString projectFile(const QString &argument, QString *error);
     // The project of the argument, loaded; null with the reason.
     ProjectPointer openProject(const QString &argument, QString *error);
+    // The same, with the reason said as the command's input error.
+    ProjectPointer openProject(Cli::Context &context, const QString &command, const QString &argument);
 
 private:
     QString m_directory;
