@@ -63,6 +63,8 @@ public:
     QString fileName() const override { return m_fileName; }
     bool isEmpty() const override { return m_sounds.isEmpty(); }
     bool isModified() const override { return m_modified; }
+    // The container writes itself whole; nothing keeps it from saving.
+    bool canSave() const override { return true; }
     QList<SearchResult> search(Ovra::RegExp &, uint) override { return {}; }
     void replace(QList<SearchResult> &, const QString &) override {}
     void free() override { delete this; }

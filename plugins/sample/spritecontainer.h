@@ -166,6 +166,8 @@ public:
     QString fileName() const override { return m_fileName; }
     bool isEmpty() const override { return m_sprites.isEmpty() && m_palettes->count() == 0; }
     bool isModified() const override { return m_undo.size() != m_cleanStep; }
+    // The container writes itself whole; nothing keeps it from saving.
+    bool canSave() const override { return true; }
     void beginChange() override;
     void endChange() override;
     void undo() override;

@@ -20,13 +20,21 @@ QAbstractItemModel *CodeNodeFile::model() { return m_document->model(); }
 bool CodeNodeFile::isModified() const { return m_document->isModified(); }
 bool CodeNodeFile::isEmpty() const { return m_document->isEmpty(); }
 void CodeNodeFile::reset() { m_document->reset(); }
+// The document reads and writes; the view keeps the archive it lives in too, so that
+// the work's save finds it a place to write to.
 bool CodeNodeFile::toFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
 {
-    return m_document->toFile(archive, name, flags, stats);
+    const bool saved = m_document->toFile(archive, name, flags, stats);
+    if (saved)
+        ProjectFile::toFile(archive, name, flags, stats);
+    return saved;
 }
 bool CodeNodeFile::fromFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
 {
-    return m_document->fromFile(archive, name, flags, stats);
+    const bool loaded = m_document->fromFile(archive, name, flags, stats);
+    if (loaded)
+        ProjectFile::fromFile(archive, name, flags, stats);
+    return loaded;
 }
 QString CodeNodeFile::fileName() const { return m_document->fileName(); }
 void CodeNodeFile::beginChange() { m_document->beginChange(); }

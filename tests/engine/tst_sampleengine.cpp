@@ -380,10 +380,10 @@ void SampleEngineTest::editsLoadBack()
         auto *sounds = static_cast<Sounds *>(project->file(Project::Sounds));
         sounds->remove(uint(sounds->find(0, QPoint(1, 2))));
 
-        for (ProjectFile *file : project->files()) {
-            if (file->isModified())
-                QVERIFY2(file->toFile(FileSystemArchive::instance(), file->fileName(), 0, nullptr), qPrintable(file->fileName()));
-        }
+        // Saved as the program saves: every modified file of the work, in its place.
+        project->parentProject()->save(nullptr);
+        for (ProjectFile *file : project->files())
+            QVERIFY2(!file->isModified(), qPrintable(file->fileName()));
     }
     ProjectPointer again = open();
     QVERIFY(again);
