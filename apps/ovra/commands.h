@@ -34,4 +34,7 @@ int imageRotate(Cli::Context &context, const QStringList &arguments);
 int soundConvert(Cli::Context &context, const QStringList &arguments);
 int soundPlay(Cli::Context &context, const QStringList &arguments);
 
+// Scripts (commands_run.cpp).
+int run(Cli::Context &context, const QStringList &arguments);
+
 } // namespace Commands

@@ -29,6 +29,7 @@ const QList<Command> &all()
         {"backup", "Take a backup of a project's work", backup},
         {"restore", "Bring a backup back over the working files", restore},
         {"backups", "List the backups of a project's work", backups},
+        {"run", "Run a Lua script on a project", run},
     };
     return list;
 }

@@ -23,6 +23,8 @@ public:
     Ovra::ProjectFile *createFile(int fileType, Ovra::Project *project) override;
     QSize gameSize() const override { return QSize(640, 480); }
     QPointF scaleFactors() const override { return QPointF(2.0, 2.0); }
+    // The engine's own script types (samplescript.cpp).
+    void registerScriptClasses(Ovra::Script::State &state) override;
 
     // The suffix of a file type's files, without the dot; empty for an unknown type.
     static QString suffix(int fileType);

@@ -144,7 +144,8 @@ int callWith(lua_State *L, F &function, int first, Signature<R, A...>)
 }
 
 template <class R, class... A, size_t... I>
-bool matches(lua_State *L, int first, int count, Signature<R, A...>, std::index_sequence<I...>)
+bool matches([[maybe_unused]] lua_State *L, [[maybe_unused]] int first, int count, Signature<R, A...>,
+             std::index_sequence<I...>)
 {
     return count == int(sizeof...(A)) && (Arg<A>::check(L, first + int(I)) && ...);
 }

@@ -1,0 +1,277 @@
+#include "engine/script/script.h"
+#include "engine/script/scriptimage.h"
+#include "image/imagecodecs.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using namespace Ovra;
+using namespace Ovra::Script;
+
+// The image usertype alone, in a state of its own, as scripts use it on sprite pictures.
+class ScriptImageTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<State> m_state;
+
+    QString errorOf(const QString &code)
+    {
+        QString error;
+        if (m_state->run(code, QStringLiteral("test.lua"), &error))
+            return QStringLiteral("(no error)");
+        return error;
+    }
+    QVariant result(const QString &expression)
+    {
+        QString error;
+        if (!m_state->run(QStringLiteral("result = ") + expression, QStringLiteral("test.lua"), &error)) {
+            qWarning("%s", qPrintable(error));
+            return QStringLiteral("(failed)");
+        }
+        return m_state->globals().get<QVariant>("result");
+    }
+    // A 4x3 indexed picture with a red, green, blue, white table and index = x.
+    static QImage indexedPicture()
+    {
+        QImage image(4, 3, QImage::Format_Indexed8);
+        image.setColorTable({qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255), qRgb(255, 255, 255)});
+        for (int y = 0; y < 3; ++y)
+            for (int x = 0; x < 4; ++x)
+                image.setPixel(x, y, uint(x));
+        return image;
+    }
+
+private slots:
+    void init()
+    {
+        m_state = std::make_unique<State>();
+        m_state->openLibraries(State::SafeLibraries);
+        Table globals = m_state->globals();
+        registerImageClass(globals);
+        globals.set("indexed", indexedPicture());
+        QImage argb(2, 2, QImage::Format_ARGB32);
+        argb.fill(0x80112233);
+        argb.setPixel(1, 0, 0xff00ff00);
+        globals.set("argb", argb);
+    }
+    void cleanup() { m_state.reset(); }
+
+    void properties()
+    {
+        QCOMPARE(result(QStringLiteral("indexed.width")).toInt(), 4);
+        QCOMPARE(result(QStringLiteral("indexed.height")).toInt(), 3);
+        QCOMPARE(result(QStringLiteral("indexed.size.width * 10 + indexed.size.height")).toInt(), 43);
+        QCOMPARE(result(QStringLiteral("indexed.format == Image.Format.Indexed8")).toBool(), true);
+        QCOMPARE(result(QStringLiteral("argb.format")).toInt(), int(QImage::Format_ARGB32));
+        QCOMPARE(result(QStringLiteral("indexed.colorCount")).toInt(), 4);
+        QCOMPARE(result(QStringLiteral("indexed.isNull")).toBool(), false);
+        QCOMPARE(result(QStringLiteral("Image().isNull")).toBool(), true);
+        QCOMPARE(result(QStringLiteral("tostring(indexed)")).toString(), QStringLiteral("Image(4x3, Indexed8)"));
+    }
+
+    void pixels()
+    {
+        QCOMPARE(result(QStringLiteral("indexed:pixel(2, 1)")).toLongLong(), 2);
+        QCOMPARE(result(QStringLiteral("indexed:pixelIndex(3, 2)")).toLongLong(), 3);
+        QCOMPARE(result(QStringLiteral("argb:pixel(0, 0)")).toLongLong(), 0x80112233LL);
+        QCOMPARE(result(QStringLiteral("argb:pixel(1, 0)")).toLongLong(), 0xff00ff00LL);
+        // A change lands in the script's copy, and reads back.
+        QCOMPARE(result(QStringLiteral("(function() indexed:setPixel(0, 0, 3) return indexed:pixel(0, 0) end)()"))
+                     .toLongLong(),
+                 3);
+        QCOMPARE(result(QStringLiteral("(function() argb:setPixel(0, 1, 0xFFABCDEF) return argb:pixel(0, 1) end)()"))
+                     .toLongLong(),
+                 0xffabcdefLL);
+        QImage changed = m_state->globals().get<QImage>("argb");
+        QCOMPARE(changed.pixel(0, 1), 0xffabcdefu);
+    }
+
+    void colorTable()
+    {
+        QCOMPARE(result(QStringLiteral("indexed:color(1)")).toLongLong(), qint64(qRgb(0, 255, 0)));
+        QCOMPARE(result(QStringLiteral("#indexed:colorTable()")).toInt(), 4);
+        QCOMPARE(result(QStringLiteral("indexed:colorTable()[3]")).toLongLong(), qint64(qRgb(0, 0, 255)));
+        QVERIFY(m_state->run(QStringLiteral("indexed:setColorTable({0xFF000000, 0xFFFFFFFF})\n"
+                                            "indexed:setColor(5, 0x80102030)")));
+        QImage image = m_state->globals().get<QImage>("indexed");
+        // Setting past the end grows the table; the entries between are transparent black.
+        QCOMPARE(image.colorTable(),
+                 (QVector<QRgb>{0xff000000, 0xffffffff, 0, 0, 0, 0x80102030}));
+        QCOMPARE(result(QStringLiteral("#argb:colorTable()")).toInt(), 0);
+    }
+
+    void copyScaleConvertFill()
+    {
+        QVERIFY(m_state->run(QStringLiteral("part = indexed:copy(1, 1, 2, 2)\n"
+                                            "big = indexed:scaled(8, 6)\n"
+                                            "rgb = indexed:convertToFormat(Image.Format.RGB32)\n"
+                                            "made = Image(3, 2, Image.Format.Indexed8)\n"
+                                            "made:fill(7)\n"
+                                            "copied = Image(made)\n"
+                                            "copied:setPixel(0, 0, 1)")));
+        Table globals = m_state->globals();
+        QImage part = globals.get<QImage>("part");
+        QCOMPARE(part.size(), QSize(2, 2));
+        QCOMPARE(part.pixelIndex(0, 0), 1);
+        QCOMPARE(part.pixelIndex(1, 1), 2);
+        QCOMPARE(part.colorCount(), 4);
+        // Nearest neighbour: each pixel doubled, no new values.
+        QImage big = globals.get<QImage>("big");
+        QCOMPARE(big.size(), QSize(8, 6));
+        QCOMPARE(big.format(), QImage::Format_Indexed8);
+        QCOMPARE(big.pixelIndex(5, 4), 2);
+        QCOMPARE(big.pixelIndex(6, 0), 3);
+        QImage rgb = globals.get<QImage>("rgb");
+        QCOMPARE(rgb.format(), QImage::Format_RGB32);
+        QCOMPARE(rgb.pixel(2, 0), qRgb(0, 0, 255));
+        // A new indexed picture has a full table, so every index can be set.
+        QImage made = globals.get<QImage>("made");
+        QCOMPARE(made.colorCount(), 256);
+        QCOMPARE(made.pixelIndex(2, 1), 7);
+        QCOMPARE(made.color(7), qRgb(7, 7, 7));
+        // A copy is a value of its own.
+        QCOMPARE(globals.get<QImage>("copied").pixelIndex(0, 0), 1);
+        QCOMPARE(made.pixelIndex(0, 0), 7);
+        QCOMPARE(result(QStringLiteral("Image(2, 2).format == Image.Format.ARGB32 and Image(2, 2):pixel(1, 1) == 0"))
+                     .toBool(),
+                 true);
+        QCOMPARE(result(QStringLiteral("indexed == Image(indexed)")).toBool(), true);
+        QCOMPARE(result(QStringLiteral("indexed == argb")).toBool(), false);
+    }
+
+    void saveAndLoad_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("create");
+        QTest::newRow("indexed png") << "picture.png" << "indexed";
+        QTest::newRow("indexed pcx") << "picture.pcx" << "indexed";
+        QTest::newRow("true colour bmp") << "picture.bmp" << "indexed:convertToFormat(Image.Format.RGB32)";
+    }
+    void saveAndLoad()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, create);
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        const QString path = dir.filePath(name);
+        m_state->globals().set("path", path);
+        QString error;
+        QVERIFY2(m_state->run(QStringLiteral("local picture = %1\npicture:save(path)\n"
+                                             "loaded = Image.load(path)\n"
+                                             "again = Image()\nagain:load(path)")
+                                  .arg(create),
+                              QStringLiteral("test.lua"), &error),
+                 qPrintable(error));
+        // What the script wrote is what the library's codec writes for the same picture.
+        QImage expected = m_state->globals().get<QImage>("loaded");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray written = file.readAll();
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        const QByteArray format = QFileInfo(path).suffix().toUpper().toLatin1();
+        const QImage source = create == QLatin1String("indexed")
+                                  ? indexedPicture()
+                                  : indexedPicture().convertToFormat(QImage::Format_RGB32);
+        QVERIFY(saveImage(&buffer, format.constData(), source));
+        QCOMPARE(written, buffer.data());
+        QCOMPARE(expected.size(), QSize(4, 3));
+        QCOMPARE(expected.pixel(3, 1), qRgb(255, 255, 255));
+        QCOMPARE(m_state->globals().get<QImage>("again"), expected);
+    }
+
+    void saveFailureKeepsFile()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("keep.unknownformat"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("precious");
+        file.close();
+        m_state->globals().set("path", path);
+        QVERIFY(errorOf(QStringLiteral("indexed:save(path)")).contains(QLatin1String("cannot save")));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("precious"));
+        // A null image writes nothing either.
+        QVERIFY(errorOf(QStringLiteral("Image():save(path)")).contains(QLatin1String("the image is null")));
+    }
+
+    void loadFailures_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("missing file") << QByteArray() << "absent.png" << "cannot open";
+        QTest::newRow("truncated png") << QByteArray("\x89PNG\r\n\x1a\n\0\0", 10) << "short.png" << "not a readable PNG image";
+        QTest::newRow("no suffix") << QByteArray("x") << "plain" << "no suffix";
+    }
+    void loadFailures()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, name);
+        QFETCH(QString, message);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        if (!bytes.isEmpty()) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(bytes);
+        }
+        m_state->globals().set("path", path);
+        const QString error = errorOf(QStringLiteral("Image.load(path)"));
+        QVERIFY2(error.startsWith(QLatin1String("lua: error: test.lua:1: ")) && error.contains(message), qPrintable(error));
+        // The member form leaves the image as it was.
+        QVERIFY(errorOf(QStringLiteral("indexed:load(path)")).contains(message));
+        QCOMPARE(m_state->globals().get<QImage>("indexed"), indexedPicture());
+    }
+
+    void errors_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("pixel outside") << "indexed:pixel(4, 0)" << "pixel (4, 0) outside the 4x3 image";
+        QTest::newRow("negative pixel") << "argb:setPixel(-1, 0, 0)" << "pixel (-1, 0) outside the 2x2 image";
+        QTest::newRow("index past the table") << "indexed:setPixel(0, 0, 4)" << "colour index 4 outside the table of 4";
+        QTest::newRow("colour too large") << "argb:setPixel(0, 0, 0x100000000)" << "not a 32-bit";
+        QTest::newRow("pixelIndex of true colour") << "argb:pixelIndex(0, 0)" << "not an indexed image";
+        QTest::newRow("colour of no table") << "argb:color(0)" << "colour index 0 outside the table of 0";
+        QTest::newRow("setColor past 255") << "indexed:setColor(256, 0)" << "colour index 256 outside 0 to 255";
+        QTest::newRow("table too long") << "local t = {} for i = 1, 257 do t[i] = 0 end indexed:setColorTable(t)"
+                                        << "at most 256 colours";
+        QTest::newRow("table of strings") << "indexed:setColorTable({'red'})" << "bad argument";
+        QTest::newRow("copy outside") << "indexed:copy(2, 0, 3, 1)" << "rectangle (2, 0, 3, 1) outside the 4x3 image";
+        QTest::newRow("copy empty") << "indexed:copy(0, 0, 0, 1)" << "outside";
+        QTest::newRow("scaled to zero") << "indexed:scaled(0, 5)" << "bad image size 0x5";
+        QTest::newRow("scaled huge") << "indexed:scaled(100000, 5)" << "bad image size";
+        QTest::newRow("bad format") << "indexed:convertToFormat(1)" << "unsupported image format 1";
+        QTest::newRow("constructor format") << "Image(2, 2, 99)" << "unsupported image format 99";
+        QTest::newRow("constructor size") << "Image(-2, 2)" << "bad image size -2x2";
+        QTest::newRow("constructor arguments") << "Image('a')" << "lua: error:";
+        QTest::newRow("scale a null image") << "Image():scaled(2, 2)" << "the image is null";
+        QTest::newRow("fill a null image") << "Image():fill(0)" << "the image is null";
+        QTest::newRow("wrong self") << "indexed.pixel({}, 0, 0)" << "bad self";
+        QTest::newRow("missing argument") << "indexed:pixel(1)" << "missing";
+        QTest::newRow("string coordinate") << "indexed:pixel('1', 0)" << "bad argument";
+        QTest::newRow("read-only width") << "indexed.width = 3" << "width";
+    }
+    void errors()
+    {
+        QFETCH(QString, code);
+        QFETCH(QString, message);
+        const QString error = errorOf(code);
+        QVERIFY2(error.startsWith(QLatin1String("lua: error: ")) && error.contains(message), qPrintable(error));
+        // The pictures are untouched, and the state goes on.
+        QCOMPARE(m_state->globals().get<QImage>("indexed"), indexedPicture());
+        QCOMPARE(result(QStringLiteral("indexed.width")).toInt(), 4);
+    }
+};
+
+QTEST_GUILESS_MAIN(ScriptImageTest)
+#include "tst_scriptimage.moc"
