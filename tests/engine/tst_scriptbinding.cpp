@@ -351,6 +351,14 @@ private slots:
         QTest::newRow("list of objects") << "echoNodes({node, node})[2] == node" << QVariant(true);
         QTest::newRow("enum") << "echoShade(Node.Shade.Light)" << QVariant(2);
         QTest::newRow("value list") << "echoColors({Color(1, 1, 1), Color(4, 5, 6)})[2].blue" << QVariant(6);
+        QTest::newRow("variant of a point") << "variantType({x = 3, y = 4})" << QVariant(QStringLiteral("QPoint"));
+        QTest::newRow("variant of a real point") << "variantType({x = 0.5, y = 4})" << QVariant(QStringLiteral("QPointF"));
+        QTest::newRow("variant of a size") << "variantType({width = 2, height = 3})" << QVariant(QStringLiteral("QSize"));
+        QTest::newRow("variant of a rectangle") << "variantType({x = 1, y = 2, width = 3, height = 4})"
+                                                << QVariant(QStringLiteral("QRect"));
+        QTest::newRow("variant of more keys") << "variantType({x = 1, y = 2, z = 3})" << QVariant(QStringLiteral("QVariantMap"));
+        QTest::newRow("variant of a text point") << "variantType({x = 'a', y = 2})" << QVariant(QStringLiteral("QVariantMap"));
+        QTest::newRow("point through a variant") << "echoVariant({x = -3, y = 7}).y" << QVariant(7);
     }
     void conversions()
     {
@@ -374,7 +382,8 @@ private slots:
             .function("echoInts", [](const QVector<int> &v) { return v; })
             .function("echoNodes", [](const QList<Node *> &v) { return v; })
             .function("echoShade", [](Shade v) { return v; })
-            .function("echoColors", [](const QVector<Color> &v) { return v; });
+            .function("echoColors", [](const QVector<Color> &v) { return v; })
+            .function("variantType", [](const QVariant &v) { return QString::fromLatin1(v.typeName()); });
         QCOMPARE(result(expression), expected);
     }
 

@@ -108,6 +108,23 @@ void pushVariant(lua_State *L, const QVariant &value, int depth)
         lua_pushnil(L);
 }
 
+bool fields(lua_State *L, int index, std::initializer_list<const char *> names, lua_Number *values, bool integer);
+
+// A table of exactly the keys of a point, a size or a rectangle, as that; else invalid.
+QVariant geometryOf(lua_State *L, int index, lua_Integer keys)
+{
+    lua_Number v[4];
+    if (keys == 2 && fields(L, index, {"x", "y"}, v, true))
+        return QPoint(int(v[0]), int(v[1]));
+    if (keys == 2 && fields(L, index, {"x", "y"}, v, false))
+        return QPointF(v[0], v[1]);
+    if (keys == 2 && fields(L, index, {"width", "height"}, v, true))
+        return QSize(int(v[0]), int(v[1]));
+    if (keys == 4 && fields(L, index, {"x", "y", "width", "height"}, v, true))
+        return QRect(int(v[0]), int(v[1]), int(v[2]), int(v[3]));
+    return QVariant();
+}
+
 QVariant toVariant(lua_State *L, int index, int depth)
 {
     switch (lua_type(L, index)) {
@@ -156,6 +173,10 @@ QVariant toVariant(lua_State *L, int index, int depth)
     }
     if (!stringKeys)
         argumentError(L, index, "a sequence or a table of string keys");
+    // The tables that points, sizes and rectangles become on the way out come back as
+    // what they were, so that identifiers and geometry go through a QVariant unchanged.
+    if (const QVariant geometry = geometryOf(L, index, keys); geometry.isValid())
+        return geometry;
     QVariantMap map;
     lua_pushnil(L);
     while (lua_next(L, index)) {
