@@ -1,6 +1,7 @@
 #include "soundbank.h"
 
 #include "soundbankformat.h"
+#include "wholefile.h"
 
 #include "foundation/archive.h"
 #include "sound/soundcodecs.h"
@@ -153,14 +154,12 @@ bool SoundBank::fromBytes(const QByteArray &bytes)
 
 bool SoundBank::fromFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
 {
-    QIODevice *device = archive.openFile(name, QIODevice::ReadOnly);
-    if (!device) {
+    QByteArray bytes;
+    if (!readWholeFile(archive, name, bytes)) {
         m_messages->clear();
         m_messages->add(Message::Error, QStringLiteral("The sound bank can't be read."), 0, 0);
         return false;
     }
-    const QByteArray bytes = device->readAll();
-    archive.closeFile(device);
     if (!fromBytes(bytes))
         return false;
     if (!(flags & Foreign))
@@ -171,15 +170,8 @@ bool SoundBank::fromFile(Archive &archive, const QString &name, uint flags, JobS
 
 bool SoundBank::toFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
 {
-    QIODevice *device = archive.openFile(name, QIODevice::WriteOnly);
-    if (!device)
+    if (!writeWholeFile(archive, name, toBytes()))
         return false;
-    const QByteArray bytes = toBytes();
-    if (device->write(bytes) != bytes.size()) {
-        archive.discardFile(device);
-        return false;
-    }
-    archive.closeFile(device);
     if (!(flags & Foreign)) {
         m_fileName = name;
         m_modified = false;

@@ -1,5 +1,6 @@
 #include "spritecontainer.h"
 #include "spritecontainer_p.h"
+#include "wholefile.h"
 
 #include "foundation/archive.h"
 #include "image/gifimage.h"
@@ -265,14 +266,12 @@ bool SpriteContainer::fromBytes(const QByteArray &bytes)
 
 bool SpriteContainer::fromFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
 {
-    QIODevice *device = archive.openFile(name, QIODevice::ReadOnly);
-    if (!device) {
+    QByteArray bytes;
+    if (!readWholeFile(archive, name, bytes)) {
         m_messages->clear();
         m_messages->add(Message::Error, QStringLiteral("The sprite container can't be read."), 0, 0);
         return false;
     }
-    const QByteArray bytes = device->readAll();
-    archive.closeFile(device);
     if (!fromBytes(bytes))
         return false;
     if (!(flags & Foreign))
@@ -283,15 +282,8 @@ bool SpriteContainer::fromFile(Archive &archive, const QString &name, uint flags
 
 bool SpriteContainer::toFile(Archive &archive, const QString &name, uint flags, JobStats *stats)
 {
-    QIODevice *device = archive.openFile(name, QIODevice::WriteOnly);
-    if (!device)
+    if (!writeWholeFile(archive, name, toBytes()))
         return false;
-    const QByteArray bytes = toBytes();
-    if (device->write(bytes) != bytes.size()) {
-        archive.discardFile(device);
-        return false;
-    }
-    archive.closeFile(device);
     if (!(flags & Foreign)) {
         m_fileName = name;
         m_cleanStep = m_undo.size();
