@@ -16,6 +16,8 @@ class OVRA_EXPORT Variable : public QObject
 public:
     // A member is owned by the variable it belongs to.
     explicit Variable(const QString &name, const QVariant &value = QVariant(), Variable *owner = nullptr);
+    // Leaves its owner's members, and tells ending() while it is still a variable.
+    ~Variable() override;
 
     QString name() const { return m_name; }
     QVariant value() const { return m_value; }
@@ -28,6 +30,9 @@ public:
 
 signals:
     void valueChanged();
+    // From the destructor, before the variable's members end; views drop its rows here
+    // (QObject::destroyed comes too late: the variable is no more than a QObject then).
+    void ending(Ovra::Variable *variable);
 
 private:
     QString m_name;

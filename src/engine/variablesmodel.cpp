@@ -60,7 +60,7 @@ void VariablesModel::addWatch(Variable *variable)
     endInsertRows();
     follow(variable);
     // A watched variable that ends leaves the list with its row.
-    connect(variable, &QObject::destroyed, this, [this, variable] { removeWatch(variable); });
+    connect(variable, &Variable::ending, this, &VariablesModel::removeWatch);
 }
 
 void VariablesModel::removeWatch(Variable *variable)

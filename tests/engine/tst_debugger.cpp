@@ -49,6 +49,7 @@ private slots:
     void modelFollowsValues();
     void watchesGoWithTheirVariables();
     void clearEndsScopes();
+    void membersLeaveTheirOwner();
 };
 
 void DebuggerTest::reportsBecomeSignals()
@@ -193,6 +194,20 @@ void DebuggerTest::clearEndsScopes()
     QVERIFY(member.isNull());          // the model's own variables end with it
     QCOMPARE(watched.value(), QVariant(0)); // a watch stays its owner's
     QVERIFY(!model.addVariable(nullptr, QStringLiteral("y"), 2));
+}
+
+void DebuggerTest::membersLeaveTheirOwner()
+{
+    auto *owner = new Variable(QStringLiteral("player"));
+    auto *x = new Variable(QStringLiteral("x"), 1, owner);
+    QPointer<Variable> y = new Variable(QStringLiteral("y"), 2, owner);
+    QSignalSpy ending(x, &Variable::ending);
+    delete x;
+    QCOMPARE(ending.size(), 1);
+    QCOMPARE(owner->members().size(), 1);
+    QCOMPARE(owner->members().first()->name(), QStringLiteral("y"));
+    delete owner; // its last member ends with it, without reaching back
+    QVERIFY(y.isNull());
 }
 
 QTEST_GUILESS_MAIN(DebuggerTest)

@@ -102,7 +102,7 @@ void registerTypes(Table &table)
         .function("sumTwo", [](Node *self, int a, int b) { return self->sum(a, b, 0, 0); })
         .function("fail", &Node::fail)
         .function("label", overload([](const Node &self) { return self.name(); },
-                                    [](const Node &self, const QString &prefix) { return prefix + self.name(); }))
+                                    [](const Node &self, const QString &prefix) -> QString { return prefix + self.name(); }))
         .enumeration("Shade", {{"Dark", 1}, {"Light", 2}});
     table.usertype<Other>("Other").function("value", &Other::value);
     table.usertype<Color>("Color")

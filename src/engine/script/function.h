@@ -2,6 +2,8 @@
 
 #include "engine/script/stack.h"
 
+#include <QStringBuilder>
+
 #include <functional>
 #include <tuple>
 #include <utility>
@@ -123,9 +125,22 @@ void pushResult(lua_State *L, V &&value)
         pushPointer(L, &value);
 }
 
+template <class T>
+struct IsStringBuilder : std::false_type
+{
+};
+template <class A, class B>
+struct IsStringBuilder<QStringBuilder<A, B>> : std::true_type
+{
+};
+
 template <class F, class R, class... A, size_t... I>
 int call(lua_State *L, F &function, int first, std::index_sequence<I...>)
 {
+    // With the project's string builder, "a + b" is a proxy holding its parts by reference,
+    // and a lambda returning it hands out references to its own temporaries.
+    static_assert(!IsStringBuilder<std::decay_t<R>>::value,
+                  "a bound function returns a string built with '+': give it the result type QString");
     // Braced initialisation converts the arguments in order, so the first bad one is named.
     [[maybe_unused]] std::tuple<typename Arg<A>::Holder...> held{Arg<A>::get(L, first + int(I))...};
     if constexpr (std::is_void_v<R>) {
