@@ -1,4 +1,5 @@
 #include "engine/script/script.h"
+#include "scripttest.h"
 
 #include <QPointer>
 #include <QTest>
@@ -160,19 +161,6 @@ private:
             qWarning("%s", qPrintable(error));
         return ok;
     }
-    QString errorOf(const QString &code)
-    {
-        QString error;
-        if (m_state->run(code, QStringLiteral("test.lua"), &error))
-            return QStringLiteral("(no error)");
-        return error;
-    }
-    QVariant result(const QString &expression)
-    {
-        if (!run(QStringLiteral("result = ") + expression))
-            return QStringLiteral("(failed)");
-        return m_state->globals().get<QVariant>("result");
-    }
 
 private slots:
     void init()
@@ -195,14 +183,14 @@ private slots:
 
     void properties()
     {
-        QCOMPARE(result(QStringLiteral("node.name")), QVariant(QStringLiteral("root")));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("node.name")), QVariant(QStringLiteral("root")));
         // A property of the base, reached and written through the derived type.
         QVERIFY(run(QStringLiteral("node.name = 'ä tree'")));
         QCOMPARE(m_node->name(), QStringLiteral("ä tree"));
-        QCOMPARE(result(QStringLiteral("node.corners")), QVariant(4));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("node.corners")), QVariant(4));
         QVERIFY(run(QStringLiteral("node.shade = Node.Shade.Light")));
         QCOMPARE(m_node->shade(), Shade::Light);
-        QCOMPARE(result(QStringLiteral("node.shade")), QVariant(2));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("node.shade")), QVariant(2));
     }
 
     void functions_data()
@@ -228,7 +216,7 @@ private slots:
     {
         QFETCH(QString, expression);
         QFETCH(QVariant, expected);
-        QCOMPARE(result(expression), expected);
+        QCOMPARE(scriptResult(*m_state, expression), expected);
     }
 
     // The Shape inside a Node is at another address; the binding must hand over that one.
@@ -241,19 +229,19 @@ private slots:
         QCOMPARE(lastShape, static_cast<const Shape *>(m_node.get()));
         // A Node handed over as a Shape* shows as a Node, with all its members.
         m_state->globals().set("shape", static_cast<Shape *>(m_node.get()));
-        QCOMPARE(result(QStringLiteral("shape:sum(1, 1, 1, 1)")), QVariant(4));
-        QCOMPARE(result(QStringLiteral("shape == node")), QVariant(true));
-        QCOMPARE(result(QStringLiteral("shape == other")), QVariant(false));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("shape:sum(1, 1, 1, 1)")), QVariant(4));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("shape == node")), QVariant(true));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("shape == other")), QVariant(false));
         // Through a base that isn't registered itself, as long as the class names it.
         m_state->globals().function("asObject", [this]() -> QObject * { return m_node.get(); });
-        QCOMPARE(result(QStringLiteral("asObject() == node")), QVariant(true));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("asObject() == node")), QVariant(true));
         QObject stranger;
         m_state->globals().function("stranger", [&stranger]() -> QObject * { return &stranger; });
-        QVERIFY(errorOf(QStringLiteral("stranger()")).contains(QLatin1String("QObject is not a registered script type")));
+        QVERIFY(scriptError(*m_state, QStringLiteral("stranger()")).contains(QLatin1String("QObject is not a registered script type")));
         // A plain Shape has no Node members.
         Shape plain;
         m_state->globals().set("plain", &plain);
-        QVERIFY(errorOf(QStringLiteral("return plain.children")).contains(QLatin1String("Shape has no member 'children'")));
+        QVERIFY(scriptError(*m_state, QStringLiteral("return plain.children")).contains(QLatin1String("Shape has no member 'children'")));
     }
 
     void values()
@@ -278,16 +266,16 @@ private slots:
     void builtinAsUsertype()
     {
         QVERIFY(run(QStringLiteral("list = StringList()\nlist:append('a')\nlist:append('b')")));
-        QCOMPARE(result(QStringLiteral("list.count")), QVariant(2));
-        QCOMPARE(result(QStringLiteral("list:join('+')")), QVariant(QStringLiteral("a+b")));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("list.count")), QVariant(2));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("list:join('+')")), QVariant(QStringLiteral("a+b")));
         // Taken where a QStringList is wanted, and given back as a plain sequence.
         m_state->globals().function("reversed", [](QStringList list) {
             std::reverse(list.begin(), list.end());
             return list;
         });
-        QCOMPARE(result(QStringLiteral("reversed(list)[1]")), QVariant(QStringLiteral("b")));
-        QCOMPARE(result(QStringLiteral("reversed({'x', 'y'})[1]")), QVariant(QStringLiteral("y")));
-        QVERIFY(errorOf(QStringLiteral("local f = list.append\nf({}, 'x')"))
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("reversed(list)[1]")), QVariant(QStringLiteral("b")));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("reversed({'x', 'y'})[1]")), QVariant(QStringLiteral("y")));
+        QVERIFY(scriptError(*m_state, QStringLiteral("local f = list.append\nf({}, 'x')"))
                     .startsWith(QLatin1String("lua: error: test.lua:2: bad self to 'StringList.append' (expected "
                                               "StringList, got table)")));
     }
@@ -314,15 +302,15 @@ private slots:
 
     void enumerations()
     {
-        QCOMPARE(result(QStringLiteral("Side.Right")), QVariant(2));
-        QCOMPARE(result(QStringLiteral("Node.Shade.Dark")), QVariant(1));
-        QCOMPARE(result(QStringLiteral("Side.Missing")), QVariant());
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("Side.Right")), QVariant(2));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("Node.Shade.Dark")), QVariant(1));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("Side.Missing")), QVariant());
         QVERIFY(run(QStringLiteral("n = 0\nfor k, v in pairs(Side) do n = n + v end")));
         QCOMPARE(m_state->globals().get<int>("n"), 7);
         // Flags as integers combine with Lua's own operator, or through a flags value.
-        QCOMPARE(result(QStringLiteral("hasTop(Side.Left | Side.Top)")), QVariant(true));
-        QCOMPARE(result(QStringLiteral("hasTop(Sides() | Side.Right)")), QVariant(false));
-        QCOMPARE(result(QStringLiteral("Sides() | Side.Right | Side.Top")), QVariant(6));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("hasTop(Side.Left | Side.Top)")), QVariant(true));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("hasTop(Sides() | Side.Right)")), QVariant(false));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("Sides() | Side.Right | Side.Top")), QVariant(6));
     }
 
     void conversions_data()
@@ -384,7 +372,7 @@ private slots:
             .function("echoShade", [](Shade v) { return v; })
             .function("echoColors", [](const QVector<Color> &v) { return v; })
             .function("variantType", [](const QVariant &v) { return QString::fromLatin1(v.typeName()); });
-        QCOMPARE(result(expression), expected);
+        QCOMPARE(scriptResult(*m_state, expression), expected);
     }
 
     void errors_data()
@@ -426,11 +414,11 @@ private slots:
     {
         QFETCH(QString, code);
         QFETCH(QString, message);
-        QString error = errorOf(code);
+        QString error = scriptError(*m_state, code);
         QVERIFY2(error.startsWith(QLatin1String("lua: error: ")), qPrintable(error));
         QVERIFY2(error.contains(message), qPrintable(error));
         // The state stays usable after an error.
-        QCOMPARE(result(QStringLiteral("node.name")), QVariant(QStringLiteral("root")));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("node.name")), QVariant(QStringLiteral("root")));
     }
 
     void errorLocations_data()
@@ -447,7 +435,7 @@ private slots:
     {
         QFETCH(QString, code);
         QFETCH(QString, start);
-        QString error = errorOf(code);
+        QString error = scriptError(*m_state, code);
         QVERIFY2(error.startsWith(start), qPrintable(error));
     }
 
@@ -486,8 +474,8 @@ private slots:
         space.set("level", 3).set("title", QStringLiteral("Über")).set("owner", m_node.get());
         space.usertype<Other>("Thing").function("value", &Other::value);
         QVERIFY(globals.table("game").contains("level"));
-        QCOMPARE(result(QStringLiteral("game.level + #game.title")), QVariant(8));
-        QCOMPARE(result(QStringLiteral("game.owner == node")), QVariant(true));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("game.level + #game.title")), QVariant(8));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("game.owner == node")), QVariant(true));
         bool ok = true;
         QCOMPARE(space.get<QString>("level", &ok), QString());
         QVERIFY(!ok);

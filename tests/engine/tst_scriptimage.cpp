@@ -1,4 +1,5 @@
 #include "engine/script/script.h"
+#include "scripttest.h"
 #include "engine/script/scriptimage.h"
 #include "image/imagecodecs.h"
 
@@ -21,22 +22,6 @@ class ScriptImageTest : public QObject
 private:
     std::unique_ptr<State> m_state;
 
-    QString errorOf(const QString &code)
-    {
-        QString error;
-        if (m_state->run(code, QStringLiteral("test.lua"), &error))
-            return QStringLiteral("(no error)");
-        return error;
-    }
-    QVariant result(const QString &expression)
-    {
-        QString error;
-        if (!m_state->run(QStringLiteral("result = ") + expression, QStringLiteral("test.lua"), &error)) {
-            qWarning("%s", qPrintable(error));
-            return QStringLiteral("(failed)");
-        }
-        return m_state->globals().get<QVariant>("result");
-    }
     // A 4x3 indexed picture with a red, green, blue, white table and index = x.
     static QImage indexedPicture()
     {
@@ -65,28 +50,28 @@ private slots:
 
     void properties()
     {
-        QCOMPARE(result(QStringLiteral("indexed.width")).toInt(), 4);
-        QCOMPARE(result(QStringLiteral("indexed.height")).toInt(), 3);
-        QCOMPARE(result(QStringLiteral("indexed.size.width * 10 + indexed.size.height")).toInt(), 43);
-        QCOMPARE(result(QStringLiteral("indexed.format == Image.Format.Indexed8")).toBool(), true);
-        QCOMPARE(result(QStringLiteral("argb.format")).toInt(), int(QImage::Format_ARGB32));
-        QCOMPARE(result(QStringLiteral("indexed.colorCount")).toInt(), 4);
-        QCOMPARE(result(QStringLiteral("indexed.isNull")).toBool(), false);
-        QCOMPARE(result(QStringLiteral("Image().isNull")).toBool(), true);
-        QCOMPARE(result(QStringLiteral("tostring(indexed)")).toString(), QStringLiteral("Image(4x3, Indexed8)"));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed.width")).toInt(), 4);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed.height")).toInt(), 3);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed.size.width * 10 + indexed.size.height")).toInt(), 43);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed.format == Image.Format.Indexed8")).toBool(), true);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("argb.format")).toInt(), int(QImage::Format_ARGB32));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed.colorCount")).toInt(), 4);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed.isNull")).toBool(), false);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("Image().isNull")).toBool(), true);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("tostring(indexed)")).toString(), QStringLiteral("Image(4x3, Indexed8)"));
     }
 
     void pixels()
     {
-        QCOMPARE(result(QStringLiteral("indexed:pixel(2, 1)")).toLongLong(), 2);
-        QCOMPARE(result(QStringLiteral("indexed:pixelIndex(3, 2)")).toLongLong(), 3);
-        QCOMPARE(result(QStringLiteral("argb:pixel(0, 0)")).toLongLong(), 0x80112233LL);
-        QCOMPARE(result(QStringLiteral("argb:pixel(1, 0)")).toLongLong(), 0xff00ff00LL);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed:pixel(2, 1)")).toLongLong(), 2);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed:pixelIndex(3, 2)")).toLongLong(), 3);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("argb:pixel(0, 0)")).toLongLong(), 0x80112233LL);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("argb:pixel(1, 0)")).toLongLong(), 0xff00ff00LL);
         // A change lands in the script's copy, and reads back.
-        QCOMPARE(result(QStringLiteral("(function() indexed:setPixel(0, 0, 3) return indexed:pixel(0, 0) end)()"))
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("(function() indexed:setPixel(0, 0, 3) return indexed:pixel(0, 0) end)()"))
                      .toLongLong(),
                  3);
-        QCOMPARE(result(QStringLiteral("(function() argb:setPixel(0, 1, 0xFFABCDEF) return argb:pixel(0, 1) end)()"))
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("(function() argb:setPixel(0, 1, 0xFFABCDEF) return argb:pixel(0, 1) end)()"))
                      .toLongLong(),
                  0xffabcdefLL);
         QImage changed = m_state->globals().get<QImage>("argb");
@@ -95,16 +80,16 @@ private slots:
 
     void colorTable()
     {
-        QCOMPARE(result(QStringLiteral("indexed:color(1)")).toLongLong(), qint64(qRgb(0, 255, 0)));
-        QCOMPARE(result(QStringLiteral("#indexed:colorTable()")).toInt(), 4);
-        QCOMPARE(result(QStringLiteral("indexed:colorTable()[3]")).toLongLong(), qint64(qRgb(0, 0, 255)));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed:color(1)")).toLongLong(), qint64(qRgb(0, 255, 0)));
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("#indexed:colorTable()")).toInt(), 4);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed:colorTable()[3]")).toLongLong(), qint64(qRgb(0, 0, 255)));
         QVERIFY(m_state->run(QStringLiteral("indexed:setColorTable({0xFF000000, 0xFFFFFFFF})\n"
                                             "indexed:setColor(5, 0x80102030)")));
         QImage image = m_state->globals().get<QImage>("indexed");
         // Setting past the end grows the table; the entries between are transparent black.
         QCOMPARE(image.colorTable(),
                  (QVector<QRgb>{0xff000000, 0xffffffff, 0, 0, 0, 0x80102030}));
-        QCOMPARE(result(QStringLiteral("#argb:colorTable()")).toInt(), 0);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("#argb:colorTable()")).toInt(), 0);
     }
 
     void copyScaleConvertFill()
@@ -139,11 +124,11 @@ private slots:
         // A copy is a value of its own.
         QCOMPARE(globals.get<QImage>("copied").pixelIndex(0, 0), 1);
         QCOMPARE(made.pixelIndex(0, 0), 7);
-        QCOMPARE(result(QStringLiteral("Image(2, 2).format == Image.Format.ARGB32 and Image(2, 2):pixel(1, 1) == 0"))
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("Image(2, 2).format == Image.Format.ARGB32 and Image(2, 2):pixel(1, 1) == 0"))
                      .toBool(),
                  true);
-        QCOMPARE(result(QStringLiteral("indexed == Image(indexed)")).toBool(), true);
-        QCOMPARE(result(QStringLiteral("indexed == argb")).toBool(), false);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed == Image(indexed)")).toBool(), true);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed == argb")).toBool(), false);
     }
 
     void saveAndLoad_data()
@@ -196,11 +181,11 @@ private slots:
         file.write("precious");
         file.close();
         m_state->globals().set("path", path);
-        QVERIFY(errorOf(QStringLiteral("indexed:save(path)")).contains(QLatin1String("cannot save")));
+        QVERIFY(scriptError(*m_state, QStringLiteral("indexed:save(path)")).contains(QLatin1String("cannot save")));
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), QByteArray("precious"));
         // A null image writes nothing either.
-        QVERIFY(errorOf(QStringLiteral("Image():save(path)")).contains(QLatin1String("the image is null")));
+        QVERIFY(scriptError(*m_state, QStringLiteral("Image():save(path)")).contains(QLatin1String("the image is null")));
     }
 
     void loadFailures_data()
@@ -225,10 +210,10 @@ private slots:
             file.write(bytes);
         }
         m_state->globals().set("path", path);
-        const QString error = errorOf(QStringLiteral("Image.load(path)"));
+        const QString error = scriptError(*m_state, QStringLiteral("Image.load(path)"));
         QVERIFY2(error.startsWith(QLatin1String("lua: error: test.lua:1: ")) && error.contains(message), qPrintable(error));
         // The member form leaves the image as it was.
-        QVERIFY(errorOf(QStringLiteral("indexed:load(path)")).contains(message));
+        QVERIFY(scriptError(*m_state, QStringLiteral("indexed:load(path)")).contains(message));
         QCOMPARE(m_state->globals().get<QImage>("indexed"), indexedPicture());
     }
 
@@ -265,11 +250,11 @@ private slots:
     {
         QFETCH(QString, code);
         QFETCH(QString, message);
-        const QString error = errorOf(code);
+        const QString error = scriptError(*m_state, code);
         QVERIFY2(error.startsWith(QLatin1String("lua: error: ")) && error.contains(message), qPrintable(error));
         // The pictures are untouched, and the state goes on.
         QCOMPARE(m_state->globals().get<QImage>("indexed"), indexedPicture());
-        QCOMPARE(result(QStringLiteral("indexed.width")).toInt(), 4);
+        QCOMPARE(scriptResult(*m_state, QStringLiteral("indexed.width")).toInt(), 4);
     }
 };
 

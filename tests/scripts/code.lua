@@ -1,14 +1,4 @@
 -- The code group: cursors, code documents and nodes, on the knight's definitions.
-local function fails(call, pattern)
-    local ok, message = pcall(call)
-    assert(not ok, "the call should have failed: " .. pattern)
-    assert(string.find(message, pattern, 1, true), "unexpected error: " .. tostring(message))
-end
-local function wholeText(document)
-    local cursor = document.cursor
-    cursor:select(CodeCursor.SelectionType.Document)
-    return cursor.selectedCode
-end
 
 local document = project:fileByType(5):asSourceCode()
 assert(document ~= nil, "the definitions are code")

@@ -1,11 +1,5 @@
 -- The io group: string lists, devices opened through an archive, and the flags of
 -- directory listings.
-local function fails(call, pattern)
-    local ok, message = pcall(call)
-    assert(not ok, "the call should have failed: " .. pattern)
-    assert(string.find(message, pattern, 1, true), "unexpected error: " .. tostring(message))
-    assert(string.find(message, "lua: error: ", 1, true) == 1, "errors start with the prefix: " .. message)
-end
 
 local archive = project.archive
 local knight = workDir .. "/knight/"

@@ -1,12 +1,4 @@
 -- The projects group: the work, the knight project, its files, sprites and palettes.
-local function fails(call, pattern)
-    local ok, message = pcall(call)
-    assert(not ok, "the call should have failed: " .. pattern)
-    assert(string.find(message, pattern, 1, true), "unexpected error: " .. tostring(message))
-end
-local function endsWith(text, tail)
-    return string.sub(text, -#tail) == tail
-end
 
 -- ParentProject
 local parent = project.parent

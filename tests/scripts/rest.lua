@@ -1,10 +1,5 @@
 -- The rest group: archives, debuggers, the engine, progress, organizing, properties and
 -- colours.
-local function fails(call, pattern)
-    local ok, message = pcall(call)
-    assert(not ok, "the call should have failed: " .. pattern)
-    assert(string.find(message, pattern, 1, true), "unexpected error: " .. tostring(message))
-end
 
 -- Archive.instance: the file system for a name no container serves, a zip for ".zip"
 -- (the runner loads the plug-in, whose container serves "ZIP").

@@ -16,6 +16,7 @@
 #include "project/project.h"
 #include "testfiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -144,8 +145,15 @@ int main(int argc, char **argv)
         globals.set("debugger", static_cast<Debugger *>(&debugger));
         globals.set("emulator", static_cast<Emulator *>(&emulator));
         globals.function("callLog", [] { return callLog(); });
+        // The helpers every script of the suite shares.
+        const QString helpersName = QFileInfo(scriptName).dir().filePath(QStringLiteral("common/helpers.lua"));
+        QFile helpers(helpersName);
+        if (!helpers.open(QIODevice::ReadOnly))
+            result = fail(QStringLiteral("can't read ") + helpersName);
+        else if (!state.run(QString::fromUtf8(helpers.readAll()), QStringLiteral("helpers.lua"), &error))
+            result = fail(error);
         const QString chunk = QFileInfo(scriptName).fileName();
-        if (!state.run(code, chunk, &error))
+        if (result == 0 && !state.run(code, chunk, &error))
             result = fail(error);
     }
     project->release();

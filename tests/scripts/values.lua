@@ -1,15 +1,5 @@
 -- The values group: values through their groups, frames, boxes, animations and the
 -- blend record. Every edit is a text edit that the document's undo takes back.
-local function fails(call, pattern)
-    local ok, message = pcall(call)
-    assert(not ok, "the call should have failed: " .. pattern)
-    assert(string.find(message, pattern, 1, true), "unexpected error: " .. tostring(message))
-end
-local function wholeText(document)
-    local cursor = document.cursor
-    cursor:select(CodeCursor.SelectionType.Document)
-    return cursor.selectedCode
-end
 
 -- GroupCode and ValueCode
 local definitions = project:fileByType(5):asSourceCode()
