@@ -391,24 +391,18 @@ bool Reader::readBoxes(const QJsonObject &object, const char *name, QList<QRect>
 
 // ---- Importing
 
-// Fills a fresh animation at `row` with the frames of the record. Nodes are looked up
-// again after each edit, since a language is free to build a line's node anew.
-bool fill(Animations &animations, int row, const AnimationData &data)
+// The frame of the animation at `row`, looked up anew.
+FrameCode *frameAt(Animations &animations, int row, uint index)
 {
-    AnimationCode *animation = animations.at(uint(row));
-    if (!animation)
-        return false;
-    if (!data.name.isEmpty() && animation->name() != data.name)
-        animation->setName(data.name);
-    auto frameAt = [&animations, row](uint index) -> FrameCode * {
-        AnimationCode *owner = animations.at(uint(row));
-        return owner ? owner->frameAt(index) : nullptr;
-    };
-    // All frames stand before any is filled in: a language may write a new frame right
-    // behind the line of the last one, which would put it above that frame's boxes.
-    // A template may come with frames of its own; those are used first, and any beyond
-    // the file's go.
-    const uint total = uint(data.frames.size());
+    AnimationCode *owner = animations.at(uint(row));
+    return owner ? owner->frameAt(index) : nullptr;
+}
+
+// Adds frames at the end of the animation at `row`, or removes them there, until it has
+// `total`; false where an edit doesn't take or the animation goes.
+bool matchFrameCount(Animations &animations, int row, uint total)
+{
+    AnimationCode *animation = nullptr;
     while ((animation = animations.at(uint(row))) && animation->frameCount() < total) {
         const uint before = animation->frameCount();
         if (!animation->addFrame() || !(animation = animations.at(uint(row))) || animation->frameCount() <= before)
@@ -420,60 +414,94 @@ bool fill(Animations &animations, int row, const AnimationData &data)
         if ((animation = animations.at(uint(row))) && animation->frameCount() >= before)
             return false;
     }
-    if (!animation)
-        return false;
-    for (uint index = 0; index < total; ++index) {
-        const FrameData &wanted = data.frames.at(int(index));
-        FrameCode *frame = frameAt(index);
+    return animation != nullptr;
+}
+
+// No blend stays no blend whatever factors the frame keeps.
+void fillBlend(FrameCode *frame, const FrameCode::Blend &wanted)
+{
+    const FrameCode::Blend blend = frame->blend();
+    if (wanted.mode == FrameCode::Blend::None) {
+        if (blend.mode != FrameCode::Blend::None)
+            frame->setBlendMode(FrameCode::Blend::None);
+    } else if (blend.mode != wanted.mode || blend.source != wanted.source || blend.destination != wanted.destination) {
+        frame->setBlend(wanted);
+    }
+}
+
+bool fillBoxes(Animations &animations, int row, uint index, const FrameData &wanted)
+{
+    for (const auto type : {ContactBoxCode::Attack, ContactBoxCode::Collision}) {
+        const QList<QRect> &rects = type == ContactBoxCode::Attack ? wanted.attack : wanted.collision;
+        FrameCode *frame = frameAt(animations, row, index);
         if (!frame)
             return false;
-        if (variantValue(frame->spriteId()) != variantValue(wanted.sprite))
-            frame->setSpriteId(wanted.sprite);
-        if ((frame = frameAt(index)) && frame->offsetX() != wanted.offset.x())
-            frame->setOffsetX(wanted.offset.x());
-        if ((frame = frameAt(index)) && frame->offsetY() != wanted.offset.y())
-            frame->setOffsetY(wanted.offset.y());
-        if ((frame = frameAt(index)) && frame->delay() != wanted.delay)
-            frame->setDelay(wanted.delay);
-        if ((frame = frameAt(index)) && (frame->flipFlags() & FrameCode::Both) != wanted.flip)
-            frame->setFlipFlags(wanted.flip);
-        if ((frame = frameAt(index)) && frame->scale() != wanted.scale)
-            frame->setScale(wanted.scale);
-        if ((frame = frameAt(index)) && frame->angle() != wanted.angle)
-            frame->setAngle(wanted.angle);
-        if ((frame = frameAt(index))) {
-            const FrameCode::Blend blend = frame->blend();
-            if (wanted.blend.mode == FrameCode::Blend::None) {
-                if (blend.mode != FrameCode::Blend::None)
-                    frame->setBlendMode(FrameCode::Blend::None);
-            } else if (blend.mode != wanted.blend.mode || blend.source != wanted.blend.source
-                       || blend.destination != wanted.blend.destination) {
-                frame->setBlend(wanted.blend);
-            }
-        }
-        if ((frame = frameAt(index)) && frame->interpolation() != wanted.interpolation)
-            frame->setInterpolation(wanted.interpolation);
-        if ((frame = frameAt(index)) && frame->isLoopPoint() != wanted.loop)
-            frame->setLoopPoint(wanted.loop);
-        if ((frame = frameAt(index)) && frame->identifier() != wanted.identifier)
-            frame->setIdentifier(wanted.identifier);
-        for (const auto type : {ContactBoxCode::Attack, ContactBoxCode::Collision}) {
-            const QList<QRect> &rects = type == ContactBoxCode::Attack ? wanted.attack : wanted.collision;
-            if (!(frame = frameAt(index)))
+        ContactBoxesCode *boxes = frame->contactBoxes(type);
+        if (!boxes) {
+            if (!rects.isEmpty())
                 return false;
-            ContactBoxesCode *boxes = frame->contactBoxes(type);
-            if (!boxes) {
-                if (!rects.isEmpty())
-                    return false;
-                continue;
-            }
-            if (boxes->count())
-                boxes->clear();
-            for (const QRect &rect : rects) {
-                if (!boxes->append(rect))
-                    return false;
-            }
+            continue;
         }
+        if (boxes->count())
+            boxes->clear();
+        for (const QRect &rect : rects) {
+            if (!boxes->append(rect))
+                return false;
+        }
+    }
+    return true;
+}
+
+// Each value is written only where it differs, so that a frame already right keeps its line.
+bool fillFrame(Animations &animations, int row, uint index, const FrameData &wanted)
+{
+    FrameCode *frame = frameAt(animations, row, index);
+    if (!frame)
+        return false;
+    if (variantValue(frame->spriteId()) != variantValue(wanted.sprite))
+        frame->setSpriteId(wanted.sprite);
+    if ((frame = frameAt(animations, row, index)) && frame->offsetX() != wanted.offset.x())
+        frame->setOffsetX(wanted.offset.x());
+    if ((frame = frameAt(animations, row, index)) && frame->offsetY() != wanted.offset.y())
+        frame->setOffsetY(wanted.offset.y());
+    if ((frame = frameAt(animations, row, index)) && frame->delay() != wanted.delay)
+        frame->setDelay(wanted.delay);
+    if ((frame = frameAt(animations, row, index)) && (frame->flipFlags() & FrameCode::Both) != wanted.flip)
+        frame->setFlipFlags(wanted.flip);
+    if ((frame = frameAt(animations, row, index)) && frame->scale() != wanted.scale)
+        frame->setScale(wanted.scale);
+    if ((frame = frameAt(animations, row, index)) && frame->angle() != wanted.angle)
+        frame->setAngle(wanted.angle);
+    if ((frame = frameAt(animations, row, index)))
+        fillBlend(frame, wanted.blend);
+    if ((frame = frameAt(animations, row, index)) && frame->interpolation() != wanted.interpolation)
+        frame->setInterpolation(wanted.interpolation);
+    if ((frame = frameAt(animations, row, index)) && frame->isLoopPoint() != wanted.loop)
+        frame->setLoopPoint(wanted.loop);
+    if ((frame = frameAt(animations, row, index)) && frame->identifier() != wanted.identifier)
+        frame->setIdentifier(wanted.identifier);
+    return fillBoxes(animations, row, index, wanted);
+}
+
+// Fills a fresh animation at `row` with the frames of the record. Nodes are looked up
+// again after each edit, since a language is free to build a line's node anew.
+bool fill(Animations &animations, int row, const AnimationData &data)
+{
+    AnimationCode *animation = animations.at(uint(row));
+    if (!animation)
+        return false;
+    if (!data.name.isEmpty() && animation->name() != data.name)
+        animation->setName(data.name);
+    // All frames stand before any is filled in: a language may write a new frame right
+    // behind the line of the last one, which would put it above that frame's boxes.
+    // A template may come with frames of its own; those are used first, and any beyond
+    // the file's go.
+    const uint total = uint(data.frames.size());
+    if (!matchFrameCount(animations, row, total))
+        return false;
+    for (uint index = 0; index < total; ++index) {
+        if (!fillFrame(animations, row, index, data.frames.at(int(index))))
+            return false;
     }
     return true;
 }
@@ -481,6 +509,73 @@ bool fill(Animations &animations, int row, const AnimationData &data)
 QString identifierOf(const AnimationCode *animation)
 {
     return animation->property(QStringLiteral("Identifier")).toString();
+}
+
+// Reads in pieces up to one byte past the limit: enough to tell that a file is too
+// large without taking all of it, or a buffer of the limit's size, into memory.
+bool readAtMostLimit(QIODevice *device, QByteArray &bytes)
+{
+    while (bytes.size() <= AnimationExchange::MaxFileSize) {
+        const QByteArray piece = device->read(qMin<qint64>(1 << 20, AnimationExchange::MaxFileSize + 1 - bytes.size()));
+        if (piece.isEmpty())
+            break;
+        bytes += piece;
+    }
+    return bytes.size() <= AnimationExchange::MaxFileSize;
+}
+
+// Every question is asked before the first edit: the list doesn't show while a
+// change is open. An identifier that comes twice in the file clashes with itself.
+QVector<bool> wantedAnimations(Animations &animations, const QList<AnimationData> &list,
+                               const AnimationImporterExtension::ImportConflict &conflict)
+{
+    QSet<QString> taken;
+    for (const AnimationCode *animation : animations.animations())
+        taken.insert(identifierOf(animation));
+    QVector<bool> wanted(list.size(), true);
+    for (int i = 0; i < list.size(); ++i) {
+        const QString &identifier = list.at(i).identifier;
+        if (taken.contains(identifier))
+            wanted[i] = conflict && conflict(identifier);
+        taken.insert(identifier);
+    }
+    return wanted;
+}
+
+// One animation of the file, in place of one of its identifier or at the end.
+bool writeAnimation(Animations &animations, const AnimationData &data)
+{
+    int row = animations.find(0, data.identifier);
+    AnimationCode *animation = nullptr;
+    if (row >= 0) {
+        // The new one takes the place of the old.
+        animations.remove(uint(row));
+        animation = animations.insert(uint(row), data.identifier);
+    } else {
+        animation = animations.add(data.identifier);
+        row = int(animations.count()) - 1;
+    }
+    // The language must have read the identifier as it was given, or the text now
+    // holds something else than the file.
+    return animation && animations.indexOf(animation) == row && identifierOf(animation) == data.identifier
+        && fill(animations, row, data);
+}
+
+// The wanted animations in the file's order, up to the first that fails (its message in `error`).
+bool writeAnimations(Animations &animations, const QList<AnimationData> &list, const QVector<bool> &wanted,
+                     QStringList &done, QString &error)
+{
+    for (int i = 0; i < list.size(); ++i) {
+        if (!wanted.at(i))
+            continue;
+        const AnimationData &data = list.at(i);
+        if (!writeAnimation(animations, data)) {
+            error = QStringLiteral("The animation '%1' could not be written in the engine's language").arg(data.identifier);
+            return false;
+        }
+        done << data.identifier;
+    }
+    return true;
 }
 
 } // namespace
@@ -540,16 +635,8 @@ bool AnimationExchangeImporter::importAnimations(QIODevice *device, Animations &
         m_error = QStringLiteral("The file is not open for reading");
         return false;
     }
-    // Read in pieces up to one byte past the limit: enough to tell that a file is too
-    // large without taking all of it, or a buffer of the limit's size, into memory.
     QByteArray bytes;
-    while (bytes.size() <= AnimationExchange::MaxFileSize) {
-        const QByteArray piece = device->read(qMin<qint64>(1 << 20, AnimationExchange::MaxFileSize + 1 - bytes.size()));
-        if (piece.isEmpty())
-            break;
-        bytes += piece;
-    }
-    if (bytes.size() > AnimationExchange::MaxFileSize) {
+    if (!readAtMostLimit(device, bytes)) {
         m_error = QStringLiteral("The file is larger than an animation exchange file may be");
         return false;
     }
@@ -564,48 +651,13 @@ bool AnimationExchangeImporter::importAnimations(QIODevice *device, Animations &
         m_error = QStringLiteral("The animations belong to no document");
         return false;
     }
-
-    // Every question is asked before the first edit: the list doesn't show while a
-    // change is open. An identifier that comes twice in the file clashes with itself.
-    QSet<QString> taken;
-    for (const AnimationCode *animation : animations.animations())
-        taken.insert(identifierOf(animation));
-    QVector<bool> wanted(list.size(), true);
-    for (int i = 0; i < list.size(); ++i) {
-        const QString &identifier = list.at(i).identifier;
-        if (taken.contains(identifier))
-            wanted[i] = conflict && conflict(identifier);
-        taken.insert(identifier);
-    }
+    const QVector<bool> wanted = wantedAnimations(animations, list, conflict);
 
     const bool outermost = !document->isCodeBeingChanged();
     const int undoSteps = document->availableUndoSteps();
     QStringList done;
-    bool ok = true;
     animations.beginChange();
-    for (int i = 0; i < list.size() && ok; ++i) {
-        if (!wanted.at(i))
-            continue;
-        const AnimationData &data = list.at(i);
-        int row = animations.find(0, data.identifier);
-        AnimationCode *animation = nullptr;
-        if (row >= 0) {
-            // The new one takes the place of the old.
-            animations.remove(uint(row));
-            animation = animations.insert(uint(row), data.identifier);
-        } else {
-            animation = animations.add(data.identifier);
-            row = int(animations.count()) - 1;
-        }
-        // The language must have read the identifier as it was given, or the text now
-        // holds something else than the file.
-        ok = animation && animations.indexOf(animation) == row && identifierOf(animation) == data.identifier
-            && fill(animations, row, data);
-        if (ok)
-            done << data.identifier;
-        else
-            m_error = QStringLiteral("The animation '%1' could not be written in the engine's language").arg(data.identifier);
-    }
+    const bool ok = writeAnimations(animations, list, wanted, done, m_error);
     animations.endChange();
     if (!ok) {
         // Inside a change of the caller's, the caller's undo takes it all back.

@@ -27,90 +27,88 @@ KeyInfo key(const char *name, ValueCode::Type type, const char *keywords = nullp
     return info;
 }
 
+KindInfo kindEntry(GroupKind groupKind, const char *name, const QList<KeyInfo> &keys,
+                   ValueCode::Type anyKeyType = ValueCode::Unknown)
+{
+    KindInfo info;
+    info.kind = groupKind;
+    info.name = QLatin1String(name);
+    info.keys = keys;
+    info.anyKeyType = anyKeyType;
+    return info;
+}
+
+QList<KeyInfo> characterKeys()
+{
+    return {key("name", ValueCode::String),
+            key("portrait", ValueCode::File),
+            key("debut", ValueCode::Date),
+            key("life", ValueCode::Int),
+            key("health", ValueCode::Int, nullptr, "life"),
+            key("power", ValueCode::Int),
+            key("defence", ValueCode::Int),
+            key("gravity", ValueCode::Float),
+            key("walk", ValueCode::FloatVec2),
+            key("jump", ValueCode::FloatVec3),
+            key("tint", ValueCode::FloatVec4),
+            key("size", ValueCode::IntVec2),
+            key("colour", ValueCode::IntVec3),
+            key("bounds", ValueCode::IntVec4),
+            key("palettes", ValueCode::IntVector),
+            key("flying", ValueCode::Bool),
+            key("stance", ValueCode::Keyword, "upright,crouched,floating"),
+            key("traits", ValueCode::KeywordVector, "heavy,agile,armoured,ranged")};
+}
+
+QList<KeyInfo> moveKeys()
+{
+    return {key("command", ValueCode::String),
+            key("animation", ValueCode::Int),
+            key("anim", ValueCode::Int, nullptr, "animation"),
+            key("damage", ValueCode::Int),
+            key("cost", ValueCode::Int),
+            key("state", ValueCode::Keyword, "ground,crouch,air"),
+            key("flags", ValueCode::KeywordVector, "low,high,unblockable,projectile,grab"),
+            key("knockback", ValueCode::FloatVec2),
+            key("reach", ValueCode::IntVec4),
+            key("pause", ValueCode::IntVec2),
+            key("timings", ValueCode::IntVector),
+            key("scaling", ValueCode::FloatVector),
+            key("sound", ValueCode::String),
+            key("juggle", ValueCode::Bool)};
+}
+
+QList<KeyInfo> stageKeys()
+{
+    return {key("title", ValueCode::String),
+            key("music", ValueCode::File),
+            key("backdrop", ValueCode::File),
+            key("opened", ValueCode::Date),
+            key("night", ValueCode::Bool),
+            key("weather", ValueCode::Keyword, "clear,rain,snow,fog"),
+            key("floor", ValueCode::Int),
+            key("limits", ValueCode::IntVec2),
+            key("camera", ValueCode::FloatVec2),
+            key("ambient", ValueCode::IntVec3),
+            key("fog", ValueCode::FloatVec4),
+            key("parallax", ValueCode::FloatVector),
+            key("zoom", ValueCode::Float)};
+}
+
+// The kinds in the order of their sub-types; the sounds' keys are names of any kind.
 QList<KindInfo> buildKinds()
 {
-    QList<KindInfo> list;
-    KindInfo project;
-    project.kind = ProjectGroup;
-    project.name = QStringLiteral("Project");
-    project.keys = {key("name", ValueCode::String), key("version", ValueCode::String),
-                    key("author", ValueCode::String), key("created", ValueCode::Date)};
-    list << project;
-
-    KindInfo files;
-    files.kind = FilesGroup;
-    files.name = QStringLiteral("Files");
-    files.keys = {key("definitions", ValueCode::File), key("sprites", ValueCode::File),
-                  key("sounds", ValueCode::File), key("animations", ValueCode::File),
-                  key("scripts", ValueCode::File)};
-    list << files;
-
-    KindInfo character;
-    character.kind = CharacterGroup;
-    character.name = QStringLiteral("Character");
-    character.keys = {key("name", ValueCode::String),
-                      key("portrait", ValueCode::File),
-                      key("debut", ValueCode::Date),
-                      key("life", ValueCode::Int),
-                      key("health", ValueCode::Int, nullptr, "life"),
-                      key("power", ValueCode::Int),
-                      key("defence", ValueCode::Int),
-                      key("gravity", ValueCode::Float),
-                      key("walk", ValueCode::FloatVec2),
-                      key("jump", ValueCode::FloatVec3),
-                      key("tint", ValueCode::FloatVec4),
-                      key("size", ValueCode::IntVec2),
-                      key("colour", ValueCode::IntVec3),
-                      key("bounds", ValueCode::IntVec4),
-                      key("palettes", ValueCode::IntVector),
-                      key("flying", ValueCode::Bool),
-                      key("stance", ValueCode::Keyword, "upright,crouched,floating"),
-                      key("traits", ValueCode::KeywordVector, "heavy,agile,armoured,ranged")};
-    list << character;
-
-    KindInfo move;
-    move.kind = MoveGroup;
-    move.name = QStringLiteral("Move");
-    move.keys = {key("command", ValueCode::String),
-                 key("animation", ValueCode::Int),
-                 key("anim", ValueCode::Int, nullptr, "animation"),
-                 key("damage", ValueCode::Int),
-                 key("cost", ValueCode::Int),
-                 key("state", ValueCode::Keyword, "ground,crouch,air"),
-                 key("flags", ValueCode::KeywordVector, "low,high,unblockable,projectile,grab"),
-                 key("knockback", ValueCode::FloatVec2),
-                 key("reach", ValueCode::IntVec4),
-                 key("pause", ValueCode::IntVec2),
-                 key("timings", ValueCode::IntVector),
-                 key("scaling", ValueCode::FloatVector),
-                 key("sound", ValueCode::String),
-                 key("juggle", ValueCode::Bool)};
-    list << move;
-
-    KindInfo sounds;
-    sounds.kind = SoundsGroup;
-    sounds.name = QStringLiteral("Sounds");
-    sounds.anyKeyType = ValueCode::IntVec2;
-    list << sounds;
-
-    KindInfo stage;
-    stage.kind = StageGroup;
-    stage.name = QStringLiteral("Stage");
-    stage.keys = {key("title", ValueCode::String),
-                  key("music", ValueCode::File),
-                  key("backdrop", ValueCode::File),
-                  key("opened", ValueCode::Date),
-                  key("night", ValueCode::Bool),
-                  key("weather", ValueCode::Keyword, "clear,rain,snow,fog"),
-                  key("floor", ValueCode::Int),
-                  key("limits", ValueCode::IntVec2),
-                  key("camera", ValueCode::FloatVec2),
-                  key("ambient", ValueCode::IntVec3),
-                  key("fog", ValueCode::FloatVec4),
-                  key("parallax", ValueCode::FloatVector),
-                  key("zoom", ValueCode::Float)};
-    list << stage;
-    return list;
+    return {kindEntry(ProjectGroup, "Project",
+                      {key("name", ValueCode::String), key("version", ValueCode::String),
+                       key("author", ValueCode::String), key("created", ValueCode::Date)}),
+            kindEntry(FilesGroup, "Files",
+                      {key("definitions", ValueCode::File), key("sprites", ValueCode::File),
+                       key("sounds", ValueCode::File), key("animations", ValueCode::File),
+                       key("scripts", ValueCode::File)}),
+            kindEntry(CharacterGroup, "Character", characterKeys()),
+            kindEntry(MoveGroup, "Move", moveKeys()),
+            kindEntry(SoundsGroup, "Sounds", {}, ValueCode::IntVec2),
+            kindEntry(StageGroup, "Stage", stageKeys())};
 }
 
 // The number of items of a vector type, or -1 for any number.

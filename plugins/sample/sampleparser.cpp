@@ -384,25 +384,11 @@ bool readWords(const Line &line, const Field &field, const QStringList &words, Q
     return true;
 }
 
-bool applyField(const Line &line, const Field &field, SampleFrameData &data)
+// The fields of a number or a pair of numbers; any other name is no frame field.
+bool applyNumbers(const Line &line, const Field &field, SampleFrameData &data)
 {
-    static const QStringList flips{QStringLiteral("h"), QStringLiteral("v")};
     const QString &name = field.name;
-    const bool flag = name == QLatin1String("loop");
-    if (flag == field.hasValue) {
-        line.error(flag ? QStringLiteral("'loop' takes no value") : QStringLiteral("'%1' needs a value: %1=...").arg(name),
-                   field.nameStart, field.nameStart + name.size());
-        return false;
-    }
     QVariant value;
-    if (name == QLatin1String("wait")) {
-        line.deprecated(KeyToken, QStringLiteral("'wait' is deprecated: use 'delay'"), field.nameStart, field.nameStart + 4);
-        if (!fieldValue(line, field, ValueCode::Int, {}, &value))
-            return false;
-        data.delay = value.toInt();
-        return true;
-    }
-    line.token(KeyToken, field.nameStart, field.nameStart + name.size());
     if (name == QLatin1String("delay")) {
         if (!fieldValue(line, field, ValueCode::Int, {}, &value))
             return false;
@@ -422,7 +408,75 @@ bool applyField(const Line &line, const Field &field, SampleFrameData &data)
             return false;
         data.angle = value.toDouble();
         data.writesDefaults |= data.angle == 0.0;
-    } else if (name == QLatin1String("flip")) {
+    } else {
+        line.error(QStringLiteral("Unknown frame field '%1'").arg(name), field.nameStart, field.nameStart + name.size());
+        return false;
+    }
+    return true;
+}
+
+// blend=mode or blend=mode(source, destination).
+bool applyBlend(const Line &line, const Field &field, SampleFrameData &data)
+{
+    const int open = field.value.indexOf(QLatin1Char('('));
+    const QString word = open < 0 ? field.value : field.value.left(open);
+    const int mode = SampleFrameData::blendWords().indexOf(word);
+    if (mode < 0) {
+        line.error(QStringLiteral("Unknown blend mode '%1' (expected %2)")
+                       .arg(word, SampleFrameData::blendWords().join(QStringLiteral(", "))),
+                   field.valueStart, field.valueStart + word.size());
+        return false;
+    }
+    line.token(WordToken, field.valueStart, field.valueStart + word.size());
+    data.blend = SampleFrameData::defaultBlend();
+    data.blend.mode = FrameCode::Blend::Mode(mode);
+    if (open >= 0) {
+        Field factors = field;
+        factors.value = field.value.mid(open);
+        factors.valueStart = field.valueStart + open;
+        QVariant value;
+        if (!fieldValue(line, factors, ValueCode::FloatVec2, {}, &value))
+            return false;
+        data.blend.source = value.toPointF().x();
+        data.blend.destination = value.toPointF().y();
+    }
+    const FrameCode::Blend plain = SampleFrameData::defaultBlend();
+    data.writesDefaults |= mode == 0 && data.blend.source == plain.source && data.blend.destination == plain.destination;
+    return true;
+}
+
+bool applyIdentifier(const Line &line, const Field &field, SampleFrameData &data)
+{
+    if (!isIdentifier(field.value)) {
+        line.error(QStringLiteral("Bad frame identifier '%1'").arg(field.value), field.valueStart,
+                   field.valueStart + field.value.size());
+        return false;
+    }
+    line.token(NameToken, field.valueStart, field.valueStart + field.value.size());
+    data.identifier = field.value;
+    return true;
+}
+
+bool applyField(const Line &line, const Field &field, SampleFrameData &data)
+{
+    static const QStringList flips{QStringLiteral("h"), QStringLiteral("v")};
+    const QString &name = field.name;
+    const bool flag = name == QLatin1String("loop");
+    if (flag == field.hasValue) {
+        line.error(flag ? QStringLiteral("'loop' takes no value") : QStringLiteral("'%1' needs a value: %1=...").arg(name),
+                   field.nameStart, field.nameStart + name.size());
+        return false;
+    }
+    if (name == QLatin1String("wait")) {
+        line.deprecated(KeyToken, QStringLiteral("'wait' is deprecated: use 'delay'"), field.nameStart, field.nameStart + 4);
+        QVariant value;
+        if (!fieldValue(line, field, ValueCode::Int, {}, &value))
+            return false;
+        data.delay = value.toInt();
+        return true;
+    }
+    line.token(KeyToken, field.nameStart, field.nameStart + name.size());
+    if (name == QLatin1String("flip")) {
         if (!readWords(line, field, flips, QChar(), &data.flip))
             return false;
         data.writesDefaults |= data.flip == 0;
@@ -431,42 +485,13 @@ bool applyField(const Line &line, const Field &field, SampleFrameData &data)
             return false;
         data.writesDefaults |= data.ease == 0;
     } else if (name == QLatin1String("blend")) {
-        const int open = field.value.indexOf(QLatin1Char('('));
-        const QString word = open < 0 ? field.value : field.value.left(open);
-        const int mode = SampleFrameData::blendWords().indexOf(word);
-        if (mode < 0) {
-            line.error(QStringLiteral("Unknown blend mode '%1' (expected %2)")
-                           .arg(word, SampleFrameData::blendWords().join(QStringLiteral(", "))),
-                       field.valueStart, field.valueStart + word.size());
-            return false;
-        }
-        line.token(WordToken, field.valueStart, field.valueStart + word.size());
-        data.blend = SampleFrameData::defaultBlend();
-        data.blend.mode = FrameCode::Blend::Mode(mode);
-        if (open >= 0) {
-            Field factors = field;
-            factors.value = field.value.mid(open);
-            factors.valueStart = field.valueStart + open;
-            if (!fieldValue(line, factors, ValueCode::FloatVec2, {}, &value))
-                return false;
-            data.blend.source = value.toPointF().x();
-            data.blend.destination = value.toPointF().y();
-        }
-        const FrameCode::Blend plain = SampleFrameData::defaultBlend();
-        data.writesDefaults |= mode == 0 && data.blend.source == plain.source && data.blend.destination == plain.destination;
+        return applyBlend(line, field, data);
     } else if (name == QLatin1String("id")) {
-        if (!isIdentifier(field.value)) {
-            line.error(QStringLiteral("Bad frame identifier '%1'").arg(field.value), field.valueStart,
-                       field.valueStart + field.value.size());
-            return false;
-        }
-        line.token(NameToken, field.valueStart, field.valueStart + field.value.size());
-        data.identifier = field.value;
+        return applyIdentifier(line, field, data);
     } else if (flag) {
         data.loop = true;
     } else {
-        line.error(QStringLiteral("Unknown frame field '%1'").arg(name), field.nameStart, field.nameStart + name.size());
-        return false;
+        return applyNumbers(line, field, data);
     }
     return true;
 }

@@ -194,6 +194,194 @@ bool below32(const QImage &picture)
     return true;
 }
 
+QString cutShortText()
+{
+    return QStringLiteral("The sprite container is cut short.");
+}
+
+QString reservedSetText()
+{
+    return QStringLiteral("The sprite container has reserved bytes that aren't zero.");
+}
+
+// Reads a container's records in their order; the first fault refuses the whole file,
+// with its reason.
+class ContainerReader
+{
+public:
+    ContainerReader(const QByteArray &bytes, QString &reason)
+        : m_bytes(bytes)
+        , m_in(bytes)
+        , m_reason(reason)
+    {
+        m_in.setByteOrder(QDataStream::LittleEndian);
+    }
+
+    bool read(SpriteContainerData &data)
+    {
+        quint32 paletteCount = 0;
+        quint32 spriteCount = 0;
+        if (!readHeader(paletteCount, spriteCount))
+            return false;
+        for (quint32 i = 0; i < paletteCount; ++i) {
+            if (!readPalette(i))
+                return false;
+        }
+        for (quint32 i = 0; i < spriteCount; ++i) {
+            if (!readSprite(i))
+                return false;
+        }
+        if (m_at != m_bytes.size())
+            return refuse(QStringLiteral("The sprite container has bytes after its last sprite."));
+        data = m_read;
+        return true;
+    }
+
+private:
+    bool refuse(const QString &why)
+    {
+        m_reason = why;
+        return false;
+    }
+
+    bool readHeader(quint32 &paletteCount, quint32 &spriteCount)
+    {
+        if (m_bytes.size() < HeaderSize)
+            return refuse(cutShortText());
+        if (memcmp(m_bytes.constData(), Magic, 4) != 0)
+            return refuse(QStringLiteral("This is not a sprite container."));
+        m_in.skipRawData(4);
+        quint16 version = 0;
+        quint16 reserved = 0;
+        m_in >> version >> reserved >> paletteCount >> spriteCount;
+        if (version != Version)
+            return refuse(QStringLiteral("Sprite container version %1 is unknown.").arg(version));
+        // Reserved bytes are written as zero and read only as zero, so that a file read and
+        // written again is the same file.
+        if (reserved != 0)
+            return refuse(reservedSetText());
+        // Every record takes its header at least: counts the bytes can't hold are a cut file.
+        if (qint64(paletteCount) * PaletteHeaderSize + qint64(spriteCount) * SpriteHeaderSize
+            > m_bytes.size() - HeaderSize)
+            return refuse(cutShortText());
+        return true;
+    }
+
+    bool readPalette(quint32 i)
+    {
+        SpriteContainerPalette palette;
+        quint16 count = 0;
+        quint16 reserved = 0;
+        m_in >> palette.group >> palette.number >> count >> reserved;
+        m_at += PaletteHeaderSize;
+        if (m_in.status() != QDataStream::Ok)
+            return refuse(cutShortText());
+        if (reserved != 0)
+            return refuse(reservedSetText());
+        if (count > 256)
+            return refuse(QStringLiteral("Palette %1 has %2 colours, more than 256.").arg(i).arg(count));
+        if (qint64(count) * 4 > m_bytes.size() - m_at)
+            return refuse(cutShortText());
+        palette.colors.resize(count);
+        for (RGBA &entry : palette.colors)
+            m_in >> entry.red >> entry.green >> entry.blue >> entry.alpha;
+        m_at += qint64(count) * 4;
+        // Unused entries at the end are never written, so a file holding them would not
+        // come back the same.
+        if (count > 0 && isUnused(palette.colors.last()))
+            return refuse(QStringLiteral("Palette %1 ends in unused colours.").arg(i));
+        m_read.palettes << palette;
+        return true;
+    }
+
+    bool readSprite(quint32 i)
+    {
+        SpriteContainerSprite sprite;
+        SpritePixels &pixels = sprite.pixels;
+        quint32 source = 0;
+        quint32 length = 0;
+        m_in >> sprite.group >> sprite.number >> sprite.axisX >> sprite.axisY >> pixels.width >> pixels.height
+            >> pixels.format >> pixels.codec >> sprite.palette >> source >> length;
+        m_at += SpriteHeaderSize;
+        if (m_in.status() != QDataStream::Ok)
+            return refuse(cutShortText());
+        quint8 format = pixels.format;
+        if (source != 0) {
+            if (!readSharedPixels(i, sprite, source, length))
+                return false;
+            format = m_read.sprites.at(sprite.source).pixels.format;
+        } else if (!readOwnPixels(i, pixels, length)) {
+            return false;
+        }
+        if (!checkPalette(i, sprite, format))
+            return false;
+        m_read.sprites << sprite;
+        return true;
+    }
+
+    // A sprite that shows the pixels of an earlier one has none of its own.
+    bool readSharedPixels(quint32 i, SpriteContainerSprite &sprite, quint32 source, quint32 length)
+    {
+        const SpritePixels &pixels = sprite.pixels;
+        if (source - 1 >= i)
+            return refuse(QStringLiteral("Sprite %1 shares the pixels of sprite %2, which doesn't come before it.")
+                              .arg(i)
+                              .arg(qint64(source) - 1));
+        const SpriteContainerSprite &owner = m_read.sprites.at(int(source - 1));
+        if (owner.source >= 0)
+            return refuse(QStringLiteral("Sprite %1 shares the pixels of sprite %2, which has none of its own.")
+                              .arg(i)
+                              .arg(source - 1));
+        if (pixels.width != 0 || pixels.height != 0 || pixels.format != 0 || pixels.codec != 0 || length != 0)
+            return refuse(QStringLiteral("Sprite %1 shares pixels and has pixels of its own.").arg(i));
+        sprite.source = qint32(source - 1);
+        return true;
+    }
+
+    bool readOwnPixels(quint32 i, SpritePixels &pixels, quint32 length)
+    {
+        if (pixels.format != SpritePixels::Indexed && pixels.format != SpritePixels::TrueColor)
+            return refuse(QStringLiteral("Sprite %1 has an unknown pixel format (%2).").arg(i).arg(pixels.format));
+        if (pixels.width < 1 || pixels.height < 1 || pixels.width > MaxSpriteSide || pixels.height > MaxSpriteSide)
+            return refuse(QStringLiteral("Sprite %1 has an impossible size (%2 x %3).")
+                              .arg(i)
+                              .arg(pixels.width)
+                              .arg(pixels.height));
+        const bool known = pixels.format == SpritePixels::Indexed
+            ? pixels.codec >= SpritePixels::Raw && pixels.codec <= SpritePixels::Lz5
+            : pixels.codec == SpritePixels::Raw;
+        if (!known)
+            return refuse(QStringLiteral("Sprite %1 has an unknown codec (%2).").arg(i).arg(pixels.codec));
+        if (qint64(length) > m_bytes.size() - m_at)
+            return refuse(cutShortText());
+        pixels.stream = m_bytes.mid(int(m_at), int(length));
+        m_in.skipRawData(int(length));
+        m_at += length;
+        QString why;
+        if (!checkSpriteStream(pixels, why))
+            return refuse(QStringLiteral("Sprite %1 doesn't decode: %2.").arg(i).arg(why));
+        return true;
+    }
+
+    // Indexed pixels name a palette that is there; true-colour ones none.
+    bool checkPalette(quint32 i, const SpriteContainerSprite &sprite, quint8 format)
+    {
+        if (format == SpritePixels::Indexed) {
+            if (sprite.palette >= m_read.palettes.size())
+                return refuse(QStringLiteral("Sprite %1 uses palette %2, which isn't there.").arg(i).arg(sprite.palette));
+        } else if (sprite.palette != 0) {
+            return refuse(reservedSetText());
+        }
+        return true;
+    }
+
+    const QByteArray &m_bytes;
+    QDataStream m_in;
+    QString &m_reason;
+    qint64 m_at = HeaderSize;
+    SpriteContainerData m_read;
+};
+
 } // namespace
 
 qint64 SpritePixels::unpackedSize() const
@@ -228,119 +416,8 @@ QByteArray writeSpriteContainer(const SpriteContainerData &data)
 
 bool readSpriteContainer(const QByteArray &bytes, SpriteContainerData &data, QString &reason)
 {
-    const QString cutShort = QStringLiteral("The sprite container is cut short.");
-    const QString reservedSet = QStringLiteral("The sprite container has reserved bytes that aren't zero.");
-    auto refuse = [&reason](const QString &why) {
-        reason = why;
-        return false;
-    };
-    if (bytes.size() < HeaderSize)
-        return refuse(cutShort);
-    if (memcmp(bytes.constData(), Magic, 4) != 0)
-        return refuse(QStringLiteral("This is not a sprite container."));
-    QDataStream in(bytes);
-    in.setByteOrder(QDataStream::LittleEndian);
-    in.skipRawData(4);
-    quint16 version = 0;
-    quint16 reserved = 0;
-    quint32 paletteCount = 0;
-    quint32 spriteCount = 0;
-    in >> version >> reserved >> paletteCount >> spriteCount;
-    if (version != Version)
-        return refuse(QStringLiteral("Sprite container version %1 is unknown.").arg(version));
-    // Reserved bytes are written as zero and read only as zero, so that a file read and
-    // written again is the same file.
-    if (reserved != 0)
-        return refuse(reservedSet);
-    // Every record takes its header at least: counts the bytes can't hold are a cut file.
-    if (qint64(paletteCount) * PaletteHeaderSize + qint64(spriteCount) * SpriteHeaderSize > bytes.size() - HeaderSize)
-        return refuse(cutShort);
-
-    SpriteContainerData read;
-    qint64 at = HeaderSize;
-    for (quint32 i = 0; i < paletteCount; ++i) {
-        SpriteContainerPalette palette;
-        quint16 count = 0;
-        in >> palette.group >> palette.number >> count >> reserved;
-        at += PaletteHeaderSize;
-        if (in.status() != QDataStream::Ok)
-            return refuse(cutShort);
-        if (reserved != 0)
-            return refuse(reservedSet);
-        if (count > 256)
-            return refuse(QStringLiteral("Palette %1 has %2 colours, more than 256.").arg(i).arg(count));
-        if (qint64(count) * 4 > bytes.size() - at)
-            return refuse(cutShort);
-        palette.colors.resize(count);
-        for (RGBA &entry : palette.colors)
-            in >> entry.red >> entry.green >> entry.blue >> entry.alpha;
-        at += qint64(count) * 4;
-        // Unused entries at the end are never written, so a file holding them would not
-        // come back the same.
-        if (count > 0 && isUnused(palette.colors.last()))
-            return refuse(QStringLiteral("Palette %1 ends in unused colours.").arg(i));
-        read.palettes << palette;
-    }
-
-    for (quint32 i = 0; i < spriteCount; ++i) {
-        SpriteContainerSprite sprite;
-        SpritePixels &pixels = sprite.pixels;
-        quint32 source = 0;
-        quint32 length = 0;
-        in >> sprite.group >> sprite.number >> sprite.axisX >> sprite.axisY >> pixels.width >> pixels.height
-            >> pixels.format >> pixels.codec >> sprite.palette >> source >> length;
-        at += SpriteHeaderSize;
-        if (in.status() != QDataStream::Ok)
-            return refuse(cutShort);
-        quint8 format = pixels.format;
-        if (source != 0) {
-            if (source - 1 >= i)
-                return refuse(QStringLiteral("Sprite %1 shares the pixels of sprite %2, which doesn't come before it.")
-                                  .arg(i)
-                                  .arg(qint64(source) - 1));
-            const SpriteContainerSprite &owner = read.sprites.at(int(source - 1));
-            if (owner.source >= 0)
-                return refuse(QStringLiteral("Sprite %1 shares the pixels of sprite %2, which has none of its own.")
-                                  .arg(i)
-                                  .arg(source - 1));
-            if (pixels.width != 0 || pixels.height != 0 || pixels.format != 0 || pixels.codec != 0 || length != 0)
-                return refuse(QStringLiteral("Sprite %1 shares pixels and has pixels of its own.").arg(i));
-            sprite.source = qint32(source - 1);
-            format = owner.pixels.format;
-        } else {
-            if (pixels.format != SpritePixels::Indexed && pixels.format != SpritePixels::TrueColor)
-                return refuse(QStringLiteral("Sprite %1 has an unknown pixel format (%2).").arg(i).arg(pixels.format));
-            if (pixels.width < 1 || pixels.height < 1 || pixels.width > MaxSpriteSide || pixels.height > MaxSpriteSide)
-                return refuse(QStringLiteral("Sprite %1 has an impossible size (%2 x %3).")
-                                  .arg(i)
-                                  .arg(pixels.width)
-                                  .arg(pixels.height));
-            const bool known = pixels.format == SpritePixels::Indexed
-                ? pixels.codec >= SpritePixels::Raw && pixels.codec <= SpritePixels::Lz5
-                : pixels.codec == SpritePixels::Raw;
-            if (!known)
-                return refuse(QStringLiteral("Sprite %1 has an unknown codec (%2).").arg(i).arg(pixels.codec));
-            if (qint64(length) > bytes.size() - at)
-                return refuse(cutShort);
-            pixels.stream = bytes.mid(int(at), int(length));
-            in.skipRawData(int(length));
-            at += length;
-            QString why;
-            if (!checkSpriteStream(pixels, why))
-                return refuse(QStringLiteral("Sprite %1 doesn't decode: %2.").arg(i).arg(why));
-        }
-        if (format == SpritePixels::Indexed) {
-            if (sprite.palette >= read.palettes.size())
-                return refuse(QStringLiteral("Sprite %1 uses palette %2, which isn't there.").arg(i).arg(sprite.palette));
-        } else if (sprite.palette != 0) {
-            return refuse(reservedSet);
-        }
-        read.sprites << sprite;
-    }
-    if (at != bytes.size())
-        return refuse(QStringLiteral("The sprite container has bytes after its last sprite."));
-    data = read;
-    return true;
+    ContainerReader reader(bytes, reason);
+    return reader.read(data);
 }
 
 bool checkSpriteStream(const SpritePixels &pixels, QString &reason)

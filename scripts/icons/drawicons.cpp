@@ -365,81 +365,88 @@ QVector<QRgb> stagePalette(const StageColours &c)
     return pal;
 }
 
-QImage drawStage(int w, int h, int centreX, int groundY)
+// What the parts of a stage picture share: every size is derived from the 240 line
+// picture so the four backgrounds look alike, measured from the centre and the ground
+// line.
+struct StageCanvas {
+    QPainter &p;
+    const StageColours &col;
+    int centreX;
+    int groundY;
+    double s;
+
+    double sx(double v) const { return centreX + v * s; }
+    double sy(double v) const { return groundY + v * s; }
+};
+
+// Sky: flat bands, getting lighter towards the horizon; the sun, upper right.
+void drawSky(StageCanvas &c, int w)
 {
-    const StageColours col = stageColours();
-    QImage img(w, h, QImage::Format_RGB32);
-    img.setDotsPerMeterX(kDotsPerMeter);
-    img.setDotsPerMeterY(kDotsPerMeter);
-    img.fill(col.sky.front());
-
-    // Every size is derived from the 240 line picture so the four
-    // backgrounds look alike.
-    const double s = h / 240.0;
-    const auto sx = [&](double v) { return centreX + v * s; };
-    const auto sy = [&](double v) { return groundY + v * s; };
-
-    QPainter p(&img);
-    p.setRenderHint(QPainter::Antialiasing, false);
-    p.setPen(Qt::NoPen);
-
-    // Sky: flat bands, getting lighter towards the horizon.
-    const int bands = col.sky.size();
-    const double skyBottom = groundY;
+    const int bands = c.col.sky.size();
+    const double skyBottom = c.groundY;
     for (int i = 0; i < bands; ++i) {
         const int top = int(std::lround(skyBottom * i / bands));
         const int bottom = int(std::lround(skyBottom * (i + 1) / bands));
-        p.fillRect(QRect(0, top, w, bottom - top), QColor(col.sky[i]));
+        c.p.fillRect(QRect(0, top, w, bottom - top), QColor(c.col.sky[i]));
     }
+    c.p.setBrush(QColor(c.col.sun));
+    const double sunR = 14 * c.s;
+    c.p.drawEllipse(QPointF(c.sx(130), c.sy(-170)), sunR, sunR);
+}
 
-    // Sun, upper right.
-    p.setBrush(QColor(col.sun));
-    const double sunR = 14 * s;
-    p.drawEllipse(QPointF(sx(130), sy(-170)), sunR, sunR);
-
-    // A few clouds made of overlapping ellipses.
-    p.setBrush(QColor(col.cloud));
+// A few clouds made of overlapping ellipses.
+void drawClouds(StageCanvas &c)
+{
+    c.p.setBrush(QColor(c.col.cloud));
+    const double s = c.s;
     const auto cloud = [&](double cx, double cy, double size) {
-        p.drawEllipse(QPointF(sx(cx), sy(cy)), 16 * size * s, 6 * size * s);
-        p.drawEllipse(QPointF(sx(cx - 9 * size), sy(cy + 1 * size)),
-                      10 * size * s, 4.5 * size * s);
-        p.drawEllipse(QPointF(sx(cx + 10 * size), sy(cy + 1 * size)),
-                      11 * size * s, 4.5 * size * s);
+        c.p.drawEllipse(QPointF(c.sx(cx), c.sy(cy)), 16 * size * s, 6 * size * s);
+        c.p.drawEllipse(QPointF(c.sx(cx - 9 * size), c.sy(cy + 1 * size)),
+                        10 * size * s, 4.5 * size * s);
+        c.p.drawEllipse(QPointF(c.sx(cx + 10 * size), c.sy(cy + 1 * size)),
+                        11 * size * s, 4.5 * size * s);
     };
     cloud(-140, -165, 1.0);
     cloud(-40, -180, 0.8);
     cloud(60, -150, 1.2);
     cloud(185, -135, 0.7);
+}
 
-    // Distant mountains: a fixed ridge line, x relative to the centre.
+// Distant mountains, then nearer rolling hills: fixed ridge lines, x relative to the
+// centre.
+void drawRidges(StageCanvas &c)
+{
     static const double ridge[][2] = {
         {-260, -30}, {-215, -62}, {-180, -48}, {-140, -80}, {-95, -55},
         {-60, -66},  {-20, -42},  {25, -72},   {70, -50},   {110, -86},
         {150, -58},  {190, -68},  {230, -44},  {270, -60}};
     QPolygonF m;
-    m << QPointF(sx(-300), sy(0));
+    m << QPointF(c.sx(-300), c.sy(0));
     for (const auto &pt : ridge)
-        m << QPointF(sx(pt[0]), sy(pt[1]));
-    m << QPointF(sx(300), sy(-40)) << QPointF(sx(300), sy(0));
-    p.setBrush(QColor(col.mountains));
-    p.drawPolygon(m);
+        m << QPointF(c.sx(pt[0]), c.sy(pt[1]));
+    m << QPointF(c.sx(300), c.sy(-40)) << QPointF(c.sx(300), c.sy(0));
+    c.p.setBrush(QColor(c.col.mountains));
+    c.p.drawPolygon(m);
 
-    // Nearer rolling hills.
     static const double hillTops[][2] = {
         {-250, -20}, {-200, -28}, {-150, -18}, {-100, -24}, {-50, -14},
         {0, -10},    {50, -16},   {100, -26},  {150, -20},  {200, -30},
         {250, -22}};
     QPolygonF hl;
-    hl << QPointF(sx(-300), sy(0)) << QPointF(sx(-300), sy(-16));
+    hl << QPointF(c.sx(-300), c.sy(0)) << QPointF(c.sx(-300), c.sy(-16));
     for (const auto &pt : hillTops)
-        hl << QPointF(sx(pt[0]), sy(pt[1]));
-    hl << QPointF(sx(300), sy(-18)) << QPointF(sx(300), sy(0));
-    p.setBrush(QColor(col.hills));
-    p.drawPolygon(hl);
-    p.end();
+        hl << QPointF(c.sx(pt[0]), c.sy(pt[1]));
+    hl << QPointF(c.sx(300), c.sy(-18)) << QPointF(c.sx(300), c.sy(0));
+    c.p.setBrush(QColor(c.col.hills));
+    c.p.drawPolygon(hl);
+}
 
-    // Floor: a light edge on the ground line, then tiles whose seams are
-    // aligned on the centre so the axis is visible in the picture.
+// Floor: a light edge on the ground line, then tiles whose seams are
+// aligned on the centre so the axis is visible in the picture.
+void drawFloor(QImage &img, const StageColours &col, int centreX, int groundY, double s)
+{
+    const int w = img.width();
+    const int h = img.height();
     const int edge = std::max(1, int(std::lround(2 * s)));
     const int tile = std::max(2, int(std::lround(32 * s)));
     const int row = std::max(2, int(std::lround(12 * s)));
@@ -457,6 +464,26 @@ QImage drawStage(int w, int h, int centreX, int groundY)
             line[x] = ((tx + ty) & 1) ? col.floorB : col.floorA;
         }
     }
+}
+
+QImage drawStage(int w, int h, int centreX, int groundY)
+{
+    const StageColours col = stageColours();
+    QImage img(w, h, QImage::Format_RGB32);
+    img.setDotsPerMeterX(kDotsPerMeter);
+    img.setDotsPerMeterY(kDotsPerMeter);
+    img.fill(col.sky.front());
+
+    const double s = h / 240.0;
+    QPainter p(&img);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(Qt::NoPen);
+    StageCanvas canvas{p, col, centreX, groundY, s};
+    drawSky(canvas, w);
+    drawClouds(canvas);
+    drawRidges(canvas);
+    p.end();
+    drawFloor(img, col, centreX, groundY, s);
 
     // Every colour used is in the palette, so the conversion is exact.
     QImage indexed = img.convertToFormat(

@@ -84,6 +84,119 @@ std::vector<int> rowOrder(int height, bool interlaced)
     return order;
 }
 
+// An extension block read ahead of the picture it belongs to.
+struct PendingExtension
+{
+    int function;
+    QByteArray data;
+};
+
+// One extension record: its first data block carries the function, the blocks after it
+// continue it. False where the file fails inside the record.
+bool readExtension(GifFileType *gif, QVector<PendingExtension> &pending)
+{
+    int function = 0;
+    GifByteType *block = nullptr;
+    if (DGifGetExtension(gif, &function, &block) == GIF_ERROR)
+        return false;
+    for (bool first = true; block; first = false) {
+        pending.append({first ? function : CONTINUE_EXT_FUNC_CODE,
+                        QByteArray(reinterpret_cast<const char *>(block + 1), block[0])});
+        if (DGifGetExtensionNext(gif, &block) == GIF_ERROR)
+            return false;
+    }
+    return true;
+}
+
+// What the extensions before a picture say: its transparent index, and whether the file
+// loops.
+void applyExtensions(const QVector<PendingExtension> &pending, GIFImage::SubImage &sub, bool &loop)
+{
+    for (const PendingExtension &extension : pending) {
+        if (extension.function == GRAPHICS_EXT_FUNC_CODE) {
+            GraphicsControlBlock control;
+            if (DGifExtensionToGCB(size_t(extension.data.size()),
+                                   reinterpret_cast<const GifByteType *>(extension.data.constData()),
+                                   &control) == GIF_OK)
+                sub.transparentIndex = qint16(control.TransparentColor);
+        } else if (extension.function == APPLICATION_EXT_FUNC_CODE && extension.data.startsWith("NETSCAPE2.0")) {
+            loop = true;
+        }
+    }
+}
+
+// The lines of the picture just described, in the file's order, into `image`; false where
+// the file ends inside them, the rest of the picture then transparent (0).
+bool readPixels(GifFileType *gif, QImage &image)
+{
+    const GifImageDesc &desc = gif->Image;
+    std::vector<GifPixelType> raster(size_t(qint64(desc.Width) * desc.Height), 0);
+    bool rasterOk = true;
+    for (int y : rowOrder(desc.Height, desc.Interlace)) {
+        if (DGifGetLine(gif, raster.data() + size_t(y) * size_t(desc.Width), desc.Width) == GIF_ERROR) {
+            rasterOk = false;
+            break;
+        }
+    }
+    const bool indexed = gif->SColorResolution > 1;
+    image = QImage(desc.Width, desc.Height, indexed ? QImage::Format_Indexed8 : QImage::Format_Mono);
+    if (!image.isNull()) {
+        image.fill(0);
+        for (int y = 0; y < desc.Height; ++y) {
+            const GifPixelType *row = raster.data() + size_t(y) * size_t(desc.Width);
+            uchar *line = image.scanLine(y);
+            if (indexed) {
+                memcpy(line, row, size_t(desc.Width));
+            } else {
+                for (int x = 0; x < desc.Width; ++x)
+                    line[x >> 3] |= uchar(row[x] << (7 - (x & 7)));
+            }
+        }
+    }
+    return rasterOk;
+}
+
+// The records of the file to its end; false where one fails or the file ends first.
+// The records are read one by one rather than slurped, so that a picture the file
+// ends inside keeps what was decoded and is transparent (0) below it, and so that a
+// picture larger than the rest of the file could possibly encode is refused before
+// its pixels are allocated (LZW gives at most 4096 pixels for 12 bits).
+bool readRecords(GifFileType *gif, QIODevice *device, QList<GIFImage::SubImage> &images, bool &loop)
+{
+    const bool sized = !device->isSequential();
+    QVector<PendingExtension> pending;
+    for (;;) {
+        GifRecordType type = UNDEFINED_RECORD_TYPE;
+        if (DGifGetRecordType(gif, &type) == GIF_ERROR)
+            return false;
+        if (type == TERMINATE_RECORD_TYPE)
+            return true;
+        if (type == EXTENSION_RECORD_TYPE) {
+            if (!readExtension(gif, pending))
+                return false;
+            continue;
+        }
+        if (type != IMAGE_DESC_RECORD_TYPE || DGifGetImageDesc(gif) == GIF_ERROR)
+            return false;
+
+        const GifImageDesc &desc = gif->Image;
+        const qint64 pixels = qint64(desc.Width) * desc.Height;
+        if (sized && pixels > (device->bytesAvailable() + 1) * 2731 + 4096)
+            return false;
+        GIFImage::SubImage sub;
+        sub.left = qint16(desc.Left);
+        sub.top = qint16(desc.Top);
+        sub.transparentIndex = gif->SColorMap ? qint16(gif->SBackGroundColor) : qint16(-1);
+        applyExtensions(pending, sub, loop);
+        pending.clear();
+        sub.colorMap = colorsOf(desc.ColorMap);
+        const bool whole = readPixels(gif, sub.image);
+        images.append(sub);
+        if (!whole)
+            return false;
+    }
+}
+
 } // namespace
 
 GIFImage::GIFImage(unsigned short width, unsigned short height, bool loop)
@@ -107,98 +220,7 @@ bool GIFImage::load(QIODevice *device)
     std::unique_ptr<GifFileType, GifReader> gif(DGifOpen(&stream, readFromStream, &error));
     if (!gif)
         return false;
-
-    // The records are read one by one rather than slurped, so that a picture the file
-    // ends inside keeps what was decoded and is transparent (0) below it, and so that a
-    // picture larger than the rest of the file could possibly encode is refused before
-    // its pixels are allocated (LZW gives at most 4096 pixels for 12 bits).
-    const bool sized = !device->isSequential();
-    struct Extension
-    {
-        int function;
-        QByteArray data;
-    };
-    QVector<Extension> pending;
-    bool complete = false;
-    for (;;) {
-        GifRecordType type = UNDEFINED_RECORD_TYPE;
-        if (DGifGetRecordType(gif.get(), &type) == GIF_ERROR)
-            break;
-        if (type == TERMINATE_RECORD_TYPE) {
-            complete = true;
-            break;
-        }
-        if (type == EXTENSION_RECORD_TYPE) {
-            int function = 0;
-            GifByteType *block = nullptr;
-            if (DGifGetExtension(gif.get(), &function, &block) == GIF_ERROR)
-                break;
-            // The first data block carries the function, the blocks after it continue it.
-            bool ok = true;
-            for (bool first = true; block; first = false) {
-                pending.append({first ? function : CONTINUE_EXT_FUNC_CODE,
-                                QByteArray(reinterpret_cast<const char *>(block + 1), block[0])});
-                if (DGifGetExtensionNext(gif.get(), &block) == GIF_ERROR) {
-                    ok = false;
-                    break;
-                }
-            }
-            if (!ok)
-                break;
-            continue;
-        }
-        if (type != IMAGE_DESC_RECORD_TYPE || DGifGetImageDesc(gif.get()) == GIF_ERROR)
-            break;
-
-        const GifImageDesc &desc = gif->Image;
-        const qint64 pixels = qint64(desc.Width) * desc.Height;
-        if (sized && pixels > (device->bytesAvailable() + 1) * 2731 + 4096)
-            break;
-        SubImage sub;
-        sub.left = qint16(desc.Left);
-        sub.top = qint16(desc.Top);
-        sub.transparentIndex = gif->SColorMap ? qint16(gif->SBackGroundColor) : qint16(-1);
-        for (const Extension &extension : qAsConst(pending)) {
-            if (extension.function == GRAPHICS_EXT_FUNC_CODE) {
-                GraphicsControlBlock control;
-                if (DGifExtensionToGCB(size_t(extension.data.size()),
-                                       reinterpret_cast<const GifByteType *>(extension.data.constData()),
-                                       &control) == GIF_OK)
-                    sub.transparentIndex = qint16(control.TransparentColor);
-            } else if (extension.function == APPLICATION_EXT_FUNC_CODE && extension.data.startsWith("NETSCAPE2.0")) {
-                m_loop = true;
-            }
-        }
-        pending.clear();
-        sub.colorMap = colorsOf(desc.ColorMap);
-
-        std::vector<GifPixelType> raster(size_t(pixels), 0);
-        bool rasterOk = true;
-        for (int y : rowOrder(desc.Height, desc.Interlace)) {
-            if (DGifGetLine(gif.get(), raster.data() + size_t(y) * size_t(desc.Width), desc.Width) == GIF_ERROR) {
-                rasterOk = false;
-                break;
-            }
-        }
-        const bool indexed = gif->SColorResolution > 1;
-        sub.image = QImage(desc.Width, desc.Height, indexed ? QImage::Format_Indexed8 : QImage::Format_Mono);
-        if (!sub.image.isNull()) {
-            sub.image.fill(0);
-            for (int y = 0; y < desc.Height; ++y) {
-                const GifPixelType *row = raster.data() + size_t(y) * size_t(desc.Width);
-                uchar *line = sub.image.scanLine(y);
-                if (indexed) {
-                    memcpy(line, row, size_t(desc.Width));
-                } else {
-                    for (int x = 0; x < desc.Width; ++x)
-                        line[x >> 3] |= uchar(row[x] << (7 - (x & 7)));
-                }
-            }
-        }
-        m_images.append(sub);
-        if (!rasterOk)
-            break;
-    }
+    const bool complete = readRecords(gif.get(), device, m_images, m_loop);
 
     if (m_images.size() == 1) {
         m_width = quint16(m_images.first().image.width());
@@ -334,6 +356,103 @@ qint16 firstTransparent(const QVector<QRgb> &table)
     return -1;
 }
 
+// The canvas that holds every frame with all axes on one point, and whether every
+// picture is true colour.
+struct Canvas
+{
+    int maxX = 0;
+    int maxY = 0;
+    int maxRight = 0;
+    int maxBottom = 0;
+    bool allTrueColour = true;
+};
+
+Canvas canvasOf(const QVector<AnimImageFrame> &frames)
+{
+    Canvas canvas;
+    bool any = false;
+    for (const AnimImageFrame &frame : frames) {
+        if (frame.image.isNull())
+            continue;
+        const int right = frame.image.width() - frame.x;
+        const int bottom = frame.image.height() - frame.y;
+        canvas.maxX = any ? qMax(canvas.maxX, frame.x) : frame.x;
+        canvas.maxY = any ? qMax(canvas.maxY, frame.y) : frame.y;
+        canvas.maxRight = any ? qMax(canvas.maxRight, right) : right;
+        canvas.maxBottom = any ? qMax(canvas.maxBottom, bottom) : bottom;
+        canvas.allTrueColour = canvas.allTrueColour && frame.image.format() != QImage::Format_Indexed8;
+        any = true;
+    }
+    return canvas;
+}
+
+// The palettes of one export while its frames are added.
+struct ExportPalettes
+{
+    GIFImage &gif;
+    ColorQuantizer &animationColours; // the colours of an all true-colour animation
+    bool shared;
+    qint16 sharedTransparent = -1;
+};
+
+// Where some picture is indexed: each frame's own colours, or the first frame's for all
+// where the palette is shared. A true-colour picture among them gets a palette of its own.
+void takeFramePalette(ExportPalettes &palettes, GIFImage::SubImage &sub, bool first)
+{
+    if (!palettes.shared || first) {
+        if (sub.image.format() != QImage::Format_Indexed8) {
+            ColorQuantizer own(255, 8);
+            own.processImage(sub.image);
+            RGBA palette[256];
+            quantizedPalette(own, palette);
+            sub.image = mappedToPalette(sub.image, palette);
+        }
+        const QVector<QRgb> table = sub.image.colorTable();
+        (palettes.shared ? palettes.gif.globalColorMap() : sub.colorMap) = withoutAlpha(table);
+        sub.transparentIndex = palettes.sharedTransparent = firstTransparent(table);
+    } else {
+        // The shared palette's transparent entry holds for every frame.
+        sub.transparentIndex = palettes.sharedTransparent;
+    }
+}
+
+// Where every picture is true colour: one palette over all frames, set at the last one.
+void gatherAnimationColours(ExportPalettes &palettes, GIFImage::SubImage &sub, bool last)
+{
+    palettes.animationColours.processImage(sub.image);
+    if (last) {
+        RGBA palette[256];
+        quantizedPalette(palettes.animationColours, palette);
+        QVector<RGB> &global = palettes.gif.globalColorMap();
+        global.clear();
+        for (const RGBA &entry : palette)
+            global.append(entry.toRGB());
+    }
+    sub.transparentIndex = 0;
+}
+
+void scaleFrame(GIFImage::SubImage &sub, float scale)
+{
+    const QVector<QRgb> table = sub.image.colorTable();
+    sub.image = resizeImageNearest(sub.image, QSize(int(std::lround(sub.image.width() * scale)),
+                                                    int(std::lround(sub.image.height() * scale))));
+    sub.image.setColorTable(table);
+}
+
+// True-colour pictures are indexed last, over the palette their frame ended up with.
+void indexTrueColour(GIFImage &gif)
+{
+    for (GIFImage::SubImage &sub : gif.images()) {
+        if (sub.image.format() == QImage::Format_Indexed8)
+            continue;
+        const QVector<RGB> &colors = gif.globalColorMap().isEmpty() ? sub.colorMap : gif.globalColorMap();
+        RGBA palette[256];
+        for (int i = 0; i < 256; ++i)
+            palette[i] = i < colors.size() ? RGBA(colors.at(i)) : RGBA(0, 0, 0, 255);
+        sub.image = mappedToPalette(sub.image, palette);
+    }
+}
+
 } // namespace
 
 bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
@@ -346,24 +465,11 @@ bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float sca
     if (velocity <= 0)
         velocity = 1; // a stopped animation has no delays to write
 
-    // The canvas holds every frame with all axes on one point.
-    bool any = false;
-    int maxX = 0, maxY = 0, maxRight = 0, maxBottom = 0;
-    bool allTrueColour = true;
-    for (const AnimImageFrame &frame : frames) {
-        if (frame.image.isNull())
-            continue;
-        const int right = frame.image.width() - frame.x;
-        const int bottom = frame.image.height() - frame.y;
-        maxX = any ? qMax(maxX, frame.x) : frame.x;
-        maxY = any ? qMax(maxY, frame.y) : frame.y;
-        maxRight = any ? qMax(maxRight, right) : right;
-        maxBottom = any ? qMax(maxBottom, bottom) : bottom;
-        allTrueColour = allTrueColour && frame.image.format() != QImage::Format_Indexed8;
-        any = true;
-    }
-    GIFImage gif(quint16((maxRight + maxX) * scale), quint16((maxBottom + maxY) * scale), loop);
+    const Canvas canvas = canvasOf(frames);
+    GIFImage gif(quint16((canvas.maxRight + canvas.maxX) * scale), quint16((canvas.maxBottom + canvas.maxY) * scale),
+                 loop);
     ColorQuantizer animationColours(255, 8);
+    ExportPalettes palettes{gif, animationColours, sharedPalette};
 
     int lastFrame = -1;
     for (int i = 0; i < frames.size(); ++i) {
@@ -371,64 +477,24 @@ bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float sca
             lastFrame = i;
     }
     QList<GIFImage::SubImage> &images = gif.images();
-    qint16 sharedTransparent = -1;
     for (int i = 0; i < frames.size(); ++i) {
         const AnimImageFrame &frame = frames.at(i);
         if (frame.image.isNull())
             continue;
         GIFImage::SubImage sub;
         sub.image = frame.image;
-        const bool first = images.isEmpty();
-        if (!allTrueColour) {
-            if (!sharedPalette || first) {
-                if (sub.image.format() != QImage::Format_Indexed8) {
-                    ColorQuantizer own(255, 8);
-                    own.processImage(sub.image);
-                    RGBA palette[256];
-                    quantizedPalette(own, palette);
-                    sub.image = mappedToPalette(sub.image, palette);
-                }
-                const QVector<QRgb> table = sub.image.colorTable();
-                (sharedPalette ? gif.globalColorMap() : sub.colorMap) = withoutAlpha(table);
-                sub.transparentIndex = sharedTransparent = firstTransparent(table);
-            } else {
-                // The shared palette's transparent entry holds for every frame.
-                sub.transparentIndex = sharedTransparent;
-            }
-        } else {
-            animationColours.processImage(sub.image);
-            if (i == lastFrame) {
-                RGBA palette[256];
-                quantizedPalette(animationColours, palette);
-                QVector<RGB> &global = gif.globalColorMap();
-                global.clear();
-                for (const RGBA &entry : palette)
-                    global.append(entry.toRGB());
-            }
-            sub.transparentIndex = 0;
-        }
-        if (scale != 1) {
-            const QVector<QRgb> table = sub.image.colorTable();
-            sub.image = resizeImageNearest(sub.image, QSize(int(std::lround(sub.image.width() * scale)),
-                                                            int(std::lround(sub.image.height() * scale))));
-            sub.image.setColorTable(table);
-        }
+        if (!canvas.allTrueColour)
+            takeFramePalette(palettes, sub, images.isEmpty());
+        else
+            gatherAnimationColours(palettes, sub, i == lastFrame);
+        if (scale != 1)
+            scaleFrame(sub, scale);
         sub.delay = ((100 / velocity) * float(frame.ticks)) / 60;
-        sub.left = qint16((maxX - frame.x) * scale);
-        sub.top = qint16((maxY - frame.y) * scale);
+        sub.left = qint16((canvas.maxX - frame.x) * scale);
+        sub.top = qint16((canvas.maxY - frame.y) * scale);
         images.append(sub);
     }
-
-    // True-colour pictures are indexed last, over the palette their frame ended up with.
-    for (GIFImage::SubImage &sub : images) {
-        if (sub.image.format() == QImage::Format_Indexed8)
-            continue;
-        const QVector<RGB> &colors = gif.globalColorMap().isEmpty() ? sub.colorMap : gif.globalColorMap();
-        RGBA palette[256];
-        for (int i = 0; i < 256; ++i)
-            palette[i] = i < colors.size() ? RGBA(colors.at(i)) : RGBA(0, 0, 0, 255);
-        sub.image = mappedToPalette(sub.image, palette);
-    }
+    indexTrueColour(gif);
     return gif.save(device);
 }
 

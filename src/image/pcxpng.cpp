@@ -24,22 +24,10 @@ QDataStream &operator<<(QDataStream &out, const PcxHeader &header)
     return out;
 }
 
-} // namespace
-
-bool loadPCX(QImage &image, QIODevice *device, bool *hasPalette)
+// The picture the header asks for, cleared, in `image`; false for a header whose size
+// the rest of the file can't fill (the image is then null) or that makes no picture.
+bool preparePicture(QImage &image, QIODevice *device, const PcxHeader &header, QImage::Format format)
 {
-    if (!device || !(device->isReadable() || device->open(QIODevice::ReadOnly)))
-        return false;
-    QDataStream in(device);
-    in.setByteOrder(QDataStream::LittleEndian);
-    PcxHeader header;
-    in >> header;
-    const int depth = (header.planes * header.bitsPerPixel) & 0xFF;
-    const QImage::Format format = formatOfDepth(depth);
-    if (in.status() != QDataStream::Ok || header.manufacturer != 10 || header.version != 5
-        || format == QImage::Format_Invalid)
-        return false;
-
     const int width = int(header.xMax) - int(header.xMin) + 1;
     const int height = int(header.yMax) - int(header.yMin) + 1;
     // Two bytes of the file make at most 63 bytes of lines: a header that asks for more
@@ -58,7 +46,13 @@ bool loadPCX(QImage &image, QIODevice *device, bool *hasPalette)
     if (image.isNull())
         return false;
     memset(image.bits(), 0, size_t(image.sizeInBytes()));
+    return true;
+}
 
+// The run-length packets into the picture's rows, plane by plane; false (and a null
+// image) where the file ends before the last row.
+bool decodePackets(QImage &image, QIODevice *device, const PcxHeader &header)
+{
     const int planes = header.planes;
     const int step = planes == 3 ? 4 : planes;
     const int imageWidth = image.width();
@@ -107,45 +101,76 @@ bool loadPCX(QImage &image, QIODevice *device, bool *hasPalette)
         image = QImage();
         return false;
     }
+    return true;
+}
+
+// The planes come red first; the picture's words hold blue first.
+void swapRedAndBlue(QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        uchar *pixel = image.scanLine(y);
+        for (int x = 0; x < image.width(); ++x, pixel += 4)
+            std::swap(pixel[0], pixel[2]);
+    }
+}
+
+// The palette block behind the packets, else the header's sixteen colours: true for
+// the block.
+bool readPalette(QImage &image, QIODevice *device, QDataStream &in, const PcxHeader &header)
+{
+    const qint64 size = device->size();
+    const qint64 position = device->pos();
+    // Lands one byte behind the mark of a regular file with stray bytes before its
+    // block; a regular file doesn't skip at all.
+    if (position + 769 < size)
+        skipRead(device, uint(size - position - 768));
+    quint8 mark = 0;
+    if (!device->atEnd()) {
+        in >> mark;
+        if (mark == 0x0C && device->size() - device->pos() >= 768) {
+            QVector<QRgb> table(256);
+            for (QRgb &entry : table) {
+                quint8 red = 0;
+                quint8 green = 0;
+                quint8 blue = 0;
+                in >> red >> green >> blue;
+                entry = qRgb(red, green, blue);
+            }
+            image.setColorTable(table);
+            return true;
+        }
+    }
+    QVector<QRgb> table(256, qRgb(0, 0, 0));
+    for (int i = 0; i < 16; ++i)
+        table[i] = qRgb(header.colorMap[i * 3], header.colorMap[i * 3 + 1], header.colorMap[i * 3 + 2]);
+    image.setColorTable(table);
+    return false;
+}
+
+} // namespace
+
+bool loadPCX(QImage &image, QIODevice *device, bool *hasPalette)
+{
+    if (!device || !(device->isReadable() || device->open(QIODevice::ReadOnly)))
+        return false;
+    QDataStream in(device);
+    in.setByteOrder(QDataStream::LittleEndian);
+    PcxHeader header;
+    in >> header;
+    const int depth = (header.planes * header.bitsPerPixel) & 0xFF;
+    const QImage::Format format = formatOfDepth(depth);
+    if (in.status() != QDataStream::Ok || header.manufacturer != 10 || header.version != 5
+        || format == QImage::Format_Invalid)
+        return false;
+    if (!preparePicture(image, device, header, format) || !decodePackets(image, device, header))
+        return false;
 
     if (depth > 8) {
-        for (int y = 0; y < rows; ++y) {
-            uchar *pixel = image.scanLine(y);
-            for (int x = 0; x < imageWidth; ++x, pixel += 4)
-                std::swap(pixel[0], pixel[2]);
-        }
+        swapRedAndBlue(image);
         if (hasPalette)
             *hasPalette = false;
     } else if (depth == 8) {
-        const qint64 size = device->size();
-        const qint64 position = device->pos();
-        // Lands one byte behind the mark of a regular file with stray bytes before its
-        // block; a regular file doesn't skip at all.
-        if (position + 769 < size)
-            skipRead(device, uint(size - position - 768));
-        quint8 mark = 0;
-        bool found = false;
-        if (!device->atEnd()) {
-            in >> mark;
-            if (mark == 0x0C && device->size() - device->pos() >= 768) {
-                QVector<QRgb> table(256);
-                for (QRgb &entry : table) {
-                    quint8 red = 0;
-                    quint8 green = 0;
-                    quint8 blue = 0;
-                    in >> red >> green >> blue;
-                    entry = qRgb(red, green, blue);
-                }
-                image.setColorTable(table);
-                found = true;
-            }
-        }
-        if (!found) {
-            QVector<QRgb> table(256, qRgb(0, 0, 0));
-            for (int i = 0; i < 16; ++i)
-                table[i] = qRgb(header.colorMap[i * 3], header.colorMap[i * 3 + 1], header.colorMap[i * 3 + 2]);
-            image.setColorTable(table);
-        }
+        const bool found = readPalette(image, device, in, header);
         if (hasPalette)
             *hasPalette = found;
     }

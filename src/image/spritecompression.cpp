@@ -422,6 +422,116 @@ void decodeRle8Flat(ByteSource &in, uchar *out, size_t size)
     in.advanceTo(p, pastEnd);
 }
 
+// The bytes of an LZ5 stream as its packets take them, with the high bits of the
+// distances that short copies spread over the packets between them.
+struct Lz5Input
+{
+    const uchar *p;
+    const uchar *end;
+    bool pastEnd = false;
+    int shortCopies = 0;
+    quint8 spread = 0;
+
+    bool read(quint8 &byte)
+    {
+        if (p == end) {
+            pastEnd = true;
+            return false;
+        }
+        byte = *p++;
+        return true;
+    }
+
+    // A copy packet's length and distance; false where the stream ends inside it.
+    bool readCopy(quint8 first, size_t &length, size_t &distance)
+    {
+        if ((first & 0x3F) == 0) {
+            quint8 low = 0;
+            quint8 count = 0;
+            if (!read(low) || !read(count))
+                return false;
+            distance = ((size_t(first & 0xC0) << 2) | low) + 1;
+            length = size_t(count) + 3;
+            return true;
+        }
+        length = size_t(first & 0x3F) + 1;
+        quint8 byte = 0;
+        if (shortCopies < 3) {
+            spread |= quint8((first >> 6) << (6 - 2 * shortCopies));
+            ++shortCopies;
+            if (!read(byte))
+                return false;
+        } else {
+            byte = quint8(spread | (first >> 6));
+            shortCopies = 0;
+            spread = 0;
+        }
+        distance = size_t(byte) + 1;
+        return true;
+    }
+
+    // A run packet's length; false where the stream ends inside it.
+    bool readRunLength(quint8 first, size_t &length)
+    {
+        length = first >> 5;
+        if (length == 0) {
+            quint8 more = 0;
+            if (!read(more))
+                return false;
+            length = size_t(more) + 8;
+        }
+        return true;
+    }
+};
+
+// Decodes the stream into `n` contiguous bytes; false for a copy from before the start.
+// Bytes the stream doesn't reach are transparent (and free of the words written ahead).
+bool decodeLz5(ByteSource &source, uchar *const output, size_t n)
+{
+    Lz5Input in{source.cursor(), source.end()};
+    uchar *o = output;
+    uchar *const last = output + n;
+    int packetIndex = 0;
+    quint8 control = 0;
+    bool valid = true;
+    while (in.p < in.end && o < last) {
+        if (packetIndex == 0 && !in.read(control))
+            break;
+        quint8 first = 0;
+        if (!in.read(first))
+            break;
+        size_t length = 0;
+        if (control & (1 << packetIndex)) {
+            size_t distance = 0;
+            if (!in.readCopy(first, length, distance))
+                break;
+            // A copy from before the start of the image: no stream of ours holds one.
+            if (distance > size_t(o - output)) {
+                valid = false;
+                break;
+            }
+            length = std::min(length, size_t(last - o));
+            if (distance >= 8 && size_t(last - o) >= WordSlack)
+                copyWords(o, distance, length);
+            else
+                copyBehind(o, distance, length);
+        } else {
+            if (!in.readRunLength(first, length))
+                break;
+            length = std::min(length, size_t(last - o));
+            if (size_t(last - o) >= WordSlack)
+                fillWords(o, first & 0x1F, length);
+            else
+                fillBytes(o, first & 0x1F, length);
+        }
+        o += length;
+        packetIndex = (packetIndex + 1) & 7;
+    }
+    source.advanceTo(in.p, in.pastEnd);
+    memset(o, 0, size_t(last - o));
+    return valid;
+}
+
 } // namespace
 
 bool loadLZ5(QImage &image, QIODevice *device)
@@ -435,86 +545,7 @@ bool loadLZ5(QImage &image, QIODevice *device)
     const bool flat = width > 0 && image.bytesPerLine() == width;
     std::vector<uchar> buffer(flat ? 0 : n, 0);
     uchar *const output = flat ? image.bits() : buffer.data();
-    uchar *o = output;
-    uchar *const last = output + n;
-    const uchar *p = in.cursor();
-    const uchar *const end = in.end();
-    int packetIndex = 0;
-    quint8 control = 0;
-    int shortCopies = 0;
-    quint8 spread = 0;
-    bool valid = true;
-    bool pastEnd = false;
-    auto read = [&](quint8 &byte) {
-        if (p == end) {
-            pastEnd = true;
-            return false;
-        }
-        byte = *p++;
-        return true;
-    };
-    while (p < end && o < last) {
-        if (packetIndex == 0 && !read(control))
-            break;
-        quint8 first = 0;
-        if (!read(first))
-            break;
-        if (control & (1 << packetIndex)) {
-            size_t length = 0;
-            size_t distance = 0;
-            if ((first & 0x3F) == 0) {
-                quint8 low = 0;
-                quint8 count = 0;
-                if (!read(low) || !read(count))
-                    break;
-                distance = ((size_t(first & 0xC0) << 2) | low) + 1;
-                length = size_t(count) + 3;
-            } else {
-                length = size_t(first & 0x3F) + 1;
-                quint8 byte = 0;
-                if (shortCopies < 3) {
-                    spread |= quint8((first >> 6) << (6 - 2 * shortCopies));
-                    ++shortCopies;
-                    if (!read(byte))
-                        break;
-                } else {
-                    byte = quint8(spread | (first >> 6));
-                    shortCopies = 0;
-                    spread = 0;
-                }
-                distance = size_t(byte) + 1;
-            }
-            // A copy from before the start of the image: no stream of ours holds one.
-            if (distance > size_t(o - output)) {
-                valid = false;
-                break;
-            }
-            length = std::min(length, size_t(last - o));
-            if (distance >= 8 && size_t(last - o) >= WordSlack)
-                copyWords(o, distance, length);
-            else
-                copyBehind(o, distance, length);
-            o += length;
-        } else {
-            size_t length = first >> 5;
-            if (length == 0) {
-                quint8 more = 0;
-                if (!read(more))
-                    break;
-                length = size_t(more) + 8;
-            }
-            length = std::min(length, size_t(last - o));
-            if (size_t(last - o) >= WordSlack)
-                fillWords(o, first & 0x1F, length);
-            else
-                fillBytes(o, first & 0x1F, length);
-            o += length;
-        }
-        packetIndex = (packetIndex + 1) & 7;
-    }
-    in.advanceTo(p, pastEnd);
-    // Pixels the stream didn't reach are transparent (and free of the words written ahead).
-    memset(o, 0, size_t(last - o));
+    const bool valid = decodeLz5(in, output, n);
     for (int y = 0; !flat && width > 0 && y < image.height(); ++y)
         memcpy(image.scanLine(y), output + size_t(y) * size_t(width), size_t(width));
     return valid && in.ok();

@@ -41,9 +41,7 @@ QString selectedCode(const QTextCursor &cursor)
     return text;
 }
 
-} // namespace
-
-void registerCode(Script::Table &table)
+void registerCodeCursor(Script::Table &table)
 {
     // A line of code is a block of the text, whatever the layout makes of it on screen.
     table.usertype<QTextCursor>("CodeCursor")
@@ -85,7 +83,10 @@ void registerCode(Script::Table &table)
         .enumeration("SelectionType", {{"Document", QTextCursor::Document},
                                        {"LineUnderCursor", QTextCursor::LineUnderCursor},
                                        {"WordUnderCursor", QTextCursor::WordUnderCursor}});
+}
 
+void registerCodeDocument(Script::Table &table)
+{
     table.usertype<CodeDocument>("CodeDocument")
         .base<ProjectFile>()
         .base<QTextDocument>()
@@ -115,7 +116,10 @@ void registerCode(Script::Table &table)
                                    [](CodeDocument &self, CodeNode &node, const QString &text, bool nodeOnly) {
                                        self.insertBefore(&node, text, nodeOnly);
                                    }));
+}
 
+void registerCodeNode(Script::Table &table)
+{
     table.usertype<CodeNode>("CodeNode")
         .property("type", &CodeNode::type)
         .property("lineNo", &CodeNode::lineNo)
@@ -135,7 +139,11 @@ void registerCode(Script::Table &table)
                               {"Animation", CodeNode::Animation},
                               {"Frame", CodeNode::Frame},
                               {"HitBox", CodeNode::HitBox}});
+}
 
+// The bases of nodes with children and of nodes with a name.
+void registerNodeBases(Script::Table &table)
+{
     table.usertype<ParentCode>("ParentCode")
         .base<CodeNode>()
         .function("childCount", &ParentCode::childCount)
@@ -146,6 +154,16 @@ void registerCode(Script::Table &table)
         .base<PropertyItem>()
         .property("displayName", &NamedCode::displayName)
         .property("text", &NamedCode::name, &NamedCode::setName);
+}
+
+} // namespace
+
+void registerCode(Script::Table &table)
+{
+    registerCodeCursor(table);
+    registerCodeDocument(table);
+    registerCodeNode(table);
+    registerNodeBases(table);
 }
 
 } // namespace ScriptClasses

@@ -47,9 +47,7 @@ bool toFile(ProjectFile &file, Archive &archive, const QString &name, uint flags
     return file.toFile(archive, name, flags, stats);
 }
 
-} // namespace
-
-void registerProjects(Script::Table &table)
+void registerParentProject(Script::Table &table)
 {
     table.usertype<ParentProject>("ParentProject")
         .property("isGame", &ParentProject::isGame)
@@ -67,7 +65,10 @@ void registerProjects(Script::Table &table)
                       return self.saveAs(path, nullptr);
                   }))
         .function("openedProjects", &ParentProject::openedProjects);
+}
 
+void registerProject(Script::Table &table)
+{
     table.usertype<Project>("Project")
         .property("parent", &Project::parentProject)
         .property("archive", &Project::archive)
@@ -100,7 +101,10 @@ void registerProjects(Script::Table &table)
                                   {"Sounds", Project::Sounds},
                                   {"Animations", Project::Animations},
                                   {"Scripts", Project::Scripts}});
+}
 
+void registerProjectFile(Script::Table &table)
+{
     table.usertype<ProjectFile>("ProjectFile")
         .property("project", &ProjectFile::project)
         // A file that was never loaded or saved has no archive yet: nil.
@@ -125,7 +129,10 @@ void registerProjects(Script::Table &table)
         .function("asSounds", [](ProjectFile &self) { return dynamic_cast<Sounds *>(&self); })
         .function("asAnimations", [](ProjectFile &self) { return dynamic_cast<Animations *>(&self); })
         .function("asSourceCode", [](ProjectFile &self) { return dynamic_cast<CodeDocument *>(&self); });
+}
 
+void registerSpritePalette(Script::Table &table)
+{
     table.usertype<Palette>("SpritePalette")
         .base<PropertyItem>()
         .property("parent", &Palette::parent)
@@ -135,7 +142,11 @@ void registerProjects(Script::Table &table)
             self.setColorTable(fullTable(colors).constData(), share);
         })
         .function("duplicate", &Palette::duplicate);
+}
 
+// The properties of a sprite's picture, and the sprite.
+void registerSprite(Script::Table &table)
+{
     table.usertype<ImageInfo>("ImageProperties")
         .constructor<>()
         .property("size", &ImageInfo::size)
@@ -163,7 +174,10 @@ void registerProjects(Script::Table &table)
                                      {"OwnPalette", Sprite::OwnPalette},
                                      {"AdaptImage", Sprite::AdaptImage},
                                      {"SwapPalette", Sprite::SwapPalette}});
+}
 
+void registerPalettes(Script::Table &table)
+{
     table.usertype<Palettes>("Palettes")
         .base<OrganizableObject>()
         .property("selected", &Palettes::selected, &Palettes::setSelected)
@@ -181,7 +195,10 @@ void registerProjects(Script::Table &table)
         .function("find", &Palettes::find)
         .function("clear", &Palettes::clear)
         .function("clearUnused", &Palettes::clearUnused);
+}
 
+void registerSprites(Script::Table &table)
+{
     table.usertype<Sprites>("Sprites")
         .base<ProjectFile>()
         .base<OrganizableObject>()
@@ -194,7 +211,10 @@ void registerProjects(Script::Table &table)
         .function("remove", &Sprites::remove)
         .function("find", &Sprites::find)
         .function("clear", &Sprites::clear);
+}
 
+void registerSounds(Script::Table &table)
+{
     // What asSounds gives needs a type of its own to arrive as more than a ProjectFile.
     table.usertype<Sound>("Sound")
         .base<PropertyItem>()
@@ -212,6 +232,20 @@ void registerProjects(Script::Table &table)
         .function("remove", &Sounds::remove)
         .function("find", &Sounds::find)
         .function("clear", &Sounds::clear);
+}
+
+} // namespace
+
+void registerProjects(Script::Table &table)
+{
+    registerParentProject(table);
+    registerProject(table);
+    registerProjectFile(table);
+    registerSpritePalette(table);
+    registerSprite(table);
+    registerPalettes(table);
+    registerSprites(table);
+    registerSounds(table);
 }
 
 } // namespace ScriptClasses

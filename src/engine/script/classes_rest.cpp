@@ -42,9 +42,7 @@ QStringList entries(const Archive &archive, const QString &directory, const QStr
     return archive.entries(directory, nameFilters, filters, sort);
 }
 
-} // namespace
-
-void registerRest(Script::Table &table)
+void registerArchive(Script::Table &table)
 {
     table.usertype<Archive>("Archive")
         .property("name", &Archive::name)
@@ -75,7 +73,11 @@ void registerRest(Script::Table &table)
                                    {"ReadWrite", Archive::ReadWrite}});
     table.enumeration("ShareMode", {{"NoShare", Archive::NoShare}, {"Share", Archive::Share},
                                     {"AskToShare", Archive::AskToShare}});
+}
 
+// The variables a debugger shows, and the debuggers.
+void registerDebuggers(Script::Table &table)
+{
     table.usertype<Variable>("Variable")
         .property("name", &Variable::name)
         .property("value", &Variable::value, &Variable::setValue);
@@ -98,7 +100,10 @@ void registerRest(Script::Table &table)
         .property("frameEnded", &Emulator::frameEnded)
         .function("canRun", &Emulator::canRun)
         .function("start", &Emulator::start);
+}
 
+void registerEngine(Script::Table &table)
+{
     table.usertype<Engine>("Engine")
         .property("path", [](const Engine &self) { return self.path(); })
         // Takes its arguments: engine:queryString(Engine.GameMarkFile, 0).
@@ -110,14 +115,21 @@ void registerRest(Script::Table &table)
         .enumeration("StringType", {{"AnimationFilePattern", Engine::AnimationFilePattern},
                                     {"GameMarkFile", Engine::GameMarkFile},
                                     {"CommentMarker", Engine::CommentMarker}});
+}
 
+void registerProgress(Script::Table &table)
+{
     table.usertype<JobStats>("Progress")
         .property("wasCancelled", &JobStats::wasCancelled)
         .function("error", &JobStats::error)
         .function("setMaximum", &JobStats::setMaximum)
         .function("setValue", &JobStats::setValue)
         .function("incrementValue", &JobStats::incrementValue);
+}
 
+// The bases that the model's lists and items share.
+void registerItemBases(Script::Table &table)
+{
     table.usertype<OrganizableObject>("Organizable")
         .function("move", &OrganizableObject::move)
         .function("compare", &OrganizableObject::compare)
@@ -133,7 +145,10 @@ void registerRest(Script::Table &table)
         })
         .function("propertyValue", &PropertyItem::property)
         .function("setPropertyValue", &PropertyItem::setProperty);
+}
 
+void registerRgb(Script::Table &table)
+{
     table.usertype<RGB>("RGB")
         .constructor<>()
         .constructor<uint>()
@@ -146,7 +161,10 @@ void registerRest(Script::Table &table)
         .field("g", &RGB::green)
         .field("b", &RGB::blue)
         .metaFunction("__eq", [](const RGB &a, const RGB &b) { return a == b; });
+}
 
+void registerRgba(Script::Table &table)
+{
     table.usertype<RGBA>("RGBA")
         .constructor<>()
         .constructor<uint>()
@@ -164,6 +182,19 @@ void registerRest(Script::Table &table)
         .function("fromRGB", &RGBA::fromRGB)
         .function("toRGB", &RGBA::toRGB)
         .metaFunction("__eq", [](const RGBA &a, const RGBA &b) { return a == b; });
+}
+
+} // namespace
+
+void registerRest(Script::Table &table)
+{
+    registerArchive(table);
+    registerDebuggers(table);
+    registerEngine(table);
+    registerProgress(table);
+    registerItemBases(table);
+    registerRgb(table);
+    registerRgba(table);
 }
 
 } // namespace ScriptClasses

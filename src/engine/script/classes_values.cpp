@@ -37,9 +37,7 @@ void asOneChange(FrameCode &frame, F change)
         document->endChange();
 }
 
-} // namespace
-
-void registerValues(Script::Table &table)
+void registerValueCode(Script::Table &table)
 {
     table.usertype<ValueCode>("ValueCode")
         .base<CodeNode>()
@@ -55,7 +53,10 @@ void registerValues(Script::Table &table)
                               {"Int", ValueCode::Int},             {"IntVec2", ValueCode::IntVec2},
                               {"IntVec3", ValueCode::IntVec3},     {"IntVec4", ValueCode::IntVec4},
                               {"IntVector", ValueCode::IntVector}});
+}
 
+void registerGroupCode(Script::Table &table)
+{
     table.usertype<GroupCode>("GroupCode")
         .base<ParentCode>()
         .base<NamedCode>()
@@ -66,7 +67,11 @@ void registerValues(Script::Table &table)
         .function("removeValueAt", &GroupCode::removeValue)
         .function("insertValue", &GroupCode::insertValue)
         .function("addValue", &GroupCode::addValue);
+}
 
+// A hit box, and the boxes of one kind in a frame.
+void registerHitBoxes(Script::Table &table)
+{
     table.usertype<ContactBoxCode>("HitBoxCode")
         .base<CodeNode>()
         .base<PropertyItem>()
@@ -82,7 +87,10 @@ void registerValues(Script::Table &table)
         .function("add", &ContactBoxesCode::append)
         .function("remove", &ContactBoxesCode::remove)
         .function("clear", &ContactBoxesCode::clear);
+}
 
+void registerFrameBlend(Script::Table &table)
+{
     // The name "source" stands twice: the second registration wins, so a script reaches
     // the destination factor under it, and the source factor through the frame.
     using Blend = FrameCode::Blend;
@@ -99,7 +107,11 @@ void registerValues(Script::Table &table)
                               {"HardLight", Blend::HardLight},
                               {"Dodge", Blend::Dodge},
                               {"Opacity", Blend::Opacity}});
+}
 
+void registerFrameCode(Script::Table &table)
+{
+    using Blend = FrameCode::Blend;
     table.usertype<FrameCode>("AnimationFrameCode")
         .base<ParentCode>()
         .base<PropertyItem>()
@@ -129,7 +141,10 @@ void registerValues(Script::Table &table)
                               {"Horizontal", FrameCode::Horizontal},
                               {"Vertical", FrameCode::Vertical},
                               {"Both", FrameCode::Both}});
+}
 
+void registerAnimationCode(Script::Table &table)
+{
     table.usertype<AnimationCode>("AnimationCode")
         .base<ParentCode>()
         .base<NamedCode>()
@@ -142,7 +157,10 @@ void registerValues(Script::Table &table)
         .function("insertFrame", &AnimationCode::insertFrame)
         .function("frameAt", &AnimationCode::frameAt)
         .function("frameIndex", &AnimationCode::indexOfFrame);
+}
 
+void registerAnimations(Script::Table &table)
+{
     table.usertype<Animations>("Animations")
         .base<ProjectFile>()
         .base<OrganizableObject>()
@@ -156,6 +174,19 @@ void registerValues(Script::Table &table)
         .function("duplicate", Script::overload([](Animations &self, uint index) { return self.duplicate(index, QString()); },
                                                 &Animations::duplicate))
         .function("indexOf", &Animations::indexOf);
+}
+
+} // namespace
+
+void registerValues(Script::Table &table)
+{
+    registerValueCode(table);
+    registerGroupCode(table);
+    registerHitBoxes(table);
+    registerFrameBlend(table);
+    registerFrameCode(table);
+    registerAnimationCode(table);
+    registerAnimations(table);
 }
 
 } // namespace ScriptClasses

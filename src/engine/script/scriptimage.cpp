@@ -187,22 +187,10 @@ void registerConstructors(lua_State *L, Script::Table &type)
     lua_pop(L, 2);
 }
 
-} // namespace
-
-void registerImageClass(Script::Table &table)
+// Pixels, read and written by point.
+void addPixels(Script::Usertype<QImage> &image)
 {
-    auto image = table.usertype<QImage>("Image");
-    image.enumeration("Format", {{"Invalid", QImage::Format_Invalid},
-                                 {"Indexed8", QImage::Format_Indexed8},
-                                 {"RGB32", QImage::Format_RGB32},
-                                 {"ARGB32", QImage::Format_ARGB32},
-                                 {"ARGB32_Premultiplied", QImage::Format_ARGB32_Premultiplied}})
-        .property("width", &QImage::width)
-        .property("height", &QImage::height)
-        .property("size", &QImage::size)
-        .property("format", [](const QImage &self) { return int(self.format()); })
-        .property("isNull", &QImage::isNull)
-        .property("colorCount", &QImage::colorCount)
+    image
         .function("pixel",
                   [](const QImage &self, int x, int y) -> qint64 {
                       checkPoint(self, x, y);
@@ -220,7 +208,13 @@ void registerImageClass(Script::Table &table)
                       checkIndexed(self);
                       checkPoint(self, x, y);
                       return self.pixelIndex(x, y);
-                  })
+                  });
+}
+
+// The colour table of an indexed picture.
+void addColors(Script::Usertype<QImage> &image)
+{
+    image
         .function("color",
                   [](const QImage &self, int index) -> qint64 {
                       checkColorIndex(self, index);
@@ -249,7 +243,13 @@ void registerImageClass(Script::Table &table)
                   [](QImage &self, const QVector<qint64> &colors) {
                       checkIndexed(self);
                       self.setColorTable(checkedTable(colors));
-                  })
+                  });
+}
+
+// New pictures from a picture, and filling one.
+void addCopies(Script::Usertype<QImage> &image)
+{
+    image
         .function("copy",
                   Script::overload([](const QImage &self) { return self.copy(); },
                                    [](const QImage &self, int x, int y, int width, int height) {
@@ -279,7 +279,13 @@ void registerImageClass(Script::Table &table)
                   [](QImage &self, qint64 value) {
                       checkNotNull(self);
                       self.fill(checkedValue(self, value));
-                  })
+                  });
+}
+
+// Files, comparison and the text a script prints.
+void addFilesAndOperators(Script::Usertype<QImage> &image)
+{
+    image
         .function("save", [](const QImage &self, const QString &fileName) { saveFile(self, fileName); })
         .function("load", [](QImage &self, const QString &fileName) { self = loadFile(fileName); })
         .staticFunction("load", [](const QString &fileName) { return loadFile(fileName); })
@@ -289,6 +295,28 @@ void registerImageClass(Script::Table &table)
                 return QStringLiteral("Image(null)");
             return QStringLiteral("Image(%1, %2)").arg(sizeText(self), formatName(self.format()));
         });
+}
+
+} // namespace
+
+void registerImageClass(Script::Table &table)
+{
+    auto image = table.usertype<QImage>("Image");
+    image.enumeration("Format", {{"Invalid", QImage::Format_Invalid},
+                                 {"Indexed8", QImage::Format_Indexed8},
+                                 {"RGB32", QImage::Format_RGB32},
+                                 {"ARGB32", QImage::Format_ARGB32},
+                                 {"ARGB32_Premultiplied", QImage::Format_ARGB32_Premultiplied}})
+        .property("width", &QImage::width)
+        .property("height", &QImage::height)
+        .property("size", &QImage::size)
+        .property("format", [](const QImage &self) { return int(self.format()); })
+        .property("isNull", &QImage::isNull)
+        .property("colorCount", &QImage::colorCount);
+    addPixels(image);
+    addColors(image);
+    addCopies(image);
+    addFilesAndOperators(image);
     registerConstructors(table.luaState(), image.table());
 }
 

@@ -1,0 +1,241 @@
+// The parse driver of a code document: a pass over the lines an edit touched, and on
+// while the states the lines leave change.
+
+#include "code/codedocument.h"
+
+#include "code/codedocument_p.h"
+#include "code/codedocumenthelpers_p.h"
+#include "code/groupcode.h"
+
+#include <utility>
+
+namespace Ovra {
+
+namespace {
+
+// The state a line leaves for the next: the header it belongs to, or what the line
+// before left.
+int lineState(const QTextBlock &block, const CodeNode *node)
+{
+    auto headerState = [](const CodeNode *header) -> int {
+        if (header->type() == CodeNode::Animation)
+            return 0x40000000;
+        return int(static_cast<const GroupCode *>(header)->subType());
+    };
+    if (node) {
+        if (node->type() == CodeNode::Group || node->type() == CodeNode::Animation)
+            return headerState(node);
+        if (const CodeNode *group = node->previous(CodeNode::Group, -11))
+            return headerState(group);
+        if (const CodeNode *animation = node->previous(CodeNode::Animation, -11))
+            return headerState(animation);
+    }
+    const QTextBlock before = block.previous();
+    return before.isValid() ? before.userState() : -1;
+}
+
+} // namespace
+
+void CodeDocumentPrivate::contentsChange(int position, int removed, int added)
+{
+    if (!ignoreContentsChange)
+        parsePass(position, removed, added);
+}
+
+void CodeDocumentPrivate::parsePass(int position, int removed, int added)
+{
+    QTextBlock block = document->findBlock(position);
+    if (!block.isValid())
+        return;
+    ++notifyLock;
+    const bool outerParsing = parsing;
+    parsing = true;
+    const bool highlight = document->hasSyntaxHighlight();
+
+    QTextBlock last = document->findBlock(position + added + (removed > 0 ? 1 : 0));
+    if (!last.isValid())
+        last = document->lastBlock();
+    const int end = last.position() + last.length();
+
+    // The state of a line below a header depends on the run of headers directly behind
+    // its node, so after a line that is or was a header, or that gained or lost its node,
+    // the pass goes on to the next line with a node other than a header, even where no
+    // state changed on the way; so too after nodes changed unseen.
+    bool stateChanged = false;
+    bool headerBehind = false;
+    bool unseen = std::exchange(unseenNodeChange, false);
+    while (block.isValid() && (block.position() < end || stateChanged || headerBehind || unseen)) {
+        const int before = block.userState();
+        const CodeBlockData *data = testBlockData(block);
+        const CodeNode *was = data ? data->d->node : nullptr;
+        const bool wasHeader = isHeader(was);
+        parseLine(block, highlight);
+        if (reparsePending || rehighlightPending)
+            break;
+        const CodeBlockData *below = testBlockData(block.next());
+        stateChanged = below ? below->d->stateBefore != block.userState() : block.userState() != before;
+        const CodeBlockData *parsed = testBlockData(block);
+        const CodeNode *now = parsed ? parsed->d->node : nullptr;
+        if (was || now)
+            headerBehind = wasHeader || isHeader(now) || !was || !now;
+        // Where in the range unseen changes were is not known: only a line behind it ends them.
+        if (unseen && block.position() >= end && now && !isHeader(now))
+            unseen = false;
+        block = block.next();
+    }
+    lineFormats.clear();
+    parsing = outerParsing;
+
+    if (reparsePending) {
+        reparsePending = false;
+        document->reparse();
+    } else if (rehighlightPending) {
+        if (!outerParsing) {
+            rehighlightPending = false;
+            freezeModel();
+            wholeDocumentPass();
+            unfreezeModel();
+        }
+    } else {
+        document->codeUpdated();
+    }
+    if (--notifyLock == 0)
+        notifyUpdate();
+}
+
+void CodeDocumentPrivate::wholeDocumentPass()
+{
+    // One insertion of the whole text, run directly: the edit block makes the repaints
+    // of the pass one layout update.
+    QTextCursor all(document);
+    const bool ignoring = ignoreContentsChange;
+    ignoreContentsChange = true;
+    all.beginEditBlock();
+    parsePass(all.position(), 0, document->characterCount() - all.position());
+    all.endEditBlock();
+    ignoreContentsChange = ignoring;
+}
+
+CodeNode *CodeDocumentPrivate::previousNode(const QTextBlock &block) const
+{
+    for (QTextBlock above = block.previous(); above.isValid(); above = above.previous()) {
+        if (const CodeBlockData *data = testBlockData(above)) {
+            if (data->d->node)
+                return data->d->node;
+        }
+    }
+    // No line above has a node: implicit nodes right behind the root come first.
+    CodeNode *node = &document->m_root;
+    while (node->next() && !node->next()->block().isValid())
+        node = node->next();
+    return node;
+}
+
+bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *syntax)
+{
+    CodeBlockData *data = blockData(block);
+    CodeNode *old = data->d->node;
+    CodeNode *previous = previousNode(block);
+    if (old)
+        CodeDocumentPrivate::unlinkNode(old);
+    if (!previous || previous == old)
+        previous = &document->m_root;
+    CodeNode *node = parser->parse(block.text(), block, old, previous, &document->m_root, syntax);
+    data->d->node = node;
+    if (old && node != old) {
+        // The old node keeps its links to its neighbours: a header that ends finds the
+        // lines that followed it through them.
+        old->release();
+    } else if (old) {
+        CodeDocumentPrivate::relinkNode(old);
+    }
+    return node != old;
+}
+
+void CodeDocumentPrivate::unlinkNode(CodeNode *node)
+{
+    node->unlink();
+}
+
+void CodeDocumentPrivate::relinkNode(CodeNode *node)
+{
+    node->linkBack();
+}
+
+void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
+{
+    currentBlock = block;
+    lineFormats.fill(0, qMax(block.length() - 1, 0));
+    lineFormatTable.resize(1);
+    if (!parser)
+        return;
+    currentData = blockData(block);
+    const int row = removeLineMessages(currentData);
+    currentData->d->parenthesis.clear();
+    currentData->d->parsed = false;
+    QTextBlock(block).setUserState(0);
+
+    parseNode(block, highlight ? this : nullptr);
+    QTextBlock(block).setUserState(lineState(block, currentData->d->node));
+    const QTextBlock above = block.previous();
+    currentData->d->stateBefore = above.isValid() ? above.userState() : -1;
+
+    if (!pendingMessages.isEmpty()) {
+        CodeBlockData *above = nullptr;
+        for (QTextBlock up = block.previous(); up.isValid() && !above; up = up.previous()) {
+            CodeBlockData *data = testBlockData(up);
+            if (data && !data->d->syntaxMessages.isEmpty())
+                above = data;
+        }
+        beginInsertRows(QModelIndex(), row, row + pendingMessages.size() - 1);
+        currentData->d->syntaxMessages.swap(pendingMessages);
+        pendingMessages.clear();
+        if (above) {
+            currentData->d->nextWithMessages = above->d->nextWithMessages;
+            above->d->nextWithMessages = currentData;
+        } else {
+            currentData->d->nextWithMessages = firstMessageBlock;
+            firstMessageBlock = currentData;
+        }
+        endInsertRows();
+    }
+    updateFoldingIndent(currentData);
+    applyFormats(block);
+    currentData = nullptr;
+}
+
+void CodeDocument::reparse()
+{
+    if (d->parsing) {
+        d->reparsePending = true;
+        return;
+    }
+    d->freezeModel();
+    for (QTextBlock block = begin(); block.isValid(); block = block.next()) {
+        if (CodeBlockData *data = CodeDocumentPrivate::testBlockData(block)) {
+            if (CodeNode *node = data->d->node) {
+                data->d->node = nullptr;
+                node->release();
+            }
+        }
+    }
+    ++d->notifyLock;
+    d->wholeDocumentPass();
+    if (--d->notifyLock == 0)
+        d->notifyUpdate();
+    d->modelEnabled = optionOn(this, "modelCode");
+    d->unfreezeModel();
+}
+
+void CodeDocument::rehighlight()
+{
+    if (d->parsing) {
+        d->rehighlightPending = true;
+        return;
+    }
+    d->freezeModel();
+    d->wholeDocumentPass();
+    d->unfreezeModel();
+}
+
+} // namespace Ovra
