@@ -143,63 +143,19 @@ bool readSound(Cli::Context &context, const QString &command, const QString &fil
     return false;
 }
 
-// One value as the top bits of a 32-bit integer, and back: 8-bit values are unsigned
-// around 128, the others signed little-endian.
-qint32 widened(const uchar *value, int bits)
-{
-    switch (bits) {
-    case 8:
-        return qint32(quint32(value[0] ^ 0x80u) << 24);
-    case 16:
-        return qint32(quint32(value[0]) << 16 | quint32(value[1]) << 24);
-    case 24:
-        return qint32(quint32(value[0]) << 8 | quint32(value[1]) << 16 | quint32(value[2]) << 24);
-    default:
-        return qint32(quint32(value[0]) | quint32(value[1]) << 8 | quint32(value[2]) << 16 | quint32(value[3]) << 24);
-    }
-}
-
-void narrowed(qint32 value, uchar *out, int bits)
-{
-    const quint32 word = quint32(value);
-    if (bits == 8) {
-        out[0] = uchar((word >> 24) ^ 0x80u);
-        return;
-    }
-    for (int i = 0; i < bits / 8; ++i)
-        out[i] = uchar(word >> (32 - bits + 8 * i));
-}
-
-// Changes the depth value by value: widening keeps every value exactly, narrowing drops
-// the low bits. (The rate converter reads three-byte values as four, so depths go here.)
-void changeDepth(SoundSample &sample, int bits)
-{
-    const int from = sample.bits / 8;
-    const int to = bits / 8;
-    const qint64 count = sample.data.size() / from;
-    QByteArray data(int(count * to), Qt::Uninitialized);
-    const auto *in = reinterpret_cast<const uchar *>(sample.data.constData());
-    auto *out = reinterpret_cast<uchar *>(data.data());
-    for (qint64 i = 0; i < count; ++i)
-        narrowed(widened(in + i * from, sample.bits), out + i * to, bits);
-    sample.data = data;
-    sample.bits = quint16(bits);
-}
-
 // To the target's rate and channels through the library's converter, then to its depth.
+// The converter reads three-byte values as four, so a 24-bit sound goes through it at 32.
 bool convertSound(SoundSample &sample, const SampleInfo &target)
 {
     if (target.frequency != sample.frequency || target.channels != sample.channels) {
-        if (sample.bits == 24)
-            changeDepth(sample, 32);
+        if (sample.bits == 24 && !changeSampleDepth(sample, 32))
+            return false;
         SampleInfo shape = target;
         shape.bits = sample.bits;
         if (!resampleSound(sample, shape))
             return false;
     }
-    if (sample.bits != target.bits)
-        changeDepth(sample, target.bits);
-    return true;
+    return changeSampleDepth(sample, target.bits);
 }
 
 QString shapeText(const SampleInfo &info)
@@ -391,6 +347,8 @@ int soundConvert(Cli::Context &context, const QStringList &arguments)
     SoundSample sample;
     if (!readSound(context, command, conversion.input, conversion.inputFormat, &sample))
         return Cli::InputError;
+    if (sample.bits == 20)
+        sample.bits = 24; // stored in three bytes like 24, and written as 24
     SampleInfo target = sample;
     if (rate)
         target.frequency = quint32(rate);
@@ -404,8 +362,6 @@ int soundConvert(Cli::Context &context, const QStringList &arguments)
         context.say(QStringLiteral("%1: 16-bit values are written as 24-bit FLAC, which keeps them whole.")
                         .arg(conversion.output));
     }
-    if (sample.bits == 20)
-        sample.bits = 24; // stored in three bytes like 24
     if (sample.bits != 8 && sample.bits != 16 && sample.bits != 24 && sample.bits != 32)
         return context.inputError(command, conversion.input, QStringLiteral("%1-bit values can't be converted").arg(sample.bits));
     if (!convertSound(sample, target)) {

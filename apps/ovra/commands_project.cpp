@@ -178,6 +178,115 @@ namespace Commands {
 
 // ---- info ----------------------------------------------------------------------------
 
+namespace {
+
+// What info tells of a project beside its names.
+struct ProjectSummary
+{
+    QJsonArray files;
+    QStringList fileLines;
+    uint sprites = 0;
+    uint palettes = 0;
+    uint animations = 0;
+    uint frames = 0;
+    uint sounds = 0;
+    QList<Finding> findings;
+};
+
+// The project's files by type, as JSON entries and as lines.
+void listFiles(const Project &project, Engine *engine, ProjectSummary *summary)
+{
+    const QDir directory(project.absolutePath());
+    for (int type = 0; type <= maximumFileType; ++type) {
+        for (const ProjectFile *file : project.filesByType(type)) {
+            const QString path = directory.relativeFilePath(file->fileName());
+            const QString name = fileTypeName(engine, type);
+            summary->files.append(QJsonObject{{QStringLiteral("type"), type},
+                                              {QStringLiteral("typeName"), name},
+                                              {QStringLiteral("path"), path}});
+            summary->fileLines << QStringLiteral("  %1 %2").arg(name + QLatin1Char(':'), -20).arg(path);
+        }
+    }
+}
+
+void countContents(const Project &project, ProjectSummary *summary)
+{
+    for (ProjectFile *file : project.filesByType(Project::Sprites)) {
+        if (auto *container = dynamic_cast<Sprites *>(file)) {
+            summary->sprites += container->count();
+            if (Palettes *own = container->palettes())
+                summary->palettes += own->count();
+        }
+    }
+    for (ProjectFile *file : project.filesByType(Project::Animations)) {
+        if (auto *list = dynamic_cast<Animations *>(file)) {
+            summary->animations += list->count();
+            for (const AnimationCode *animation : list->animations())
+                summary->frames += animation->frameCount();
+        }
+    }
+    for (ProjectFile *file : project.filesByType(Project::Sounds)) {
+        if (auto *bank = dynamic_cast<Sounds *>(file))
+            summary->sounds += bank->count();
+    }
+}
+
+ProjectSummary summarize(const Project &project, Engine *engine, const QString &argument)
+{
+    ProjectSummary summary;
+    listFiles(project, engine, &summary);
+    countContents(project, &summary);
+    summary.findings = projectFindings(project, argument);
+    sortFindings(summary.findings);
+    return summary;
+}
+
+void printInfoJson(Cli::Context &context, const Project &project, Engine *engine, const QString &argument,
+                   const ProjectSummary &summary)
+{
+    const MessageList *messages = project.messages();
+    QJsonArray list;
+    for (const Finding &finding : summary.findings)
+        list.append(findingJson(finding));
+    context.printJson(QJsonObject{
+        {QStringLiteral("project"), project.name()},
+        {QStringLiteral("version"), project.version()},
+        {QStringLiteral("file"), shownName(project.fileName(), argument)},
+        {QStringLiteral("engine"), engineName(engine)},
+        {QStringLiteral("files"), summary.files},
+        {QStringLiteral("sprites"), int(summary.sprites)},
+        {QStringLiteral("palettes"), int(summary.palettes)},
+        {QStringLiteral("animations"), int(summary.animations)},
+        {QStringLiteral("frames"), int(summary.frames)},
+        {QStringLiteral("sounds"), int(summary.sounds)},
+        {QStringLiteral("errors"), int(messages->errorCount())},
+        {QStringLiteral("warnings"), int(messages->warningCount())},
+        {QStringLiteral("notes"), int(messages->informationCount())},
+        {QStringLiteral("messages"), list},
+    });
+}
+
+void printInfoText(Cli::Context &context, const Project &project, const QString &argument, const ProjectSummary &summary)
+{
+    const MessageList *messages = project.messages();
+    const QString version = project.version().isEmpty() ? QString() : QStringLiteral(" %1").arg(project.version());
+    context.say(QStringLiteral("%1%2 (%3)").arg(project.name(), version, shownName(project.fileName(), argument)));
+    context.say(QStringLiteral("Files:"));
+    for (const QString &line : summary.fileLines)
+        context.say(line);
+    context.say(QStringLiteral("Sprites:    %1").arg(summary.sprites));
+    context.say(QStringLiteral("Palettes:   %1").arg(summary.palettes));
+    context.say(QStringLiteral("Animations: %1 (%2)").arg(summary.animations).arg(plural(summary.frames, "frame")));
+    context.say(QStringLiteral("Sounds:     %1").arg(summary.sounds));
+    context.say(QStringLiteral("Messages:   %1, %2, %3")
+                    .arg(plural(messages->errorCount(), "error"), plural(messages->warningCount(), "warning"),
+                         plural(messages->informationCount(), "note")));
+    for (const Finding &finding : summary.findings)
+        context.say(QStringLiteral("  ") + findingLine(finding));
+}
+
+} // namespace
+
 int info(Cli::Context &context, const QStringList &arguments)
 {
     Cli::Parser parser(QStringLiteral("info"),
@@ -193,81 +302,11 @@ int info(Cli::Context &context, const QStringList &arguments)
         return Cli::InputError;
 
     Engine *engine = project->parentProject() ? project->parentProject()->engine() : nullptr;
-    const QDir directory(project->absolutePath());
-    QJsonArray files;
-    QStringList fileLines;
-    for (int type = 0; type <= maximumFileType; ++type) {
-        for (const ProjectFile *file : project->filesByType(type)) {
-            const QString path = directory.relativeFilePath(file->fileName());
-            const QString name = fileTypeName(engine, type);
-            files.append(QJsonObject{{QStringLiteral("type"), type},
-                                     {QStringLiteral("typeName"), name},
-                                     {QStringLiteral("path"), path}});
-            fileLines << QStringLiteral("  %1 %2").arg(name + QLatin1Char(':'), -20).arg(path);
-        }
-    }
-
-    uint sprites = 0, palettes = 0, animations = 0, frames = 0, sounds = 0;
-    for (ProjectFile *file : project->filesByType(Project::Sprites)) {
-        if (auto *container = dynamic_cast<Sprites *>(file)) {
-            sprites += container->count();
-            if (Palettes *own = container->palettes())
-                palettes += own->count();
-        }
-    }
-    for (ProjectFile *file : project->filesByType(Project::Animations)) {
-        if (auto *list = dynamic_cast<Animations *>(file)) {
-            animations += list->count();
-            for (const AnimationCode *animation : list->animations())
-                frames += animation->frameCount();
-        }
-    }
-    for (ProjectFile *file : project->filesByType(Project::Sounds)) {
-        if (auto *bank = dynamic_cast<Sounds *>(file))
-            sounds += bank->count();
-    }
-
-    const MessageList *messages = project->messages();
-    QList<Finding> findings = projectFindings(*project, argument);
-    sortFindings(findings);
-
-    if (context.json) {
-        QJsonArray list;
-        for (const Finding &finding : qAsConst(findings))
-            list.append(findingJson(finding));
-        context.printJson(QJsonObject{
-            {QStringLiteral("project"), project->name()},
-            {QStringLiteral("version"), project->version()},
-            {QStringLiteral("file"), shownName(project->fileName(), argument)},
-            {QStringLiteral("engine"), engineName(engine)},
-            {QStringLiteral("files"), files},
-            {QStringLiteral("sprites"), int(sprites)},
-            {QStringLiteral("palettes"), int(palettes)},
-            {QStringLiteral("animations"), int(animations)},
-            {QStringLiteral("frames"), int(frames)},
-            {QStringLiteral("sounds"), int(sounds)},
-            {QStringLiteral("errors"), int(messages->errorCount())},
-            {QStringLiteral("warnings"), int(messages->warningCount())},
-            {QStringLiteral("notes"), int(messages->informationCount())},
-            {QStringLiteral("messages"), list},
-        });
-        return Cli::Success;
-    }
-
-    const QString version = project->version().isEmpty() ? QString() : QStringLiteral(" %1").arg(project->version());
-    context.say(QStringLiteral("%1%2 (%3)").arg(project->name(), version, shownName(project->fileName(), argument)));
-    context.say(QStringLiteral("Files:"));
-    for (const QString &line : qAsConst(fileLines))
-        context.say(line);
-    context.say(QStringLiteral("Sprites:    %1").arg(sprites));
-    context.say(QStringLiteral("Palettes:   %1").arg(palettes));
-    context.say(QStringLiteral("Animations: %1 (%2)").arg(animations).arg(plural(frames, "frame")));
-    context.say(QStringLiteral("Sounds:     %1").arg(sounds));
-    context.say(QStringLiteral("Messages:   %1, %2, %3")
-                    .arg(plural(messages->errorCount(), "error"), plural(messages->warningCount(), "warning"),
-                         plural(messages->informationCount(), "note")));
-    for (const Finding &finding : qAsConst(findings))
-        context.say(QStringLiteral("  ") + findingLine(finding));
+    const ProjectSummary summary = summarize(*project, engine, argument);
+    if (context.json)
+        printInfoJson(context, *project, engine, argument, summary);
+    else
+        printInfoText(context, *project, argument, summary);
     return Cli::Success;
 }
 

@@ -3,6 +3,7 @@
 #include "animationdocument.h"
 #include "samplecode.h"
 #include "samplelanguage.h"
+#include "spriteid.h"
 
 #include "code/codedocument.h"
 #include "image/sprite.h"
@@ -296,8 +297,7 @@ Sprite *SampleFrame::sprite() const
     Sprites *sprites = owner ? owner->sprites() : nullptr;
     if (!sprites)
         return nullptr;
-    const uint id = uint(m_data.sprite.x()) << 16 | uint(m_data.sprite.y() & 0xFFFF);
-    const int index = sprites->find(0, id);
+    const int index = sprites->find(0, SpriteId::pack(m_data.sprite));
     return index < 0 ? nullptr : sprites->at(uint(index));
 }
 
@@ -307,9 +307,7 @@ void SampleFrame::setSpriteId(const QVariant &id)
     if (id.userType() == QMetaType::QPoint) {
         next.sprite = id.toPoint();
     } else {
-        // The number a sprite list gives: GROUP << 16 | NUMBER.
-        const uint number = id.toUInt();
-        next.sprite = QPoint(int(number >> 16), int(number & 0xFFFF));
+        next.sprite = SpriteId::unpack(id.toUInt()); // the number a sprite list gives
     }
     write(next);
 }

@@ -119,8 +119,8 @@ public:
     QVariant property(const QString &name) const override;
     void setProperty(const QString &name, const QVariant &value) override;
 
-    // The sprite of the animation document's sprite list, found by its number
-    // (GROUP << 16 | NUMBER); null without sprites or where it has no such sprite.
+    // The sprite of the animation document's sprite list, found by its packed number
+    // (spriteid.h); null without sprites or where it has no such sprite.
     Ovra::Sprite *sprite() const override;
     // The sprite's group and number as a QPoint.
     QVariant spriteId() const override { return m_data.sprite; }

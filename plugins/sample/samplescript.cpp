@@ -7,6 +7,7 @@
 #include "sampleengine.h"
 #include "soundbank.h"
 #include "spritecontainer.h"
+#include "spriteid.h"
 
 #include "engine/script/script.h"
 #include "image/sprite.h"
@@ -22,7 +23,7 @@ namespace {
 // an error rather than a silently clipped identifier.
 int checkedPart(int value, const char *what)
 {
-    if (value < 0 || value > 0xFFFF)
+    if (!SpriteId::isValidPart(value))
         throw std::out_of_range(QStringLiteral("%1 %2 outside 0 to 65535").arg(QLatin1String(what)).arg(value).toStdString());
     return value;
 }
@@ -34,8 +35,7 @@ QPoint checkedIdentifier(int group, int number)
 
 uint packedId(int group, int number)
 {
-    const QPoint point = checkedIdentifier(group, number);
-    return (uint(point.x()) << 16) | uint(point.y());
+    return SpriteId::pack(checkedIdentifier(group, number));
 }
 
 // The indices of the other sprites of the container that hold the same pixels.

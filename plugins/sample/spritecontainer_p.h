@@ -2,6 +2,7 @@
 
 // Helpers shared by the sprite container's sprites and palettes.
 #include "image/imagedata.h"
+#include "spriteid.h"
 
 #include <QImage>
 #include <QPoint>
@@ -23,7 +24,7 @@ inline const QString &identifierName()
 inline QPoint fileIdentifier(const QVariant &identifier)
 {
     const QPoint point = identifier.toPoint();
-    return QPoint(qBound(0, point.x(), 0xFFFF), qBound(0, point.y(), 0xFFFF));
+    return QPoint(qBound(0, point.x(), SpriteId::MaximumPart), qBound(0, point.y(), SpriteId::MaximumPart));
 }
 
 inline QString identifierText(const QPoint &identifier)
@@ -40,7 +41,7 @@ inline int compareIdentifiers(const QPoint &x, const QPoint &y)
 
 inline bool matches(const QPoint &identifier, uint id)
 {
-    return uint(identifier.x()) == (id >> 16) && uint(identifier.y()) == (id & 0xFFFF);
+    return SpriteId::matches(identifier, id);
 }
 
 // The 256 entries of a picture's colour table; those it lacks are transparent black.

@@ -36,6 +36,38 @@ void write24(uchar *bytes, qint64 value)
     bytes[2] = uchar(value >> 24);
 }
 
+bool isWholeByteDepth(quint16 bits)
+{
+    return bits == 8 || bits == 16 || bits == 24 || bits == 32;
+}
+
+// One value as the top bits of a 32-bit integer, and back: 8-bit values are unsigned
+// around 128, the others signed little-endian.
+qint32 widened(const uchar *value, quint16 bits)
+{
+    switch (bits) {
+    case 8:
+        return qint32(quint32(value[0] ^ 0x80u) << 24);
+    case 16:
+        return qint32(quint32(value[0]) << 16 | quint32(value[1]) << 24);
+    case 24:
+        return read24(value);
+    default:
+        return qint32(quint32(value[0]) | quint32(value[1]) << 8 | quint32(value[2]) << 16 | quint32(value[3]) << 24);
+    }
+}
+
+void narrowed(qint32 value, uchar *out, quint16 bits)
+{
+    const quint32 word = quint32(value);
+    if (bits == 8) {
+        out[0] = uchar((word >> 24) ^ 0x80u);
+        return;
+    }
+    for (int i = 0; i < bits / 8; ++i)
+        out[i] = uchar(word >> (32 - bits + 8 * i));
+}
+
 } // namespace
 
 const char *soundFileExtension(SoundExtensionType type)
@@ -210,6 +242,27 @@ bool resampleSound(SoundSample &sample, SampleInfo target)
     } else {
         src_float_to_int_array(output.data(), reinterpret_cast<int *>(out), int(qMin<qint64>(qint64(output.size()), size / 4)));
     }
+    return true;
+}
+
+bool changeSampleDepth(SoundSample &sample, quint16 bits)
+{
+    if (!isWholeByteDepth(sample.bits) || !isWholeByteDepth(bits))
+        return false;
+    if (bits == sample.bits)
+        return true;
+    const int from = sample.bits / 8;
+    const int to = bits / 8;
+    const qint64 count = sample.data.size() / from;
+    if (count * to > std::numeric_limits<int>::max() - 64)
+        return false;
+    QByteArray data(int(count * to), Qt::Uninitialized);
+    const auto *in = reinterpret_cast<const uchar *>(sample.data.constData());
+    auto *out = reinterpret_cast<uchar *>(data.data());
+    for (qint64 i = 0; i < count; ++i)
+        narrowed(widened(in + i * from, sample.bits), out + i * to, bits);
+    sample.data = data;
+    sample.bits = bits;
     return true;
 }
 

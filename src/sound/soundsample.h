@@ -51,4 +51,10 @@ OVRA_EXPORT void scaleSample(void *out, const void *in, float scale, unsigned sh
 // the sound as it was, when the converter refuses (a ratio below 1/256 or above 256).
 OVRA_EXPORT bool resampleSound(SoundSample &sample, SampleInfo target);
 
+// Gives every value of the sound `bits` bits, of 8, 16, 24 or 32: a wider depth keeps each
+// value exactly, a narrower one drops its low bits. Bytes past the last whole value go.
+// False, and the sound untouched, for any other depth on either side or a result too
+// large to hold.
+OVRA_EXPORT bool changeSampleDepth(SoundSample &sample, quint16 bits);
+
 } // namespace Ovra

@@ -1,0 +1,103 @@
+#include "engine/projectlocator.h"
+
+#include "engine/extension.h"
+#include "engine/extensionmanager.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+
+namespace Ovra {
+
+struct ProjectLocatorPrivate
+{
+    QString directory;
+    std::unique_ptr<ExtensionManager> manager;
+};
+
+ProjectLocator::ProjectLocator(const QString &pluginDirectory)
+    : d(std::make_unique<ProjectLocatorPrivate>())
+{
+    d->directory = pluginDirectory.isEmpty() ? defaultPluginDirectory() : pluginDirectory;
+    if (!d->directory.isEmpty())
+        d->manager = std::make_unique<ExtensionManager>(d->directory);
+}
+
+ProjectLocator::~ProjectLocator() = default;
+
+QString ProjectLocator::pluginDirectory() const
+{
+    return d->directory;
+}
+
+QStringList ProjectLocator::defaultPluginDirectories()
+{
+    const QString bin = QCoreApplication::applicationDirPath();
+    return {QDir::cleanPath(bin + QStringLiteral("/../lib/plugins")),
+            QDir::cleanPath(bin + QStringLiteral("/../lib/ovra/plugins"))};
+}
+
+QString ProjectLocator::defaultPluginDirectory()
+{
+    for (const QString &place : defaultPluginDirectories()) {
+        if (QDir(place).exists())
+            return place;
+    }
+    return QString();
+}
+
+QString ProjectLocator::projectFile(const QString &path, QString *error)
+{
+    QString unused;
+    if (!error)
+        error = &unused;
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        *error = QStringLiteral("no such file or directory");
+        return QString();
+    }
+    if (!info.isDir())
+        return info.absoluteFilePath();
+    // A work: the project files in it and in its folders, no deeper.
+    const QDir root(info.absoluteFilePath());
+    QStringList found;
+    QDirIterator it(root.path(), QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString name = it.next();
+        if (root.relativeFilePath(name).count(QLatin1Char('/')) <= 1 && EngineExtension::forProjectFile(name))
+            found << name;
+    }
+    if (found.size() == 1)
+        return found.first();
+    found.sort();
+    *error = found.isEmpty() ? QStringLiteral("no project file in this directory")
+                             : QStringLiteral("more than one project file here: %1").arg(found.join(QStringLiteral(", ")));
+    return QString();
+}
+
+Project *ProjectLocator::openProject(const QString &path, QString *error) const
+{
+    QString unused;
+    if (!error)
+        error = &unused;
+    if (!d->manager) {
+        *error = QStringLiteral("no engine plug-ins found");
+        return nullptr;
+    }
+    const QString file = projectFile(path, error);
+    if (file.isEmpty())
+        return nullptr;
+    EngineExtension *engine = EngineExtension::forProjectFile(file);
+    if (!engine) {
+        *error = QStringLiteral("no engine of %1 takes this file as a project").arg(d->directory);
+        return nullptr;
+    }
+    QString reason;
+    Project *project = engine->openProject(file, &reason);
+    if (!project)
+        *error = reason;
+    return project;
+}
+
+} // namespace Ovra
