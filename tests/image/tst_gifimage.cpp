@@ -1,5 +1,5 @@
 #include "image/gifimage.h"
-#include "image/imagecodecs.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QImageReader>
@@ -8,6 +8,8 @@
 #include <gif_lib.h>
 
 using namespace Ovra;
+using ImageTestBytes::loadByName;
+using ImageTestBytes::savedByName;
 
 namespace {
 
@@ -164,21 +166,6 @@ bool loadInto(GIFImage &gif, QByteArray bytes)
 {
     QBuffer buffer(&bytes);
     return gif.load(&buffer);
-}
-
-QByteArray savedByName(const QImage &image)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    return saveImage(&buffer, "GIF", image) ? bytes : QByteArray();
-}
-
-bool loadByName(QByteArray bytes, QImage &image)
-{
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
-    return loadImage(&buffer, "GIF", image);
 }
 
 // Exposes the octree's steps to the tests.
@@ -677,7 +664,7 @@ void GifImageTest::loadAndSaveImageByName()
     QImage picture = indexedPicture(9, 7, 12, 4);
     picture.setColor(5, picture.color(5) & 0x00FFFFFF);
     QImage back;
-    QVERIFY(loadByName(savedByName(picture), back));
+    QVERIFY(loadByName(savedByName(picture, "GIF"), "GIF", back));
     QCOMPARE(back.format(), QImage::Format_Indexed8);
     QCOMPARE(pixelsOf(back), pixelsOf(picture));
     QCOMPARE(back.colorTable().mid(0, 12), picture.colorTable());
@@ -687,17 +674,17 @@ void GifImageTest::loadAndSaveImageByName()
     QVector<AnimImageFrame> frames;
     for (int i = 0; i < 3; ++i)
         frames << AnimImageFrame{indexedPicture(5, 5, 4, i), 0, 0, 6};
-    QVERIFY(loadByName(exported(frames), back));
+    QVERIFY(loadByName(exported(frames), "GIF", back));
     QCOMPARE(pixelsOf(back), pixelsOf(frames.first().image));
 
     // A true-colour picture is given its colours on the way.
     const QImage figure = ring(12, qRgb(10, 120, 240));
-    QVERIFY(loadByName(savedByName(figure), back));
+    QVERIFY(loadByName(savedByName(figure, "GIF"), "GIF", back));
     QCOMPARE(back.convertToFormat(QImage::Format_ARGB32), figure);
 
     // A file that isn't one leaves the picture as it was.
     QImage kept = picture;
-    QVERIFY(loadByName("GIF89a but no more", kept));
+    QVERIFY(loadByName("GIF89a but no more", "GIF", kept));
     QCOMPARE(kept, picture);
 }
 

@@ -1,8 +1,7 @@
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
-#include "image/imagecodecs.h"
 #include "image/paletteobject.h"
-#include "image/pcxpng.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QDataStream>
@@ -10,6 +9,7 @@
 #include <QtTest>
 
 using namespace Ovra;
+using ImageTestBytes::savedByName;
 
 namespace {
 
@@ -37,15 +37,6 @@ QByteArray bigEndian(const std::function<void(QDataStream &)> &write)
     out.setFloatingPointPrecision(QDataStream::SinglePrecision);
     write(out);
     return bytes;
-}
-
-QByteArray encoded(const QImage &image, const char *format)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    const bool ok = QByteArray(format) == "PCX" ? savePCX(image, &buffer) : saveImage(&buffer, format, image);
-    return ok ? bytes : QByteArray();
 }
 
 class TextPaletteSaver : public PaletteSaverExtension
@@ -359,15 +350,15 @@ void PaletteObjectTest::readFormats_data()
         image.setColor(i, qRgba(i * 10, i, 255 - i, i == 5 ? 100 : 255));
     image.fill(3);
     // PNG keeps the table with its alpha; the 240 missing entries are opaque black.
-    QTest::addRow("png") << encoded(image, "PNG") << QByteArray("PNG")
+    QTest::addRow("png") << savedByName(image, "PNG") << QByteArray("PNG")
                          << Entries{{0, qRgba(0, 0, 255, 0)}, {5, qRgba(50, 5, 250, 100)}, {200, qRgb(0, 0, 0)}};
     // A true-colour picture has no palette to give.
-    QTest::addRow("png true colour") << encoded(image.convertToFormat(QImage::Format_RGB32), "PNG")
+    QTest::addRow("png true colour") << savedByName(image.convertToFormat(QImage::Format_RGB32), "PNG")
                                      << QByteArray("PNG") << Entries();
     // PCX, and BMP as Qt writes it, carry no alpha: everything read is opaque but entry 0.
-    QTest::addRow("pcx") << encoded(image, "PCX") << QByteArray("PCX")
+    QTest::addRow("pcx") << savedByName(image, "PCX") << QByteArray("PCX")
                          << Entries{{0, qRgba(0, 0, 255, 0)}, {5, qRgb(50, 5, 250)}, {16, qRgb(0, 0, 0)}};
-    QTest::addRow("bmp") << encoded(image, "BMP") << QByteArray("BMP")
+    QTest::addRow("bmp") << savedByName(image, "BMP") << QByteArray("BMP")
                          << Entries{{0, qRgba(0, 0, 255, 0)}, {5, qRgb(50, 5, 250)}, {15, qRgb(150, 15, 240)},
                                     {16, qRgb(0, 0, 0)}};
     // GIF through its own reader, a file of 256 colours.
@@ -375,7 +366,7 @@ void PaletteObjectTest::readFormats_data()
     for (int i = 0; i < 256; ++i)
         full.setColor(i, qRgb(i, 255 - i, i / 3));
     full.fill(7);
-    QTest::addRow("gif") << encoded(full, "GIF") << QByteArray("GIF")
+    QTest::addRow("gif") << savedByName(full, "GIF") << QByteArray("GIF")
                          << Entries{{0, qRgba(0, 255, 0, 0)}, {1, qRgb(1, 254, 0)}, {255, qRgb(255, 0, 85)}};
 }
 

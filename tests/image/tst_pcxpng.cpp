@@ -1,4 +1,5 @@
 #include "image/pcxpng.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -6,43 +7,10 @@
 #include <QtTest>
 
 using namespace Ovra;
+using ImageTestBytes::bytes;
+using ImageTestBytes::pcxHeader;
 
 namespace {
-
-QByteArray header(int xMin, int yMin, int xMax, int yMax, int bits, int planes, int bytesPerLine,
-                  int manufacturer = 10, int version = 5)
-{
-    QByteArray bytes(128, '\0');
-    bytes[0] = char(manufacturer);
-    bytes[1] = char(version);
-    bytes[2] = 1;
-    bytes[3] = char(bits);
-    auto word = [&bytes](int at, int value) {
-        bytes[at] = char(value & 0xFF);
-        bytes[at + 1] = char((value >> 8) & 0xFF);
-    };
-    word(4, xMin);
-    word(6, yMin);
-    word(8, xMax);
-    word(10, yMax);
-    // The 16 colours of the header: entry i is (i, 2i, 3i).
-    for (int i = 0; i < 16; ++i) {
-        bytes[16 + i * 3] = char(i);
-        bytes[17 + i * 3] = char(2 * i);
-        bytes[18 + i * 3] = char(3 * i);
-    }
-    bytes[65] = char(planes);
-    word(66, bytesPerLine);
-    return bytes;
-}
-
-QByteArray bytes(std::initializer_list<int> values)
-{
-    QByteArray result;
-    for (int value : values)
-        result.append(char(value));
-    return result;
-}
 
 // The 256 colours of a palette block: entry i is (i, 255 - i, i).
 QByteArray paletteBlock()
@@ -160,7 +128,7 @@ void PcxPngTest::decodedFiles_data()
 
     // xMin 5 and xMax 14: ten wide, the offset forgotten. Lines of 12 bytes: the two
     // behind the width are read and dropped.
-    QByteArray wide = header(5, 0, 14, 1, 8, 1, 12);
+    QByteArray wide = pcxHeader(5, 0, 14, 1, 8, 1, 12);
     for (int y = 0; y < 2; ++y) {
         for (int x = 0; x < 12; ++x)
             wide.append(char(x < 10 ? x + y * 10 : 0x33));
@@ -168,18 +136,18 @@ void PcxPngTest::decodedFiles_data()
     QTest::addRow("offset and wide lines") << wide + paletteBlock() << true << QSize(10, 2) << QPoint(9, 1)
                                            << qRgb(19, 236, 19);
     // 2 x 2 in three planes, all by one run of 12 that crosses every line and plane.
-    QTest::addRow("run over lines and planes") << header(0, 0, 1, 1, 8, 3, 2) + bytes({0xCC, 0x40}) << false
+    QTest::addRow("run over lines and planes") << pcxHeader(0, 0, 1, 1, 8, 3, 2) + bytes({0xCC, 0x40}) << false
                                                << QSize(2, 2) << QPoint(1, 1) << qRgb(0x40, 0x40, 0x40);
     // Without a palette block the header's 16 colours stand, the rest black.
-    QTest::addRow("sixteen colours") << header(0, 0, 1, 0, 8, 1, 2) + bytes({3, 15}) << false << QSize(2, 1)
+    QTest::addRow("sixteen colours") << pcxHeader(0, 0, 1, 0, 8, 1, 2) + bytes({3, 15}) << false << QSize(2, 1)
                                      << QPoint(1, 0) << qRgb(15, 30, 45);
     // Stray bytes between the pixels and the block: the skip lands one byte behind the
     // mark, reads the first palette byte as the mark, and falls back to the header.
     QTest::addRow("stray bytes before the block")
-        << header(0, 0, 0, 0, 8, 1, 1) + bytes({1}) + "stray" + paletteBlock() << false << QSize(1, 1) << QPoint(0, 0)
+        << pcxHeader(0, 0, 0, 0, 8, 1, 1) + bytes({1}) + "stray" + paletteBlock() << false << QSize(1, 1) << QPoint(0, 0)
         << qRgb(1, 2, 3);
     // A block cut short is no block: the header's colours stand.
-    QTest::addRow("block cut short") << header(0, 0, 0, 0, 8, 1, 1) + bytes({5}) + paletteBlock().left(400) << false
+    QTest::addRow("block cut short") << pcxHeader(0, 0, 0, 0, 8, 1, 1) + bytes({5}) + paletteBlock().left(400) << false
                                      << QSize(1, 1) << QPoint(0, 0) << qRgb(5, 10, 15);
 }
 
@@ -210,17 +178,17 @@ void PcxPngTest::refusedFiles_data()
     QTest::addColumn<bool>("given"); // a picture is handed in
     QTest::addColumn<bool>("cleared");
     // A header that doesn't read leaves the picture as it was.
-    QTest::addRow("wrong manufacturer") << header(0, 0, 1, 1, 8, 1, 2, 11) + QByteArray(4, 1) << true << false;
-    QTest::addRow("version 3") << header(0, 0, 1, 1, 8, 1, 2, 10, 3) + QByteArray(4, 1) << true << false;
-    QTest::addRow("16 colours in one plane") << header(0, 0, 1, 1, 4, 1, 1) + QByteArray(4, 1) << true << false;
-    QTest::addRow("short header") << header(0, 0, 1, 1, 8, 1, 2).left(60) << true << false;
+    QTest::addRow("wrong manufacturer") << pcxHeader(0, 0, 1, 1, 8, 1, 2, 11) + QByteArray(4, 1) << true << false;
+    QTest::addRow("version 3") << pcxHeader(0, 0, 1, 1, 8, 1, 2, 10, 3) + QByteArray(4, 1) << true << false;
+    QTest::addRow("16 colours in one plane") << pcxHeader(0, 0, 1, 1, 4, 1, 1) + QByteArray(4, 1) << true << false;
+    QTest::addRow("short header") << pcxHeader(0, 0, 1, 1, 8, 1, 2).left(60) << true << false;
     // Pixels that end before the last row leave a null picture.
-    QTest::addRow("ends before the last row") << header(0, 0, 3, 3, 8, 1, 4) + QByteArray(6, 2) << true << true;
-    QTest::addRow("count byte at the very end") << header(0, 0, 1, 0, 8, 1, 2) + bytes({0xC2}) << true << true;
+    QTest::addRow("ends before the last row") << pcxHeader(0, 0, 3, 3, 8, 1, 4) + QByteArray(6, 2) << true << true;
+    QTest::addRow("count byte at the very end") << pcxHeader(0, 0, 1, 0, 8, 1, 2) + bytes({0xC2}) << true << true;
     // A header that asks for a picture of 1.6 GB with ten bytes behind it: refused as a
     // file cut short, without the picture being made.
-    QTest::addRow("huge") << header(0, 0, 39999, 39999, 8, 1, 40000) + QByteArray(10, char(0xFF)) << true << true;
-    QTest::addRow("empty width, no picture given") << header(5, 0, 3, 0, 8, 1, 0) << false << true;
+    QTest::addRow("huge") << pcxHeader(0, 0, 39999, 39999, 8, 1, 40000) + QByteArray(10, char(0xFF)) << true << true;
+    QTest::addRow("empty width, no picture given") << pcxHeader(5, 0, 3, 0, 8, 1, 0) << false << true;
 }
 
 void PcxPngTest::refusedFiles()
@@ -243,7 +211,7 @@ void PcxPngTest::oddPlanesStayInTheirRows()
     // Depth 8 from two planes of 4 bits, and depth 5 from five planes of 1 bit: the
     // planes step past the bytes of an indexed pixel and must stay in their rows.
     for (const auto &[bits, planes] : {std::pair<int, int>{4, 2}, std::pair<int, int>{1, 5}}) {
-        QByteArray file = header(0, 0, 39, 3, bits, planes, 40);
+        QByteArray file = pcxHeader(0, 0, 39, 3, bits, planes, 40);
         for (int i = 0; i < 4 * planes; ++i)
             file.append(char(0xE8)).append(char(0x11)); // runs of 40
         QImage image;

@@ -1,5 +1,6 @@
 #include "image/spritecompression.h"
 #include "image/spritecompression_p.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -7,6 +8,7 @@
 #include <QtTest>
 
 using namespace Ovra;
+using ImageTestBytes::bytes;
 
 namespace {
 
@@ -60,14 +62,6 @@ bool samePixels(const QImage &a, const QImage &b)
             return false;
     }
     return true;
-}
-
-QByteArray bytes(std::initializer_list<int> values)
-{
-    QByteArray result;
-    for (int value : values)
-        result.append(char(value));
-    return result;
 }
 
 // Decodes `stream` into a fresh image of the size given, all of whose bytes start as `fill`.
