@@ -39,6 +39,71 @@ QByteArray bigEndian(const std::function<void(QDataStream &)> &write)
     return bytes;
 }
 
+// Five colours: RGB, one of an unknown space, HSB, CMYK and grey.
+QByteArray acoFile()
+{
+    return bigEndian([](QDataStream &out) {
+        out << quint16(1) << quint16(5);
+        out << quint16(0) << quint16(255 * 257) << quint16(128 * 257) << quint16(0) << quint16(0);
+        out << quint16(7) << quint16(1) << quint16(2) << quint16(3) << quint16(4);
+        out << quint16(1) << quint16(120 * 182.5487) << quint16(255 * 257) << quint16(255 * 257) << quint16(0);
+        out << quint16(2) << quint16(65535) << quint16(0) << quint16(65535) << quint16(65535);
+        out << quint16(8) << quint16(5000) << quint16(0) << quint16(0) << quint16(0);
+    });
+}
+
+// A RIFF palette chunk of 256 entries (i, 0, 255 - i) whose size field counts 1028 bytes.
+QByteArray riffFile()
+{
+    QByteArray riff("RIFF");
+    const quint32 riffSize = 4 + 8 + 8 + 1024;
+    riff.append(reinterpret_cast<const char *>(&riffSize), 4).append("PAL data");
+    const quint32 chunkSize = 1028;
+    riff.append(reinterpret_cast<const char *>(&chunkSize), 4).append("\x00\x03\x00\x01", 4);
+    for (int i = 0; i < 256; ++i)
+        riff.append(char(i)).append('\0').append(char(255 - i)).append('\0');
+    return riff;
+}
+
+// 300 entries (i % 256, 1, 2), but for a line that isn't a colour and one out of range.
+QByteArray jascFile()
+{
+    QByteArray jasc("JASC-PAL\r\n0100\r\n300\r\n");
+    for (int i = 0; i < 300; ++i) {
+        if (i == 2)
+            jasc += "not a colour\r\n";
+        else if (i == 3)
+            jasc += "999 7 8 40\r\n";
+        else
+            jasc += QByteArray::number(i % 256) + " 1 2\r\n";
+    }
+    return jasc;
+}
+
+// In a group: RGB, LAB (passed over), grey, a block of unknown type, CMYK.
+QByteArray aseFile()
+{
+    return bigEndian([](QDataStream &out) {
+        out.writeRawData("ASEF", 4);
+        out << quint16(1) << quint16(0) << quint32(7);
+        out << quint16(0xC001) << quint32(10) << quint16(2) << quint16('G') << quint16(0);
+        out << quint16(1) << quint32(0) << quint16(1) << quint16(0); // a colour with an empty name
+        out.writeRawData("RGB ", 4);
+        out << 1.0f << 0.5f << 0.0f << quint16(2);
+        out << quint16(1) << quint32(0) << quint16(0);
+        out.writeRawData("LAB ", 4);
+        out << 0.1f << 0.2f << 0.3f << quint16(2);
+        out << quint16(1) << quint32(0) << quint16(0);
+        out.writeRawData("Gray", 4);
+        out << 0.25f << quint16(2);
+        out << quint16(0x1234) << quint32(3) << quint8(1) << quint8(2) << quint8(3);
+        out << quint16(1) << quint32(0) << quint16(0);
+        out.writeRawData("CMYK", 4);
+        out << 0.0f << 0.0f << 0.0f << 1.0f << quint16(2);
+        out << quint16(0xC002) << quint32(0) << quint16(0);
+    });
+}
+
 class TextPaletteSaver : public PaletteSaverExtension
 {
 public:
@@ -199,6 +264,15 @@ void PaletteObjectTest::colourOperations()
     palette.fromPalette(copy);
     QCOMPARE(palette.at(1), RGBA(9, 8, 7, 255));
     QCOMPARE(changed.count(), before + 1);
+    // One entry, or the selected ones only, each change announced.
+    palette.setColor(3, RGBA(1, 1, 1, 1));
+    bool selection[256] = {};
+    selection[4] = true;
+    palette.setColor(selection, RGBA(2, 2, 2, 2));
+    QCOMPARE(palette[3], RGBA(1, 1, 1, 1));
+    QCOMPARE(palette[4], RGBA(2, 2, 2, 2));
+    QCOMPARE(palette[5], RGBA(9, 8, 7, 255));
+    QCOMPARE(changed.count(), before + 3);
 }
 
 void PaletteObjectTest::sortingAndSwitching()
@@ -278,68 +352,25 @@ void PaletteObjectTest::readFormats_data()
     QTest::addColumn<QByteArray>("format");
     QTest::addColumn<Entries>("entries"); // none: the file is refused
 
-    QByteArray act(768, '\0');
-    QTest::addRow("act one byte short") << act.left(767) << QByteArray("ACT") << Entries();
-
-    const QByteArray aco = bigEndian([](QDataStream &out) {
-        out << quint16(1) << quint16(5);
-        out << quint16(0) << quint16(255 * 257) << quint16(128 * 257) << quint16(0) << quint16(0);       // RGB
-        out << quint16(7) << quint16(1) << quint16(2) << quint16(3) << quint16(4);                        // skipped
-        out << quint16(1) << quint16(120 * 182.5487) << quint16(255 * 257) << quint16(255 * 257) << quint16(0); // HSB
-        out << quint16(2) << quint16(65535) << quint16(0) << quint16(65535) << quint16(65535);           // CMYK
-        out << quint16(8) << quint16(5000) << quint16(0) << quint16(0) << quint16(0);                    // grey
-    });
+    QTest::addRow("act one byte short") << QByteArray(767, '\0') << QByteArray("ACT") << Entries();
     // Inverted ink: cyan 0, magenta full, yellow 0, black 0; grey 255 - round(5000 / 39.2157);
     // the rest starts opaque black.
-    QTest::addRow("aco") << aco << QByteArray("ACO")
+    QTest::addRow("aco") << acoFile() << QByteArray("ACO")
                          << Entries{{0, qRgba(255, 128, 0, 0)}, {1, qRgb(0, 255, 0)}, {2, qRgb(255, 0, 255)},
                                     {3, qRgb(128, 128, 128)}, {4, qRgb(0, 0, 0)}};
     QTest::addRow("aco version 2") << bigEndian([](QDataStream &out) { out << quint16(2) << quint16(0); })
                                    << QByteArray("ACO") << Entries();
-
-    QByteArray riff("RIFF");
-    const quint32 riffSize = 4 + 8 + 8 + 1024;
-    riff.append(reinterpret_cast<const char *>(&riffSize), 4).append("PAL data");
-    const quint32 chunkSize = 1028;
-    riff.append(reinterpret_cast<const char *>(&chunkSize), 4).append("\x00\x03\x00\x01", 4);
-    for (int i = 0; i < 256; ++i)
-        riff.append(char(i)).append('\0').append(char(255 - i)).append('\0');
     // 1028 - 8 bytes: 255 entries, reversed; the file's last is dropped, its place black.
-    QTest::addRow("riff") << riff << QByteArray("PAL")
+    QTest::addRow("riff") << riffFile() << QByteArray("PAL")
                           << Entries{{255, qRgb(0, 0, 255)}, {1, qRgb(254, 0, 1)}, {0, qRgba(0, 0, 0, 0)}};
-    QTest::addRow("riff without its chunk") << QByteArray(riff).replace(12, 1, "x") << QByteArray("PAL") << Entries();
-
-    QByteArray jasc("JASC-PAL\r\n0100\r\n300\r\n");
-    for (int i = 0; i < 300; ++i)
-        jasc += i == 2 ? QByteArray("not a colour\r\n") : i == 3 ? QByteArray("999 7 8 40\r\n") : QByteArray::number(i % 256) + " 1 2\r\n";
+    QTest::addRow("riff without its chunk") << riffFile().replace(12, 1, "x") << QByteArray("PAL") << Entries();
     // A line that doesn't read leaves its entry at zero; reading stops at 256.
-    QTest::addRow("jasc") << jasc << QByteArray("PAL")
+    QTest::addRow("jasc") << jascFile() << QByteArray("PAL")
                           << Entries{{1, qRgb(1, 1, 2)}, {2, 0}, {3, qRgba(255, 7, 8, 40)}, {255, qRgb(255, 1, 2)}};
     QTest::addRow("jasc version 2") << QByteArray("JASC-PAL\r\n0200\r\n1\r\n1 2 3\r\n") << QByteArray("PAL") << Entries();
-
-    const QByteArray ase = bigEndian([](QDataStream &out) {
-        out.writeRawData("ASEF", 4);
-        out << quint16(1) << quint16(0) << quint32(7);
-        out << quint16(0xC001) << quint32(10) << quint16(2) << quint16('G') << quint16(0);  // group start
-        out << quint16(1) << quint32(0) << quint16(1) << quint16(0);                       // colour, empty name
-        out.writeRawData("RGB ", 4);
-        out << 1.0f << 0.5f << 0.0f << quint16(2);
-        out << quint16(1) << quint32(0) << quint16(0);
-        out.writeRawData("LAB ", 4);
-        out << 0.1f << 0.2f << 0.3f << quint16(2);                                          // skipped model
-        out << quint16(1) << quint32(0) << quint16(0);
-        out.writeRawData("Gray", 4);
-        out << 0.25f << quint16(2);
-        out << quint16(0x1234) << quint32(3) << quint8(1) << quint8(2) << quint8(3);       // unknown block
-        out << quint16(1) << quint32(0) << quint16(0);
-        out.writeRawData("CMYK", 4);
-        out << 0.0f << 0.0f << 0.0f << 1.0f << quint16(2);
-        out << quint16(0xC002) << quint32(0) << quint16(0);                                 // group end
-    });
     // The table of a text format starts all zero.
-    QTest::addRow("ase") << ase << QByteArray("ASE")
+    QTest::addRow("ase") << aseFile() << QByteArray("ASE")
                          << Entries{{0, qRgba(255, 128, 0, 0)}, {1, qRgb(64, 64, 64)}, {2, qRgb(0, 0, 0)}, {3, 0}};
-
     QTest::addRow("rows") << QByteArray("ROWS 3\nR:255, G:0, B:10\nnothing\nR: 1,G: 2,B: 3 A: 4\nR:300, G:1, B:1\n")
                           << QByteArray("TXT")
                           << Entries{{0, qRgba(255, 0, 10, 0)}, {1, qRgba(1, 2, 3, 4)}, {2, qRgb(255, 1, 1)}, {3, 0}};
