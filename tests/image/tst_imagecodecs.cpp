@@ -1,11 +1,14 @@
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
 #include "image/imagecodecs.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QtTest>
 
 using namespace Ovra;
+using ImageTestBytes::loadByName;
+using ImageTestBytes::savedByName;
 
 namespace {
 
@@ -39,15 +42,6 @@ public:
     }
 };
 
-QByteArray written(const QImage &image, const char *format, bool *ok)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    *ok = saveImage(&buffer, format, image);
-    return bytes;
-}
-
 } // namespace
 
 class ImageCodecsTest : public QObject
@@ -79,23 +73,17 @@ void ImageCodecsTest::builtInFormats()
     QFETCH(QByteArray, format);
     QFETCH(int, qformat);
     QImage image(7, 5, QImage::Format(qformat));
-    if (image.format() == QImage::Format_Indexed8) {
+    const bool indexed = image.format() == QImage::Format_Indexed8;
+    if (indexed)
         image.setColorTable({qRgb(1, 2, 3), qRgb(200, 100, 50), qRgb(9, 9, 9)});
-        for (int y = 0; y < 5; ++y)
-            for (int x = 0; x < 7; ++x)
-                image.setPixel(x, y, uint((x + y) % 3));
-    } else {
-        for (int y = 0; y < 5; ++y)
-            for (int x = 0; x < 7; ++x)
-                image.setPixel(x, y, qRgba(x * 30, y * 40, 7, 255));
+    for (int y = 0; y < 5; ++y) {
+        for (int x = 0; x < 7; ++x)
+            image.setPixel(x, y, indexed ? uint((x + y) % 3) : qRgba(x * 30, y * 40, 7, 255));
     }
-    bool ok = false;
-    QByteArray bytes = written(image, format.constData(), &ok);
-    QVERIFY(ok);
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
+    const QByteArray bytes = savedByName(image, format.constData());
+    QVERIFY(!bytes.isEmpty());
     QImage back;
-    QVERIFY(loadImage(&buffer, format.constData(), back));
+    QVERIFY(loadByName(bytes, format.constData(), back));
     QCOMPARE(back.size(), image.size());
     for (int y = 0; y < 5; ++y)
         for (int x = 0; x < 7; ++x)
@@ -109,12 +97,8 @@ void ImageCodecsTest::rowPaddingIsCleared()
     QImage image(3, 2, QImage::Format_Indexed8);
     image.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
     image.fill(1);
-    bool ok = false;
-    QByteArray bytes = written(image, "BMP", &ok);
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
     QImage back;
-    QVERIFY(loadImage(&buffer, "BMP", back));
+    QVERIFY(loadByName(savedByName(image, "BMP"), "BMP", back));
     QCOMPARE(back.bytesPerLine(), 4);
     for (int y = 0; y < 2; ++y)
         QCOMPARE(int(back.constScanLine(y)[3]), 0);
@@ -125,20 +109,15 @@ void ImageCodecsTest::extensionsServeOtherNames()
     QImage image(4, 3, QImage::Format_Indexed8);
     image.setColorTable({qRgb(77, 77, 77)});
     image.fill(0);
-    bool ok = true;
-    written(image, "FLAT", &ok);
-    QVERIFY(!ok); // nobody serves the name yet
+    QVERIFY(savedByName(image, "FLAT").isEmpty()); // nobody serves the name yet
     FlatLoader loader;
     FlatSaver saver;
     ExtensionManager::add(&loader);
     ExtensionManager::add(&saver);
-    QByteArray bytes = written(image, "FLAT", &ok);
-    QVERIFY(ok);
+    const QByteArray bytes = savedByName(image, "FLAT");
     QCOMPARE(bytes, QByteArray("\x04\x03\x4d", 3));
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
     QImage back;
-    QVERIFY(loadImage(&buffer, "FLAT", back));
+    QVERIFY(loadByName(bytes, "FLAT", back));
     QCOMPARE(back.size(), QSize(4, 3));
     QCOMPARE(back.pixel(2, 2), qRgb(77, 77, 77));
     ExtensionManager::list(Extension::ImageLoader).removeAll(&loader);
@@ -147,20 +126,15 @@ void ImageCodecsTest::extensionsServeOtherNames()
 
 void ImageCodecsTest::refusals()
 {
-    bool ok = true;
-    written(QImage(), "PNG", &ok);
-    QVERIFY(!ok);
+    QVERIFY(savedByName(QImage(), "PNG").isEmpty());
     QImage image(2, 2, QImage::Format_RGB32);
     image.fill(Qt::red);
     QBuffer closed;
     QVERIFY(!saveImage(&closed, "PNG", image));
     QImage none;
     QVERIFY(!loadImage(&closed, "PNG", none));
-    QByteArray garbage("garbage");
-    QBuffer buffer(&garbage);
-    buffer.open(QIODevice::ReadOnly);
-    QVERIFY(!loadImage(&buffer, "PNG", none));
-    QVERIFY(!loadImage(&buffer, "XYZ", none));
+    QVERIFY(!loadByName("garbage", "PNG", none));
+    QVERIFY(!loadByName("garbage", "XYZ", none));
     QVERIFY(none.isNull());
 }
 

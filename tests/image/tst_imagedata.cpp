@@ -1,45 +1,20 @@
 #include "image/imagedata.h"
 #include "image/sprite.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QtTest>
 
 using namespace Ovra;
+using ImageTestBytes::pcxHeader;
+using ImageTestBytes::savedByName;
 
 namespace {
-
-QByteArray saved(const QImage &image, const char *format)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, format);
-    return bytes;
-}
 
 ImageInfo infoOf(QByteArray bytes, const char *format)
 {
     QBuffer buffer(&bytes);
     return imageInfoFromFile(&buffer, format);
-}
-
-QByteArray pcxHeader(int xMin, int yMin, int xMax, int yMax, int bitsPerPixel, int planes)
-{
-    QByteArray header(128, '\0');
-    header[0] = 10;
-    header[1] = 5;
-    header[2] = 1;
-    header[3] = char(bitsPerPixel);
-    auto word = [&header](int at, int value) {
-        header[at] = char(value & 0xFF);
-        header[at + 1] = char(value >> 8);
-    };
-    word(4, xMin);
-    word(6, yMin);
-    word(8, xMax);
-    word(10, yMax);
-    header[65] = char(planes);
-    return header;
 }
 
 QByteArray gifHeader(const char *version, int width, int height, int flags)
@@ -111,26 +86,18 @@ private slots:
 
 void ImageDataTest::colourRecords()
 {
+    // A colour without alpha becomes an opaque entry; taking one in keeps the entry's alpha.
     const RGBA colour(qRgba(10, 20, 30, 40));
-    QCOMPARE(colour.red, quint8(10));
-    QCOMPARE(colour.alpha, quint8(40));
-    QCOMPARE(colour.toQRgb(), qRgba(10, 20, 30, 40));
-    const RGB plain = colour.toRGB();
-    QCOMPARE(plain.toQRgb(), qRgb(10, 20, 30));
-    QCOMPARE(RGBA(plain).alpha, quint8(255));
+    QCOMPARE(RGBA(colour.toRGB()), RGBA(10, 20, 30, 255));
     RGBA target(1, 2, 3, 4);
     target.fromRGB(RGB(7, 8, 9));
-    QVERIFY(target == RGBA(7, 8, 9, 4));
-    RGBA palette[256];
-    QCOMPARE(sizeof(palette), size_t(1024));
+    QCOMPARE(target.toQRgb(), qRgba(7, 8, 9, 4));
 }
 
 void ImageDataTest::filters()
 {
     QCOMPARE(QByteArray(imageFileExtension(AllImageWildcards)), QByteArray(" (*.pcx *.png *.gif *.bmp);;"));
     QCOMPARE(QByteArray(imageFileExtension(PaletteWriteFilters)), QByteArray("Adobe Color Table (*.act)"));
-    QVERIFY(QByteArray(imageFileExtension(ImageFiltersPngFirst)).startsWith("Portable Network Graphic (*.png);;"));
-    QVERIFY(QByteArray(imageFileExtension(PaletteReadFilters)).endsWith("Corel Painter Swatches (*.txt)"));
     QCOMPARE(imageFileExtension(ImageExtensionType(6)), nullptr);
 }
 
@@ -151,34 +118,34 @@ void ImageDataTest::infoFromHeaders_data()
     QImage grey(4, 4, QImage::Format_Grayscale8);
     grey.fill(3);
 
-    QTest::addRow("bmp indexed") << saved(indexed, "BMP") << QByteArray("BMP") << QSize(21, 13) << int(QImage::Format_Indexed8);
-    QTest::addRow("bmp true colour") << saved(rgb, "BMP") << QByteArray("BMP") << QSize(17, 9) << int(QImage::Format_RGB32);
-    QByteArray topDown = saved(rgb, "BMP");
+    auto add = [](const char *name, const QByteArray &bytes, const char *format, QSize size, QImage::Format result) {
+        QTest::newRow(name) << bytes << QByteArray(format) << size << int(result);
+    };
+    // Nothing read: no size, and the default format.
+    const QImage::Format none = QImage::Format_Indexed8;
+    add("bmp indexed", savedByName(indexed, "BMP"), "BMP", QSize(21, 13), QImage::Format_Indexed8);
+    add("bmp true colour", savedByName(rgb, "BMP"), "BMP", QSize(17, 9), QImage::Format_RGB32);
+    QByteArray topDown = savedByName(rgb, "BMP");
     const qint32 negative = -9;
     topDown.replace(22, 4, QByteArray(reinterpret_cast<const char *>(&negative), 4));
-    QTest::addRow("bmp top-down") << topDown << QByteArray("BMP") << QSize(17, 9) << int(QImage::Format_RGB32);
-    QTest::addRow("png palette") << saved(indexed, "PNG") << QByteArray("PNG") << QSize(21, 13) << int(QImage::Format_Indexed8);
-    QTest::addRow("png rgb") << saved(rgb, "PNG") << QByteArray("PNG") << QSize(17, 9) << int(QImage::Format_RGB32);
-    QTest::addRow("png alpha") << saved(argb, "PNG") << QByteArray("PNG") << QSize(5, 300) << int(QImage::Format_ARGB32);
-    QTest::addRow("png grey") << saved(grey, "PNG") << QByteArray("PNG") << QSize(4, 4) << int(QImage::Format_Indexed8);
+    add("bmp top-down", topDown, "BMP", QSize(17, 9), QImage::Format_RGB32);
+    add("png palette", savedByName(indexed, "PNG"), "PNG", QSize(21, 13), QImage::Format_Indexed8);
+    add("png rgb", savedByName(rgb, "PNG"), "PNG", QSize(17, 9), QImage::Format_RGB32);
+    add("png alpha", savedByName(argb, "PNG"), "PNG", QSize(5, 300), QImage::Format_ARGB32);
+    add("png grey", savedByName(grey, "PNG"), "PNG", QSize(4, 4), QImage::Format_Indexed8);
     // The name is compared exactly: callers use fileExtension(), which gives capitals.
-    QTest::addRow("png lower case") << saved(rgb, "PNG") << QByteArray("png") << QSize(0, 0) << int(QImage::Format_Indexed8);
-    QTest::addRow("png wrong signature") << QByteArray("\x89PNX\r\n\x1a\n0000IHDR") << QByteArray("PNG") << QSize(0, 0)
-                                         << int(QImage::Format_Indexed8);
-    QTest::addRow("pcx 8 bits") << pcxHeader(0, 0, 63, 31, 8, 1) << QByteArray("PCX") << QSize(64, 32) << int(QImage::Format_Indexed8);
-    QTest::addRow("pcx 24 bits") << pcxHeader(10, 20, 19, 29, 8, 3) << QByteArray("PCX") << QSize(10, 10) << int(QImage::Format_RGB32);
-    QTest::addRow("pcx 16 colours") << pcxHeader(0, 0, 7, 7, 1, 4) << QByteArray("PCX") << QSize(8, 8) << int(QImage::Format_Invalid);
-    QTest::addRow("gif 256 colours") << gifHeader("GIF89a", 320, 240, 0xF7) << QByteArray("GIF") << QSize(320, 240)
-                                     << int(QImage::Format_Indexed8);
-    QTest::addRow("gif 32 colours") << gifHeader("GIF87a", 2, 3, 0x84) << QByteArray("GIF") << QSize(2, 3)
-                                    << int(QImage::Format_Indexed8);
+    add("png lower case", savedByName(rgb, "PNG"), "png", QSize(0, 0), none);
+    add("png wrong signature", QByteArray("\x89PNX\r\n\x1a\n0000IHDR"), "PNG", QSize(0, 0), none);
+    add("pcx 8 bits", pcxHeader(0, 0, 63, 31, 8, 1, 0), "PCX", QSize(64, 32), QImage::Format_Indexed8);
+    add("pcx 24 bits", pcxHeader(10, 20, 19, 29, 8, 3, 0), "PCX", QSize(10, 10), QImage::Format_RGB32);
+    add("pcx 16 colours", pcxHeader(0, 0, 7, 7, 1, 4, 0), "PCX", QSize(8, 8), QImage::Format_Invalid);
+    add("gif 256 colours", gifHeader("GIF89a", 320, 240, 0xF7), "GIF", QSize(320, 240), QImage::Format_Indexed8);
+    add("gif 32 colours", gifHeader("GIF87a", 2, 3, 0x84), "GIF", QSize(2, 3), QImage::Format_Indexed8);
     // A table of 4 entries loads as indexed, but the header reports no format.
-    QTest::addRow("gif 4 colours") << gifHeader("GIF89a", 2, 3, 0x81) << QByteArray("GIF") << QSize(2, 3)
-                                   << int(QImage::Format_Invalid);
-    QTest::addRow("not a gif") << gifHeader("GIF90a", 2, 3, 0xF7) << QByteArray("GIF") << QSize(0, 0)
-                               << int(QImage::Format_Indexed8);
-    QTest::addRow("truncated bmp") << QByteArray("BM1234") << QByteArray("BMP") << QSize(0, 0) << int(QImage::Format_Indexed8);
-    QTest::addRow("unknown format") << saved(rgb, "PNG") << QByteArray("TGA") << QSize(0, 0) << int(QImage::Format_Indexed8);
+    add("gif 4 colours", gifHeader("GIF89a", 2, 3, 0x81), "GIF", QSize(2, 3), QImage::Format_Invalid);
+    add("not a gif", gifHeader("GIF90a", 2, 3, 0xF7), "GIF", QSize(0, 0), none);
+    add("truncated bmp", QByteArray("BM1234"), "BMP", QSize(0, 0), none);
+    add("unknown format", savedByName(rgb, "PNG"), "TGA", QSize(0, 0), none);
 }
 
 void ImageDataTest::infoFromHeaders()

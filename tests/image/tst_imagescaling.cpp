@@ -112,13 +112,10 @@ private slots:
     void everyFilterGivesTheExactSize_data();
     void everyFilterGivesTheExactSize();
     void unknownFilterAndEmptyInput();
-    void filterNames();
     void nearestSteps();
-    void nearestKeepsTheSourceFormat();
-    void bilinearWeights();
-    void bilinearOverAPalette();
-    void epx2xRule();
-    void epx3xRule();
+    void bilinear();
+    void epxRules_data();
+    void epxRules();
     void epx32BitComparesWholePixels();
     void epxPassesByFactor_data();
     void epxPassesByFactor();
@@ -178,12 +175,6 @@ void ImageScalingTest::unknownFilterAndEmptyInput()
     QVERIFY(resizeImageNearest(image, QSize(5, -1)).isNull());
     QVERIFY(rotateImage(QImage(), 1, 0).isNull());
     QVERIFY(scaleEpx2x(QImage(2, 2, QImage::Format_RGB888)).isNull());
-}
-
-void ImageScalingTest::filterNames()
-{
-    QCOMPARE(imageResizeFilterName(NearestNeighborFilter), "Nearest Neighbor");
-    QCOMPARE(imageResizeFilterName(EpxBilinearFilter), "EPX + Bilinear");
     QCOMPARE(imageResizeFilterName(HqBilinearFilter), "HQ + Bilinear");
     QCOMPARE(imageResizeFilterName(ImageResizeFilter(6)), nullptr);
 }
@@ -198,10 +189,9 @@ void ImageScalingTest::nearestSteps()
     QCOMPARE(indicesOf(resizeImageNearest(indexed(4, 1, {7, 8, 9, 10}), QSize(2, 1))), QVector<int>({7, 9}));
     // A wide enlargement of one pixel never reads past it.
     QCOMPARE(indicesOf(resizeImageNearest(indexed(1, 1, {9}), QSize(400, 1))), QVector<int>(400, 9));
-}
+    // The colour table is the caller's business.
+    QVERIFY(resizeImageNearest(source, QSize(3, 3)).colorTable().isEmpty());
 
-void ImageScalingTest::nearestKeepsTheSourceFormat()
-{
     QImage argb(2, 1, QImage::Format_ARGB32);
     argb.setPixel(0, 0, qRgba(1, 2, 3, 4));
     argb.setPixel(1, 0, qRgba(5, 6, 7, 8));
@@ -209,11 +199,9 @@ void ImageScalingTest::nearestKeepsTheSourceFormat()
     QCOMPARE(wide.format(), QImage::Format_ARGB32);
     QCOMPARE(wide.pixel(1, 1), qRgba(1, 2, 3, 4));
     QCOMPARE(wide.pixel(2, 0), qRgba(5, 6, 7, 8));
-    // The colour table is the caller's business.
-    QVERIFY(resizeImageNearest(indexed(2, 2, {0, 1, 2, 3}), QSize(3, 3)).colorTable().isEmpty());
 }
 
-void ImageScalingTest::bilinearWeights()
+void ImageScalingTest::bilinear()
 {
     QImage source(2, 1, QImage::Format_ARGB32);
     source.setPixel(0, 0, qRgba(0, 100, 201, 255));
@@ -234,44 +222,40 @@ void ImageScalingTest::bilinearWeights()
     column.setPixel(0, 1, qRgba(200, 100, 50, 255));
     const QImage tall = resizeImageBilinear(column, QSize(1, 4), palette.entries);
     QCOMPARE(tall.pixel(0, 1), qRgba(100, 50, 25, 127));
+
+    // Over a palette: entries 1 (16, 239, 80) and 3 (48, 207, 240) blend nearest to entry 2.
+    const QImage blended = resizeImageBilinear(indexed(2, 1, {1, 3}), QSize(4, 1), palette.entries);
+    QCOMPARE(blended.format(), QImage::Format_Indexed8);
+    QCOMPARE(indicesOf(blended), QVector<int>({1, 2, 3, 3}));
 }
 
-void ImageScalingTest::bilinearOverAPalette()
+void ImageScalingTest::epxRules_data()
 {
-    // Entries 1 (16, 239, 80) and 3 (48, 207, 240): their blend is nearest to entry 2.
-    Palette palette;
-    const QImage source = indexed(2, 1, {1, 3});
-    const QImage result = resizeImageBilinear(source, QSize(4, 1), palette.entries);
-    QCOMPARE(result.format(), QImage::Format_Indexed8);
-    QCOMPARE(indicesOf(result), QVector<int>({1, 2, 3, 3}));
-}
-
-void ImageScalingTest::epx2xRule()
-{
+    QTest::addColumn<QImage>("source");
+    QTest::addColumn<int>("factor");
+    QTest::addColumn<QVector<int>>("expected");
     // Only the corner pixel, where the same colour meets above and at its left, is cut.
-    const QImage source = indexed(2, 2, {1, 2, 2, 2});
-    const QImage result = scaleEpx2x(source);
-    QCOMPARE(indicesOf(result), QVector<int>({1, 1, 2, 2, 1, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2}));
-    QCOMPARE(result.colorTable(), source.colorTable());
-    // Above and below alike: the four results are the pixel itself.
-    const QImage vertical = indexed(3, 3, {0, 5, 0, 5, 1, 5, 0, 5, 0});
-    const QImage out = scaleEpx2x(vertical);
-    for (int y = 2; y < 4; ++y) {
-        for (int x = 2; x < 4; ++x)
-            QCOMPARE(out.pixelIndex(x, y), 1);
-    }
-}
-
-void ImageScalingTest::epx3xRule()
-{
+    QTest::addRow("2x corner") << indexed(2, 2, {1, 2, 2, 2}) << 2
+                               << QVector<int>{1, 1, 2, 2, 1, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
+    // Above and below alike, or left and right: the four results are the pixel itself.
+    QTest::addRow("2x cross") << indexed(3, 3, {0, 5, 0, 5, 1, 5, 0, 5, 0}) << 2
+                              << QVector<int>{0, 0, 5, 5, 0, 0, 0, 5, 5, 5, 5, 0, 5, 5, 1, 1, 5, 5,
+                                              5, 5, 1, 1, 5, 5, 0, 5, 5, 5, 5, 0, 0, 0, 5, 5, 0, 0};
     // Outside the picture a neighbour is the pixel itself: the top-right neighbour of the
     // corner is not the pixel beside it, and the right edge of the block stays 1.
-    const QImage source = indexed(2, 2, {1, 2, 2, 2});
-    const QImage result = scaleEpx3x(source);
-    QCOMPARE(result.size(), QSize(6, 6));
-    QVector<int> expected(36, 2);
+    QVector<int> corner3x(36, 2);
     for (int i : {0, 1, 2, 6, 7, 8, 12, 13})
-        expected[i] = 1;
+        corner3x[i] = 1;
+    QTest::addRow("3x corner") << indexed(2, 2, {1, 2, 2, 2}) << 3 << corner3x;
+}
+
+void ImageScalingTest::epxRules()
+{
+    QFETCH(QImage, source);
+    QFETCH(int, factor);
+    QFETCH(QVector<int>, expected);
+    const QImage result = factor == 2 ? scaleEpx2x(source) : scaleEpx3x(source);
+    QCOMPARE(result.size(), source.size() * factor);
     QCOMPARE(indicesOf(result), expected);
     QCOMPARE(result.colorTable(), source.colorTable());
 }

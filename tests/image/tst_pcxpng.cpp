@@ -1,4 +1,5 @@
 #include "image/pcxpng.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -6,41 +7,17 @@
 #include <QtTest>
 
 using namespace Ovra;
+using ImageTestBytes::bytes;
+using ImageTestBytes::pcxHeader;
 
 namespace {
 
-QByteArray header(int xMin, int yMin, int xMax, int yMax, int bits, int planes, int bytesPerLine,
-                  int manufacturer = 10, int version = 5)
-{
-    QByteArray bytes(128, '\0');
-    bytes[0] = char(manufacturer);
-    bytes[1] = char(version);
-    bytes[2] = 1;
-    bytes[3] = char(bits);
-    auto word = [&bytes](int at, int value) {
-        bytes[at] = char(value & 0xFF);
-        bytes[at + 1] = char((value >> 8) & 0xFF);
-    };
-    word(4, xMin);
-    word(6, yMin);
-    word(8, xMax);
-    word(10, yMax);
-    // The 16 colours of the header: entry i is (i, 2i, 3i).
-    for (int i = 0; i < 16; ++i) {
-        bytes[16 + i * 3] = char(i);
-        bytes[17 + i * 3] = char(2 * i);
-        bytes[18 + i * 3] = char(3 * i);
-    }
-    bytes[65] = char(planes);
-    word(66, bytesPerLine);
-    return bytes;
-}
-
-QByteArray paletteBlock(int shift = 0)
+// The 256 colours of a palette block: entry i is (i, 255 - i, i).
+QByteArray paletteBlock()
 {
     QByteArray block(1, char(0x0C));
     for (int i = 0; i < 256; ++i)
-        block.append(char(i)).append(char(255 - i)).append(char((i + shift) & 0xFF));
+        block.append(char(i)).append(char(255 - i)).append(char(i));
     return block;
 }
 
@@ -72,11 +49,6 @@ QImage noise(int width, int height, QImage::Format format, quint32 seed)
         for (int x = 0; x < image.bytesPerLine(); ++x)
             row[x] = uchar(random.bounded(8) < 5 ? 0xC5 : random.bounded(256)); // runs and high bytes
     }
-    if (format == QImage::Format_RGB32) {
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                image.setPixel(x, y, image.pixel(x, y) | 0xFF000000);
-    }
     return image;
 }
 
@@ -90,13 +62,10 @@ private slots:
     void roundTrip_data();
     void roundTrip();
     void writtenBytes();
-    void headerOffsetsAndWideLines();
-    void runsSpillOverLinesAndPlanes();
-    void sixteenColourFallback();
-    void strayBytesBeforeThePaletteBlock();
-    void rejectedFiles_data();
-    void rejectedFiles();
-    void truncatedFiles();
+    void decodedFiles_data();
+    void decodedFiles();
+    void refusedFiles_data();
+    void refusedFiles();
     void oddPlanesStayInTheirRows();
     void png();
 };
@@ -149,113 +118,92 @@ void PcxPngTest::writtenBytes()
     QCOMPARE(qAlpha(back.color(0)), 255); // transparency doesn't travel in PCX
 }
 
-void PcxPngTest::headerOffsetsAndWideLines()
-{
-    // xMin 5 and xMax 14: ten wide, the offset forgotten. Lines of 12 bytes: the two
-    // behind the width are read and dropped.
-    QByteArray file = header(5, 0, 14, 1, 8, 1, 12);
-    for (int y = 0; y < 2; ++y) {
-        for (int x = 0; x < 12; ++x)
-            file.append(char(x < 10 ? x + y * 10 : 0x33));
-    }
-    file += paletteBlock();
-    QImage image(3, 3, QImage::Format_RGB32);
-    bool hasPalette = false;
-    QVERIFY(load(file, image, &hasPalette));
-    QVERIFY(hasPalette);
-    QCOMPARE(image.size(), QSize(10, 2));
-    QCOMPARE(image.format(), QImage::Format_Indexed8);
-    QCOMPARE(image.pixelIndex(9, 1), 19);
-    QCOMPARE(image.pixelIndex(0, 1), 10);
-    QCOMPARE(image.color(200), qRgb(200, 55, 200));
-}
-
-void PcxPngTest::runsSpillOverLinesAndPlanes()
-{
-    // 2 x 2 in three planes, all by one run of 12 that crosses every line and plane.
-    QByteArray file = header(0, 0, 1, 1, 8, 3, 2);
-    file.append(char(0xCC)).append(char(0x40));
-    QImage image;
-    bool hasPalette = true;
-    QVERIFY(load(file, image, &hasPalette));
-    QVERIFY(!hasPalette);
-    QCOMPARE(image.format(), QImage::Format_RGB32);
-    QCOMPARE(image.pixel(1, 1), qRgb(0x40, 0x40, 0x40));
-}
-
-void PcxPngTest::sixteenColourFallback()
-{
-    QByteArray file = header(0, 0, 1, 0, 8, 1, 2);
-    file.append(char(3)).append(char(15));
-    QImage image;
-    bool hasPalette = true;
-    QVERIFY(load(file, image, &hasPalette));
-    QVERIFY(!hasPalette);
-    QCOMPARE(image.colorCount(), 256);
-    QCOMPARE(image.color(15), qRgb(15, 30, 45));
-    QCOMPARE(image.color(16), qRgb(0, 0, 0));
-    QCOMPARE(image.color(255), qRgb(0, 0, 0));
-}
-
-void PcxPngTest::strayBytesBeforeThePaletteBlock()
-{
-    // Stray bytes between the pixels and the block: the skip lands one byte behind the
-    // mark, reads the first palette byte as the mark, and falls back to the header.
-    QByteArray file = header(0, 0, 0, 0, 8, 1, 1);
-    file.append(char(1));
-    file.append("stray");
-    file += paletteBlock();
-    QImage image;
-    bool hasPalette = true;
-    QVERIFY(load(file, image, &hasPalette));
-    QVERIFY(!hasPalette);
-    QCOMPARE(image.color(1), qRgb(1, 2, 3));
-}
-
-void PcxPngTest::rejectedFiles_data()
+void PcxPngTest::decodedFiles_data()
 {
     QTest::addColumn<QByteArray>("file");
-    QTest::addRow("wrong manufacturer") << header(0, 0, 1, 1, 8, 1, 2, 11) + QByteArray(4, 1);
-    QTest::addRow("version 3") << header(0, 0, 1, 1, 8, 1, 2, 10, 3) + QByteArray(4, 1);
-    QTest::addRow("16 colours in one plane") << header(0, 0, 1, 1, 4, 1, 1) + QByteArray(4, 1);
-    QTest::addRow("short header") << header(0, 0, 1, 1, 8, 1, 2).left(60);
+    QTest::addColumn<bool>("hasPalette");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QPoint>("at");
+    QTest::addColumn<QRgb>("colour");
+
+    // xMin 5 and xMax 14: ten wide, the offset forgotten. Lines of 12 bytes: the two
+    // behind the width are read and dropped.
+    QByteArray wide = pcxHeader(5, 0, 14, 1, 8, 1, 12);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 12; ++x)
+            wide.append(char(x < 10 ? x + y * 10 : 0x33));
+    }
+    QTest::addRow("offset and wide lines") << wide + paletteBlock() << true << QSize(10, 2) << QPoint(9, 1)
+                                           << qRgb(19, 236, 19);
+    // 2 x 2 in three planes, all by one run of 12 that crosses every line and plane.
+    QTest::addRow("run over lines and planes") << pcxHeader(0, 0, 1, 1, 8, 3, 2) + bytes({0xCC, 0x40}) << false
+                                               << QSize(2, 2) << QPoint(1, 1) << qRgb(0x40, 0x40, 0x40);
+    // Without a palette block the header's 16 colours stand, the rest black.
+    QTest::addRow("sixteen colours") << pcxHeader(0, 0, 1, 0, 8, 1, 2) + bytes({3, 15}) << false << QSize(2, 1)
+                                     << QPoint(1, 0) << qRgb(15, 30, 45);
+    // Stray bytes between the pixels and the block: the skip lands one byte behind the
+    // mark, reads the first palette byte as the mark, and falls back to the header.
+    QTest::addRow("stray bytes before the block")
+        << pcxHeader(0, 0, 0, 0, 8, 1, 1) + bytes({1}) + "stray" + paletteBlock() << false << QSize(1, 1) << QPoint(0, 0)
+        << qRgb(1, 2, 3);
+    // A block cut short is no block: the header's colours stand.
+    QTest::addRow("block cut short") << pcxHeader(0, 0, 0, 0, 8, 1, 1) + bytes({5}) + paletteBlock().left(400) << false
+                                     << QSize(1, 1) << QPoint(0, 0) << qRgb(5, 10, 15);
 }
 
-void PcxPngTest::rejectedFiles()
+void PcxPngTest::decodedFiles()
 {
     QFETCH(QByteArray, file);
-    QImage image(2, 2, QImage::Format_ARGB32);
-    image.fill(qRgba(1, 2, 3, 4));
-    QVERIFY(!load(file, image));
-    QCOMPARE(image.size(), QSize(2, 2));
-    QCOMPARE(image.pixel(1, 1), qRgba(1, 2, 3, 4));
+    QFETCH(bool, hasPalette);
+    QFETCH(QSize, size);
+    QFETCH(QPoint, at);
+    QFETCH(QRgb, colour);
+    QImage image(3, 3, QImage::Format_RGB32);
+    bool found = !hasPalette;
+    QVERIFY(load(file, image, &found));
+    QCOMPARE(found, hasPalette);
+    QCOMPARE(image.size(), size);
+    QCOMPARE(image.pixel(at), colour);
+    if (image.format() == QImage::Format_Indexed8) {
+        QCOMPARE(image.colorCount(), 256);
+        QCOMPARE(image.color(255), hasPalette ? qRgb(255, 0, 255) : qRgb(0, 0, 0));
+    } else {
+        QCOMPARE(image.format(), QImage::Format_RGB32);
+    }
 }
 
-void PcxPngTest::truncatedFiles()
+void PcxPngTest::refusedFiles_data()
 {
-    // Ends before the last row: false, and a null image.
-    QImage image;
-    QVERIFY(!load(header(0, 0, 3, 3, 8, 1, 4) + QByteArray(6, 2), image));
-    QVERIFY(image.isNull());
-    // A count byte at the very end has no value to repeat.
-    QVERIFY(!load(header(0, 0, 1, 0, 8, 1, 2) + QByteArray(1, char(0xC2)), image));
-    // A block cut short is no block: the header's colours stand.
-    QByteArray file = header(0, 0, 0, 0, 8, 1, 1);
-    file.append(char(5));
-    file += paletteBlock().left(400);
-    QImage partial;
-    bool hasPalette = true;
-    QVERIFY(load(file, partial, &hasPalette));
-    QVERIFY(!hasPalette);
-    QCOMPARE(partial.color(5), qRgb(5, 10, 15));
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<bool>("given"); // a picture is handed in
+    QTest::addColumn<bool>("cleared");
+    // A header that doesn't read leaves the picture as it was.
+    QTest::addRow("wrong manufacturer") << pcxHeader(0, 0, 1, 1, 8, 1, 2, 11) + QByteArray(4, 1) << true << false;
+    QTest::addRow("version 3") << pcxHeader(0, 0, 1, 1, 8, 1, 2, 10, 3) + QByteArray(4, 1) << true << false;
+    QTest::addRow("16 colours in one plane") << pcxHeader(0, 0, 1, 1, 4, 1, 1) + QByteArray(4, 1) << true << false;
+    QTest::addRow("short header") << pcxHeader(0, 0, 1, 1, 8, 1, 2).left(60) << true << false;
+    // Pixels that end before the last row leave a null picture.
+    QTest::addRow("ends before the last row") << pcxHeader(0, 0, 3, 3, 8, 1, 4) + QByteArray(6, 2) << true << true;
+    QTest::addRow("count byte at the very end") << pcxHeader(0, 0, 1, 0, 8, 1, 2) + bytes({0xC2}) << true << true;
     // A header that asks for a picture of 1.6 GB with ten bytes behind it: refused as a
     // file cut short, without the picture being made.
-    QImage huge(2, 2, QImage::Format_Indexed8);
-    QVERIFY(!load(header(0, 0, 39999, 39999, 8, 1, 40000) + QByteArray(10, char(0xFF)), huge));
-    QVERIFY(huge.isNull());
-    // A width that the header makes empty, with no image given: false.
-    QImage none;
-    QVERIFY(!load(header(5, 0, 3, 0, 8, 1, 0), none));
+    QTest::addRow("huge") << pcxHeader(0, 0, 39999, 39999, 8, 1, 40000) + QByteArray(10, char(0xFF)) << true << true;
+    QTest::addRow("empty width, no picture given") << pcxHeader(5, 0, 3, 0, 8, 1, 0) << false << true;
+}
+
+void PcxPngTest::refusedFiles()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(bool, given);
+    QFETCH(bool, cleared);
+    QImage image;
+    if (given) {
+        image = QImage(2, 2, QImage::Format_ARGB32);
+        image.fill(qRgba(1, 2, 3, 4));
+    }
+    const QImage before = image;
+    QVERIFY(!load(file, image));
+    QCOMPARE(image, cleared ? QImage() : before);
 }
 
 void PcxPngTest::oddPlanesStayInTheirRows()
@@ -263,7 +211,7 @@ void PcxPngTest::oddPlanesStayInTheirRows()
     // Depth 8 from two planes of 4 bits, and depth 5 from five planes of 1 bit: the
     // planes step past the bytes of an indexed pixel and must stay in their rows.
     for (const auto &[bits, planes] : {std::pair<int, int>{4, 2}, std::pair<int, int>{1, 5}}) {
-        QByteArray file = header(0, 0, 39, 3, bits, planes, 40);
+        QByteArray file = pcxHeader(0, 0, 39, 3, bits, planes, 40);
         for (int i = 0; i < 4 * planes; ++i)
             file.append(char(0xE8)).append(char(0x11)); // runs of 40
         QImage image;

@@ -1,5 +1,6 @@
 #include "image/spritecompression.h"
 #include "image/spritecompression_p.h"
+#include "imagetestbytes.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -7,10 +8,15 @@
 #include <QtTest>
 
 using namespace Ovra;
+using ImageTestBytes::bytes;
 
 namespace {
 
 using Pattern = std::function<uchar(int x, int y)>;
+using Loader = bool (*)(QImage &, QIODevice *);
+
+enum Encoder { Lz5Runs, Lz5Copies, Lz5Exhaustive, Rle8 };
+const Loader loaders[] = {loadLZ5, loadRLE5, loadRLE8};
 
 QImage indexed(int width, int height, const Pattern &pixel)
 {
@@ -30,12 +36,19 @@ QImage indexed(int width, int height, const Pattern &pixel)
     return image;
 }
 
-QByteArray encode(const std::function<bool(QIODevice *)> &save)
+QImage row(const QByteArray &pixels)
+{
+    return indexed(pixels.size(), 1, [&](int x, int) { return uchar(pixels.at(x)); });
+}
+
+QByteArray encoded(const QImage &image, Encoder encoder)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    const bool ok = save(&buffer);
+    const bool ok = encoder == Rle8            ? saveRLE8(image, &buffer)
+                    : encoder == Lz5Exhaustive ? saveLZ5Exhaustive(image, &buffer)
+                                               : saveLZ5(image, &buffer, encoder == Lz5Copies);
     return ok ? bytes : QByteArray("<failed>");
 }
 
@@ -51,22 +64,13 @@ bool samePixels(const QImage &a, const QImage &b)
     return true;
 }
 
-QByteArray bytes(std::initializer_list<int> values)
-{
-    QByteArray result;
-    for (int value : values)
-        result.append(char(value));
-    return result;
-}
-
 // Decodes `stream` into a fresh image of the size given, all of whose bytes start as `fill`.
-QImage decoded(bool (*load)(QImage &, QIODevice *), const QByteArray &stream, int width, int height,
+QImage decoded(Loader load, const QByteArray &stream, int width, int height,
                QImage::Format format = QImage::Format_Indexed8, bool *result = nullptr, uchar fill = 0xAA)
 {
     QImage image(width, height, format);
     if (format == QImage::Format_Indexed8)
         image.setColorCount(256);
-    image.fill(0);
     memset(image.bits(), fill, size_t(image.sizeInBytes()));
     QByteArray data = stream;
     QBuffer buffer(&data);
@@ -85,7 +89,6 @@ void addPatterns()
     QTest::addRow("flat") << indexed(40, 30, [](int, int) { return uchar(5); });
     QTest::addRow("gradient") << indexed(64, 16, [](int x, int y) { return uchar((x / 3 + y) % 32); });
     QTest::addRow("dithered") << indexed(33, 33, [](int x, int y) { return uchar(((x ^ y) & 1) ? 3 : 17); });
-    QTest::addRow("stripes") << indexed(300, 5, [](int x, int) { return uchar((x / 9) % 3); });
     QTest::addRow("repeating tile") << indexed(50, 50, [](int x, int y) { return uchar((x % 7) * 3 + (y % 5)); });
     QTest::addRow("1x1") << indexed(1, 1, [](int, int) { return uchar(9); });
     QTest::addRow("1xN") << indexed(1, 77, [](int, int y) { return uchar(y % 4); });
@@ -94,6 +97,9 @@ void addPatterns()
     QTest::addRow("padded rows") << indexed(13, 9, [](int x, int y) { return uchar((x * y) % 32); });
     QTest::addRow("long runs and rare changes")
         << indexed(600, 2, [](int x, int) { return uchar(x % 97 == 0 ? 1 : 0); });
+    // Groups of short copies whose fourth distance is spread over the group, with long
+    // copies between them that don't count.
+    QTest::addRow("far short copies") << indexed(200, 1, [](int x, int) { return uchar((x * 7 + x / 5) % 32); });
 }
 
 } // namespace
@@ -103,18 +109,14 @@ class SpriteCompressionTest : public QObject
     Q_OBJECT
 
 private slots:
-    void lz5RoundTrip_data() { addPatterns(); }
-    void lz5RoundTrip();
+    void roundTrip_data() { addPatterns(); }
+    void roundTrip();
     void fastSearchWritesTheExhaustiveBytes_data() { addPatterns(); }
     void fastSearchWritesTheExhaustiveBytes();
-    void rle8RoundTrip_data() { addPatterns(); }
-    void rle8RoundTrip();
     void rle8TrueColour();
-    void lz5Bytes_data();
-    void lz5Bytes();
+    void streamBytes_data();
+    void streamBytes();
     void lz5ShortCopyGroups();
-    void rle8Bytes_data();
-    void rle8Bytes();
     void rle5Streams();
     void noRle5Encoder();
     void hostileStreams_data();
@@ -126,24 +128,23 @@ private slots:
     void bytesBehindTheStreamStay();
 };
 
-void SpriteCompressionTest::lz5RoundTrip()
+void SpriteCompressionTest::roundTrip()
 {
     QFETCH(QImage, image);
-    for (bool lz : {false, true}) {
-        const QByteArray stream = encode([&](QIODevice *device) { return saveLZ5(image, device, lz); });
+    const std::pair<Encoder, Loader> codecs[] = {{Lz5Runs, loadLZ5}, {Lz5Copies, loadLZ5}, {Rle8, loadRLE8}};
+    for (const auto &[encoder, loader] : codecs) {
         bool ok = false;
-        const QImage back = decoded(loadLZ5, stream, image.width(), image.height(), QImage::Format_Indexed8, &ok);
-        QVERIFY2(ok, lz ? "with copies" : "runs only");
-        QVERIFY2(samePixels(image, back), lz ? "with copies" : "runs only");
+        const QImage back = decoded(loader, encoded(image, encoder), image.width(), image.height(),
+                                    QImage::Format_Indexed8, &ok);
+        QVERIFY2(ok, qPrintable(QString::number(encoder)));
+        QVERIFY2(samePixels(image, back), qPrintable(QString::number(encoder)));
     }
 }
 
 void SpriteCompressionTest::fastSearchWritesTheExhaustiveBytes()
 {
     QFETCH(QImage, image);
-    const QByteArray fast = encode([&](QIODevice *device) { return saveLZ5(image, device, true); });
-    const QByteArray plain = encode([&](QIODevice *device) { return saveLZ5Exhaustive(image, device); });
-    QCOMPARE(fast.toHex(), plain.toHex());
+    QCOMPARE(encoded(image, Lz5Copies).toHex(), encoded(image, Lz5Exhaustive).toHex());
     // Also over pictures made of repeated pieces, where far and near matches compete.
     QRandomGenerator random(11);
     for (int round = 0; round < 20; ++round) {
@@ -154,19 +155,8 @@ void SpriteCompressionTest::fastSearchWritesTheExhaustiveBytes()
             const int at = x + y * 13;
             return uchar(random.bounded(10) == 0 ? random.bounded(32) : pieces.at((at / (1 + round % 5)) % pieces.size()));
         });
-        QCOMPARE(encode([&](QIODevice *device) { return saveLZ5(tiled, device, true); }).toHex(),
-                 encode([&](QIODevice *device) { return saveLZ5Exhaustive(tiled, device); }).toHex());
+        QCOMPARE(encoded(tiled, Lz5Copies).toHex(), encoded(tiled, Lz5Exhaustive).toHex());
     }
-}
-
-void SpriteCompressionTest::rle8RoundTrip()
-{
-    QFETCH(QImage, image);
-    const QByteArray stream = encode([&](QIODevice *device) { return saveRLE8(image, device); });
-    bool ok = false;
-    const QImage back = decoded(loadRLE8, stream, image.width(), image.height(), QImage::Format_Indexed8, &ok);
-    QVERIFY(ok);
-    QVERIFY(samePixels(image, back));
 }
 
 void SpriteCompressionTest::rle8TrueColour()
@@ -175,46 +165,46 @@ void SpriteCompressionTest::rle8TrueColour()
     for (int y = 0; y < 7; ++y)
         for (int x = 0; x < 19; ++x)
             image.setPixel(x, y, x < 10 ? qRgba(0x40, 0x41, 0x42, 0xFF) : qRgba(x * 9, y * 30, 7, x * 13));
-    const QByteArray stream = encode([&](QIODevice *device) { return saveRLE8(image, device); });
     bool ok = false;
-    QVERIFY(samePixels(image, decoded(loadRLE8, stream, 19, 7, QImage::Format_ARGB32, &ok)));
+    QVERIFY(samePixels(image, decoded(loadRLE8, encoded(image, Rle8), 19, 7, QImage::Format_ARGB32, &ok)));
     QVERIFY(ok);
     // RGB32 is written four bytes a pixel and read three: it doesn't come back.
     const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
-    const QByteArray written = encode([&](QIODevice *device) { return saveRLE8(rgb, device); });
-    QVERIFY(!samePixels(rgb, decoded(loadRLE8, written, 19, 7, QImage::Format_RGB32)));
+    QVERIFY(!samePixels(rgb, decoded(loadRLE8, encoded(rgb, Rle8), 19, 7, QImage::Format_RGB32)));
 }
 
-void SpriteCompressionTest::lz5Bytes_data()
+void SpriteCompressionTest::streamBytes_data()
 {
-    QTest::addColumn<QImage>("image");
-    QTest::addColumn<bool>("lz");
+    QTest::addColumn<int>("encoder");
+    QTest::addColumn<QByteArray>("pixels");
     QTest::addColumn<QByteArray>("stream");
 
     // One colour: long runs of 263 and a last shorter one, never a copy.
-    QTest::addRow("one colour") << indexed(600, 1, [](int, int) { return uchar(6); }) << true
-                                << bytes({0x00, 0x06, 0xFF, 0x06, 0xFF, 0x06, 74 - 8});
+    QTest::addRow("lz5 one colour") << int(Lz5Copies) << QByteArray(600, 6)
+                                    << bytes({0x00, 0x06, 0xFF, 0x06, 0xFF, 0x06, 74 - 8});
     // A run of exactly 8 that finds no match behind its first 7: a long run of 8.
-    QTest::addRow("run of eight") << indexed(9, 1, [](int x, int) { return uchar(x < 8 ? 5 : 1); }) << true
-                                  << bytes({0x00, 0x05, 0x00, 0x21});
+    QTest::addRow("lz5 run of eight") << int(Lz5Copies) << QByteArray(8, 5) + bytes({1}) << bytes({0x00, 0x05, 0x00, 0x21});
     // A run of 7 followed by a match: a short run, then the copy (a group of two short
     // copies, each with its distance byte and no top bits).
-    QTest::addRow("seven then a match")
-        << indexed(15, 1, [](int x, int) { return uchar(x >= 4 && x < 11 ? 5 : ((x < 4 ? x : x - 11) % 2 ? 2 : 1)); })
-        << true
-        << bytes({0x14, 0x21, 0x22, 0x01, 0x01, 0x05 | (7 << 5), 0x03, 0x0A});
+    QTest::addRow("lz5 seven then a match") << int(Lz5Copies) << bytes({1, 2, 1, 2, 5, 5, 5, 5, 5, 5, 5, 1, 2, 1, 2})
+                                            << bytes({0x14, 0x21, 0x22, 0x01, 0x01, 0x05 | (7 << 5), 0x03, 0x0A});
     // Without copies the control bytes are written all the same, all zero.
-    QTest::addRow("runs only") << indexed(3, 1, [](int x, int) { return uchar(x); }) << false
-                               << bytes({0x00, 0x20, 0x21, 0x22});
+    QTest::addRow("lz5 runs only") << int(Lz5Runs) << bytes({0, 1, 2}) << bytes({0x00, 0x20, 0x21, 0x22});
+    QTest::addRow("rle8 run of 100") << int(Rle8) << QByteArray(100, char(0x09)) << bytes({0x7F, 0x09, 0x65, 0x09});
+    QTest::addRow("rle8 lone 0x41") << int(Rle8) << bytes({0x41}) << bytes({0x41, 0x41});
+    QTest::addRow("rle8 lone 0x3F") << int(Rle8) << bytes({0x3F}) << bytes({0x3F});
+    QTest::addRow("rle8 lone 0xC1 and 0x81") << int(Rle8) << bytes({0xC1, 0x81}) << bytes({0xC1, 0x81});
+    QTest::addRow("rle8 pair") << int(Rle8) << bytes({0x00, 0x00, 0x07}) << bytes({0x42, 0x00, 0x07});
 }
 
-void SpriteCompressionTest::lz5Bytes()
+void SpriteCompressionTest::streamBytes()
 {
-    QFETCH(QImage, image);
-    QFETCH(bool, lz);
+    QFETCH(int, encoder);
+    QFETCH(QByteArray, pixels);
     QFETCH(QByteArray, stream);
-    QCOMPARE(encode([&](QIODevice *device) { return saveLZ5(image, device, lz); }).toHex(' '), stream.toHex(' '));
-    QVERIFY(samePixels(image, decoded(loadLZ5, stream, image.width(), image.height())));
+    const QImage image = row(pixels);
+    QCOMPARE(encoded(image, Encoder(encoder)).toHex(' '), stream.toHex(' '));
+    QVERIFY(samePixels(image, decoded(encoder == Rle8 ? loadRLE8 : loadLZ5, stream, pixels.size(), 1)));
 }
 
 void SpriteCompressionTest::lz5ShortCopyGroups()
@@ -226,33 +216,6 @@ void SpriteCompressionTest::lz5ShortCopyGroups()
     const QImage image = decoded(loadLZ5, stream, 10, 1, QImage::Format_Indexed8, &ok);
     QVERIFY(ok);
     QCOMPARE(QByteArray(reinterpret_cast<const char *>(image.constScanLine(0)), 10), bytes({1, 2, 1, 2, 1, 2, 1, 2, 1, 2}));
-
-    // The spread bits of a far fourth distance, across a long copy that does not count.
-    // Pixels 0..199, then four short copies and a long one between them.
-    QImage source = indexed(200, 1, [](int x, int) { return uchar((x * 7 + x / 5) % 32); });
-    const QByteArray saved = encode([&](QIODevice *device) { return saveLZ5(source, device, true); });
-    QVERIFY(samePixels(source, decoded(loadLZ5, saved, 200, 1)));
-}
-
-void SpriteCompressionTest::rle8Bytes_data()
-{
-    QTest::addColumn<QByteArray>("pixels");
-    QTest::addColumn<QByteArray>("stream");
-
-    QTest::addRow("run of 100") << QByteArray(100, char(0x09)) << bytes({0x7F, 0x09, 0x65, 0x09});
-    QTest::addRow("lone 0x41") << bytes({0x41}) << bytes({0x41, 0x41});
-    QTest::addRow("lone 0x3F") << bytes({0x3F}) << bytes({0x3F});
-    QTest::addRow("lone 0xC1 and 0x81") << bytes({0xC1, 0x81}) << bytes({0xC1, 0x81});
-    QTest::addRow("pair") << bytes({0x00, 0x00, 0x07}) << bytes({0x42, 0x00, 0x07});
-}
-
-void SpriteCompressionTest::rle8Bytes()
-{
-    QFETCH(QByteArray, pixels);
-    QFETCH(QByteArray, stream);
-    const QImage image = indexed(pixels.size(), 1, [&](int x, int) { return uchar(pixels.at(x)); });
-    QCOMPARE(encode([&](QIODevice *device) { return saveRLE8(image, device); }).toHex(' '), stream.toHex(' '));
-    QVERIFY(samePixels(image, decoded(loadRLE8, stream, pixels.size(), 1)));
 }
 
 void SpriteCompressionTest::rle5Streams()
@@ -260,8 +223,7 @@ void SpriteCompressionTest::rle5Streams()
     // 5 of colour 3 with its colour byte, then 2 of 7 and 8 of 1; then one pixel of the
     // free colour 0 without a colour byte.
     const QByteArray stream = bytes({4, 0x82, 0x03, 0x27, 0xE1, 0x00, 0x00});
-    QByteArray expected;
-    expected += QByteArray(5, 3) + QByteArray(2, 7) + QByteArray(8, 1) + QByteArray(1, 0);
+    const QByteArray expected = QByteArray(5, 3) + QByteArray(2, 7) + QByteArray(8, 1) + QByteArray(1, 0);
     bool ok = false;
     const QImage square = decoded(loadRLE5, stream, 4, 4, QImage::Format_Indexed8, &ok);
     QVERIFY(ok);
@@ -318,7 +280,6 @@ void SpriteCompressionTest::hostileStreams()
     QFETCH(int, codec);
     QFETCH(QByteArray, stream);
     QFETCH(bool, result);
-    bool (*const loaders[])(QImage &, QIODevice *) = {loadLZ5, loadRLE5, loadRLE8};
     bool ok = !result;
     const QImage image = decoded(loaders[codec], stream, 6, 5, QImage::Format_Indexed8, &ok);
     QCOMPARE(ok, result);
@@ -344,12 +305,10 @@ void SpriteCompressionTest::streamsEndingEarly()
     QFETCH(int, height);
     const QImage image = indexed(width, height, [](int x, int y) { return uchar(1 + (x / 5 + y) % 30); });
     const QImage top = image.copy(0, 0, width, height / 2);
-    const QByteArray lz5 = encode([&](QIODevice *device) { return saveLZ5(top, device, true); });
-    const QByteArray rle8 = encode([&](QIODevice *device) { return saveRLE8(top, device); });
     bool ok = false;
-    const QImage fromLz5 = decoded(loadLZ5, lz5, width, height, QImage::Format_Indexed8, &ok);
+    const QImage fromLz5 = decoded(loadLZ5, encoded(top, Lz5Copies), width, height, QImage::Format_Indexed8, &ok);
     QVERIFY(ok);
-    const QImage fromRle8 = decoded(loadRLE8, rle8, width, height, QImage::Format_Indexed8, &ok);
+    const QImage fromRle8 = decoded(loadRLE8, encoded(top, Rle8), width, height, QImage::Format_Indexed8, &ok);
     QVERIFY(ok);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
@@ -365,7 +324,6 @@ void SpriteCompressionTest::randomStreamsStayInTheirBuffers()
     // Random bytes into every decoder, for images of odd sizes and formats: whatever the
     // result, nothing is written outside the image (the sanitizer build watches).
     QRandomGenerator random(2026);
-    bool (*const loaders[])(QImage &, QIODevice *) = {loadLZ5, loadRLE5, loadRLE8};
     const QImage::Format formats[] = {QImage::Format_Indexed8, QImage::Format_RGB32, QImage::Format_ARGB32,
                                       QImage::Format_Grayscale8};
     for (int round = 0; round < 3000; ++round) {
@@ -397,24 +355,22 @@ void SpriteCompressionTest::closedAndUnopenableDevices()
     QFile missing(QStringLiteral("/nonexistent/dir/sprite.lz5"));
     QImage untouched(8, 8, QImage::Format_Indexed8);
     untouched.fill(3);
-    QVERIFY(!loadLZ5(untouched, &missing));
-    QVERIFY(!loadRLE8(untouched, &missing));
-    QVERIFY(!loadRLE5(untouched, &missing));
+    for (Loader load : loaders)
+        QVERIFY(!load(untouched, &missing));
     QVERIFY(!saveLZ5(image, &missing, false));
     QVERIFY(!saveRLE8(image, &missing));
     QCOMPARE(untouched.pixelIndex(5, 5), 3);
     // An empty image writes nothing, not even a control byte.
-    QCOMPARE(encode([](QIODevice *device) { return saveLZ5(QImage(), device, true); }), QByteArray());
+    QCOMPARE(encoded(QImage(), Lz5Copies), QByteArray());
 }
 
 void SpriteCompressionTest::bytesBehindTheStreamStay()
 {
     // The container's next record follows the pixels: the loaders leave it unread.
     const QImage image = indexed(9, 4, [](int x, int y) { return uchar((x + y) % 5); });
-    const QByteArray streams[] = {encode([&](QIODevice *device) { return saveLZ5(image, device, true); }),
+    const QByteArray streams[] = {encoded(image, Lz5Copies),
                                   bytes({3, 0x80, 2, 3, 0x81, 4, 0x25, 3, 0x80, 1, 0, 0x80, 2, 7, 0x81, 1, 0x30, 10, 0x00}),
-                                  encode([&](QIODevice *device) { return saveRLE8(image, device); })};
-    bool (*const loaders[])(QImage &, QIODevice *) = {loadLZ5, loadRLE5, loadRLE8};
+                                  encoded(image, Rle8)};
     for (int codec = 0; codec < 3; ++codec) {
         QByteArray data = streams[codec] + QByteArray("NEXT");
         QBuffer buffer(&data);
