@@ -93,9 +93,6 @@ void ScriptClassesTest::badCalls_data()
                                          << QStringLiteral("RGBA.alpha");
     QTest::newRow("nil archive") << QStringLiteral("project:fileByType(1):toFile(nil, 'x.osp')")
                                  << QStringLiteral("no overload of 'ProjectFile.toFile' takes (ProjectFile, nil, string)");
-    // A file asked for as the wrong kind is nil.
-    QTest::newRow("nil self") << QStringLiteral("local sprites = project:fileByType(1):asSounds()\nreturn sprites.count")
-                              << QStringLiteral("attempt to index a nil value");
     QTest::newRow("nil device") << QStringLiteral("project.archive:closeFile(nil)")
                                 << QStringLiteral("bad argument #1 to 'Archive.closeFile' (expected File, got nil)");
 }
