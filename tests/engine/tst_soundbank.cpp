@@ -142,7 +142,9 @@ void SoundBankTest::editing()
     Sound *copy = first->duplicate();
     QCOMPARE(copy->index(), 1u);
     QCOMPARE(copy->sample().data, first->sample().data);
+    QCOMPARE(copy->propertyNames(), QStringList({"Identifier"}));
     copy->setProperty(QStringLiteral("Identifier"), QPoint(1, 2));
+    QCOMPARE(copy->property(QStringLiteral("Identifier")), QVariant(QPoint(1, 2)));
     QCOMPARE(sounds->find(0, QPoint(1, 2)), 1);
     QCOMPARE(sounds->find(2, QPoint(1, 2)), -1);
     QCOMPARE(sounds->data(sounds->index(1), Qt::DisplayRole).toString(), QStringLiteral("1, 2"));
