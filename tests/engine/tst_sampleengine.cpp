@@ -235,34 +235,26 @@ void SampleEngineTest::createsEveryFileType()
     QVERIFY(!m_extension->engine()->createFile(77, nullptr));
 }
 
+// What the Lua suite doesn't ask of the opened work: its palettes, frames with their
+// sprites and boxes, a sound's shape, and the files the project lists.
 void SampleEngineTest::opensTheSampleWork()
 {
     QString error;
     ProjectPointer project = open(&error);
     QVERIFY2(project, qPrintable(error));
-    QCOMPARE(project->name(), QStringLiteral("Knight"));
-    QCOMPARE(project->version(), QStringLiteral("1.0"));
-    QVERIFY(project->parentProject()->isGame());
     QCOMPARE(project->parentProject()->engine(), m_extension->engine());
     QCOMPARE(project->messages()->errorCount(), 0u);
 
     auto *sprites = dynamic_cast<Sprites *>(project->file(Project::Sprites));
     QVERIFY(sprites);
-    QCOMPARE(sprites->count(), 30u);
     QCOMPARE(sprites->palettes()->count(), 3u);
     QCOMPARE(sprites->at(0)->image().format(), QImage::Format_Indexed8);
-    const int spark = sprites->find(0, 1000u << 16);
-    QVERIFY(spark >= 0);
-    QCOMPARE(sprites->at(uint(spark))->image().format(), QImage::Format_ARGB32);
-    QVERIFY(sprites->at(uint(sprites->find(0, 9000u << 16)))->imageIsShared());
 
     auto *animations = dynamic_cast<Animations *>(project->file(Project::Animations));
     QVERIFY(animations);
-    QCOMPARE(animations->count(), 8u);
     AnimationCode *walk = animations->at(uint(animations->find(0, 10)));
     QCOMPARE(walk->frameCount(), 6u);
     QCOMPARE(walk->loopPoint(), 0u);
-    // Frames show the sprites of the project.
     QCOMPARE(walk->frameAt(1)->sprite(), sprites->at(uint(sprites->find(0, (10u << 16) | 1))));
     AnimationCode *punch = animations->at(uint(animations->find(0, 200)));
     QCOMPARE(punch->frameAt(2)->contactBoxes(ContactBoxCode::Attack)->count(), 1u);
@@ -270,7 +262,6 @@ void SampleEngineTest::opensTheSampleWork()
 
     auto *sounds = dynamic_cast<Sounds *>(project->file(Project::Sounds));
     QVERIFY(sounds);
-    QCOMPARE(sounds->count(), 5u);
     const SoundSample tune = sounds->at(uint(sounds->find(0, QPoint(100, 0))))->sample();
     QCOMPARE(tune.channels, quint16(1));
     QCOMPARE(tune.samples, 65536u);
@@ -278,7 +269,6 @@ void SampleEngineTest::opensTheSampleWork()
     auto *definitions = dynamic_cast<CodeDocument *>(project->file(Definitions));
     QVERIFY(definitions);
     QCOMPARE(definitions->messages()->count(Message::All), 0u);
-    QVERIFY(dynamic_cast<CodeDocument *>(project->file(Project::Scripts)));
 
     QList<PathEntry *> entries;
     project->fileList(entries);
