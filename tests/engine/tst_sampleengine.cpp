@@ -16,6 +16,7 @@
 #include "project/parentproject.h"
 #include "project/project.h"
 #include "sound/sound.h"
+#include "held.h"
 #include "testfiles.h"
 
 #include <QBuffer>
@@ -53,11 +54,7 @@ QMap<QString, QByteArray> snapshot(const QString &root)
     return files;
 }
 
-struct ProjectCloser
-{
-    void operator()(Project *project) const { project->release(); }
-};
-using ProjectPointer = std::unique_ptr<Project, ProjectCloser>;
+using ProjectPointer = Held<Project>;
 
 // The images of a sprite container with their axes and palettes, for comparisons.
 QList<QVariantList> spriteModel(Sprites *sprites)

@@ -7,6 +7,7 @@
 #include "samplecode.h"
 #include "samplelanguage.h"
 #include "sampleparser.h"
+#include "held.h"
 
 #include "code/codeblockdata.h"
 #include "foundation/messages.h"
@@ -59,6 +60,11 @@ Recorder parseAtEnd(CodeDocument *document, const QString &line)
     if (node)
         node->release();
     return recorder;
+}
+
+Held<CodeDocument> newDocument(bool animation)
+{
+    return Held<CodeDocument>(animation ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument);
 }
 
 GroupCode *groupAt(CodeDocument *document, int row)
@@ -261,9 +267,9 @@ void SampleLanguageTest::reports()
     QFETCH(QString, words);
 
     const QString before = animation ? QStringLiteral("animation 1\n    frame (0, 0) delay=1\n") : QStringLiteral("[Move: punch]\n");
-    CodeDocument *document = animation ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+    Held<CodeDocument> document = newDocument(animation);
     document->fromString(before);
-    const Recorder recorder = parseAtEnd(document, line);
+    const Recorder recorder = parseAtEnd(document.get(), line);
     QCOMPARE(recorder.reports.size(), 1);
     QCOMPARE(recorder.reports.at(0).kind, kind);
     QVERIFY2(recorder.reports.at(0).text.contains(words), qPrintable(recorder.reports.at(0).text));
@@ -278,7 +284,6 @@ void SampleLanguageTest::reports()
     for (CodeNode *node = document->root()->next(); node; node = node->next())
         ++nodes;
     QCOMPARE(nodes, (animation ? 2 : 1) + (kind == 0 ? 0 : 1));
-    document->release();
 }
 
 void SampleLanguageTest::versionLineAndGroups()
@@ -669,23 +674,22 @@ void SampleLanguageTest::formatLines()
     QFETCH(QString, before);
     QFETCH(QString, after);
 
-    CodeDocument *document = animation ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+    Held<CodeDocument> document = newDocument(animation);
     document->fromString(before);
     const uint errors = document->fileMessages()->count(Message::Error);
     if (before == after)
         QCOMPARE(document->fileMessages()->count(Message::All), 0u);
-    const QString model = modelText(document);
+    const QString model = modelText(document.get());
     document->formatLines(0, document->blockCount() - 1, indentOnly);
     QCOMPARE(document->toString(), after);
     // Nothing means anything else: the same nodes, the same errors.
     QCOMPARE(document->fileMessages()->count(Message::Error), errors);
-    QCOMPARE(modelText(document), model);
+    QCOMPARE(modelText(document.get()), model);
     // Formatting twice changes nothing more, and one undo takes the whole of it back.
     document->formatLines(0, document->blockCount() - 1, indentOnly);
     QCOMPARE(document->toString(), after);
     document->undo();
     QCOMPARE(document->toString(), before);
-    document->release();
 }
 
 void SampleLanguageTest::optimize()
@@ -758,11 +762,10 @@ void SampleLanguageTest::garbageNeverCrashes()
     }
     garbage += QStringLiteral("((((\n))))\n[\n]\n=\n\"\n@\n@version\n@version 99999\nframe\nattack\n\\\n");
     for (int kind = 0; kind < 2; ++kind) {
-        CodeDocument *document = kind ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+        Held<CodeDocument> document = newDocument(kind);
         document->fromString(garbage);
         QVERIFY(document->fileMessages()->count(Message::Error) > 10);
         document->formatLines(0, document->blockCount() - 1, false);
-        document->release();
     }
 }
 
@@ -834,11 +837,10 @@ void SampleLanguageTest::completerAndSnippets()
             code.replace(it.key(), it.value());
         code.remove(QStringLiteral("CURSOR"));
         const bool animation = code.trimmed().startsWith(QLatin1String("animation"));
-        CodeDocument *document = animation ? static_cast<CodeDocument *>(new AnimationDocument) : new DefinitionDocument;
+        Held<CodeDocument> document = newDocument(animation);
         document->fromString(code);
         QVERIFY2(document->fileMessages()->count(Message::All) == 0, qPrintable(name + QLatin1Char('\n') + code));
         QVERIFY(document->root()->childCount() > 0);
-        document->release();
     }
 }
 
