@@ -114,8 +114,9 @@ private slots:
     void cleanupTestCase();
     void init();
     void cleanup();
-    void engineAnswers_data();
-    void engineAnswers();
+    void queryString_data();
+    void queryString();
+    void namesAndFilters();
     void createsEveryFileType_data();
     void createsEveryFileType();
     void opensTheSampleWork();
@@ -172,7 +173,7 @@ ProjectPointer SampleEngineTest::open(QString *error)
     return ProjectPointer(project);
 }
 
-void SampleEngineTest::engineAnswers_data()
+void SampleEngineTest::queryString_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<uint>("index");
@@ -182,14 +183,17 @@ void SampleEngineTest::engineAnswers_data()
     QTest::newRow("a number it doesn't know") << 99 << 0u << "";
 }
 
-void SampleEngineTest::engineAnswers()
+void SampleEngineTest::queryString()
 {
     QFETCH(int, type);
     QFETCH(uint, index);
     QFETCH(QString, answer);
-    Engine *engine = m_extension->engine();
-    QCOMPARE(engine->queryString(Engine::StringType(type), index), answer);
+    QCOMPARE(m_extension->engine()->queryString(Engine::StringType(type), index), answer);
+}
 
+void SampleEngineTest::namesAndFilters()
+{
+    Engine *engine = m_extension->engine();
     QCOMPARE(QByteArray(m_extension->name()), QByteArray("sample"));
     QVERIFY(EngineExtension::forProjectFile(QStringLiteral("/some/where/Work.OVP")));
     QVERIFY(!EngineExtension::forProjectFile(QStringLiteral("/some/where/work.def")));
