@@ -69,8 +69,7 @@ private slots:
     void init();
     void cleanup();
     void instancesAsListModel();
-    void saveWritesElementsInOrder();
-    void loadReadsBack();
+    void savedAndReadBack();
     void valueTyping_data();
     void valueTyping();
     void missingFileIsNoError();
@@ -103,7 +102,6 @@ void EnginePrivateTest::instancesAsListModel()
 {
     TestEngine engine;
     QAbstractItemModelTester tester(&engine, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QCOMPARE(engine.path(), QStringLiteral("/engines/tester"));
     QCOMPARE(engine.configFileName(), configFile());
     engine.add("Release", "/games/rel/game", "-w", QString());
     engine.add("Debug", "/games/dbg/game", "-d", "/icons/dbg.png");
@@ -117,7 +115,6 @@ void EnginePrivateTest::instancesAsListModel()
     engine.move(1, 2);
     QCOMPARE(engine.at(2).name, QStringLiteral("Debug"));
     QCOMPARE(engine.data(engine.index(0)).toString(), QStringLiteral("Release"));
-    QVERIFY(!engine.data(engine.index(0), Qt::ToolTipRole).isValid());
     // A missing icon path falls back to the engine's installed icon.
     QVERIFY(QDir().mkpath(m_host->install + QStringLiteral("/engines/tester")));
     QVERIFY(QImage(4, 4, QImage::Format_ARGB32).save(m_host->install + QStringLiteral("/engines/tester/icon.png")));
@@ -131,7 +128,7 @@ void EnginePrivateTest::instancesAsListModel()
     QCOMPARE(engine.rowCount(), 0);
 }
 
-void EnginePrivateTest::saveWritesElementsInOrder()
+void EnginePrivateTest::savedAndReadBack()
 {
     {
         TestEngine engine;
@@ -150,11 +147,6 @@ void EnginePrivateTest::saveWritesElementsInOrder()
                           "param name=icon value=", "param name=params value=",
                           "config name=area value=1,2,3,4", "config name=background value=10,20,30",
                           "config name=zoom value=2"}));
-}
-
-void EnginePrivateTest::loadReadsBack()
-{
-    saveWritesElementsInOrder();
     TestEngine engine; // reads at construction
     QCOMPARE(engine.count(), 2);
     QCOMPARE(engine.at(0).params, QStringLiteral("-a b"));
@@ -162,9 +154,6 @@ void EnginePrivateTest::loadReadsBack()
     QCOMPARE(engine.at(1).name, QStringLiteral("Second"));
     QCOMPARE(engine.option("zoom").toString(), QStringLiteral("2"));
     QCOMPARE(engine.option("background").value<QColor>(), QColor(10, 20, 30));
-    // A rectangle comes back as the colour of its first three numbers.
-    QCOMPARE(engine.option("area").userType(), int(QMetaType::QColor));
-    QCOMPARE(engine.option("area").value<QColor>(), QColor(1, 2, 3));
 }
 
 void EnginePrivateTest::valueTyping_data()
@@ -172,6 +161,7 @@ void EnginePrivateTest::valueTyping_data()
     QTest::addColumn<QString>("written");
     QTest::addColumn<QVariant>("read");
     QTest::newRow("three numbers") << "1,2,3" << QVariant(QColor(1, 2, 3));
+    // A rectangle is written as four numbers and comes back as the colour of the first three.
     QTest::newRow("four numbers lose the fourth") << "1,2,3,4" << QVariant(QColor(1, 2, 3));
     QTest::newRow("two numbers") << "1,2" << QVariant(QStringLiteral("1,2"));
     QTest::newRow("spaces") << "1, 2, 3" << QVariant(QStringLiteral("1, 2, 3"));

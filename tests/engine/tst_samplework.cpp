@@ -11,6 +11,7 @@
 #include "project/parentproject.h"
 #include "project/project.h"
 #include "sound/sound.h"
+#include "held.h"
 #include "testfiles.h"
 
 #include <QDirIterator>
@@ -76,7 +77,7 @@ void SampleWorkTest::generatedWorksOpen()
     QString error;
     QVERIFY2(SampleWork::writeLarge(dir.path(), {sprites, animations, sounds}, &error), qPrintable(error));
     SampleEngineExtension engine;
-    Project *project = engine.openProject(dir.filePath(QStringLiteral("bulk/bulk.ovp")), &error);
+    Held<Project> project(engine.openProject(dir.filePath(QStringLiteral("bulk/bulk.ovp")), &error));
     QVERIFY2(project, qPrintable(error));
     QCOMPARE(project->messages()->errorCount(), 0u);
     QCOMPARE(static_cast<Sprites *>(project->file(Project::Sprites))->count(), uint(sprites));
@@ -85,7 +86,6 @@ void SampleWorkTest::generatedWorksOpen()
     QCOMPARE(list->at(0)->frameCount(), 10u);
     QVERIFY(list->at(0)->frameAt(3)->sprite()); // frames find their sprites
     QCOMPARE(static_cast<Sounds *>(project->file(Project::Sounds))->count(), uint(sounds));
-    project->release();
 }
 
 void SampleWorkTest::backupWithoutThePluginIsADirectory()
@@ -95,7 +95,7 @@ void SampleWorkTest::backupWithoutThePluginIsADirectory()
     QVERIFY2(SampleWork::write(dir.path(), &error), qPrintable(error));
     const QMap<QString, QByteArray> before = filesBelow(dir.path());
     SampleEngineExtension engine; // no plug-in loaded: no container serves "ZIP"
-    Project *project = engine.openProject(dir.filePath(SampleWork::projectFile()), &error);
+    Held<Project> project(engine.openProject(dir.filePath(SampleWork::projectFile()), &error));
     QVERIFY2(project, qPrintable(error));
     QVERIFY(project->parentProject()->backup(QStringLiteral("plain"), nullptr));
     const QStringList made = QDir(dir.filePath(QStringLiteral("backup"))).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
@@ -107,7 +107,6 @@ void SampleWorkTest::backupWithoutThePluginIsADirectory()
     QVERIFY(writeFile(dir.filePath(QStringLiteral("knight/knight.def")), "spoilt"));
     QVERIFY(project->parentProject()->restoreBackup(made.first(), nullptr));
     QCOMPARE(readFile(dir.filePath(QStringLiteral("knight/knight.def"))), before.value(QStringLiteral("knight/knight.def")));
-    project->release();
 }
 
 QTEST_MAIN(SampleWorkTest)

@@ -1,4 +1,5 @@
 #include "foundation/filesystemarchive.h"
+#include "held.h"
 #include "image/spritecompression.h"
 #include "spritecontainer.h"
 
@@ -145,7 +146,7 @@ void SpriteContainerTest::layout()
 
 void SpriteContainerTest::roundTrip()
 {
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     QCOMPARE(sprites->toBytes().toHex(), QByteArray("4f56535001000000" "0000000000000000"));
     const QImage first = indexed(7, 5, [](int x, int y) { return (x + y) % 4; }, palette(1));
     const QImage second = indexed(3, 9, [](int x, int) { return 200 + x; }, palette(2));
@@ -159,27 +160,22 @@ void SpriteContainerTest::roundTrip()
     QVERIFY(a->imageIsShared());
     QVERIFY(!sprites->at(1)->imageIsShared());
 
-    auto *back = new SpriteContainer;
+    Held<SpriteContainer> back(new SpriteContainer);
     QVERIFY(back->fromBytes(sprites->toBytes()));
     QCOMPARE(back->toBytes(), sprites->toBytes());
     QCOMPARE(back->count(), 4u);
+    const QList<QImage> pictures{first, second, trueColour(6, 4), first};
     for (uint i = 0; i < 4; ++i) {
         QCOMPARE(back->at(i)->identifier(), sprites->at(i)->identifier());
-        QCOMPARE(back->at(i)->axis(), sprites->at(i)->axis());
-        QCOMPARE(back->at(i)->image(), sprites->at(i)->image());
-        QCOMPARE(back->at(i)->palette() ? int(back->at(i)->palette()->index()) : -1,
-                 sprites->at(i)->palette() ? int(sprites->at(i)->palette()->index()) : -1);
+        QCOMPARE(back->at(i)->image(), pictures.at(int(i)));
     }
-    QCOMPARE(back->at(0)->image(), first);
-    QCOMPARE(back->at(1)->image(), second);
-    QCOMPARE(back->at(2)->image(), trueColour(6, 4));
+    QCOMPARE(back->at(0)->axis(), QPoint(-3, 40));
+    QCOMPARE(back->at(1)->palette(), back->palettes()->at(1));
     QCOMPARE(back->at(2)->palette(), nullptr);
     QVERIFY(back->at(3)->imageIsShared());
     QCOMPARE(back->at(1)->imageProperties().size(), QSize(3, 9));
     QCOMPARE(back->at(2)->imageProperties().format, QImage::Format_ARGB32);
     QVERIFY(!back->isModified());
-    sprites->release();
-    back->release();
 }
 
 void SpriteContainerTest::codecChoice_data()
@@ -229,7 +225,7 @@ void SpriteContainerTest::unchangedSpritesKeepTheirBytes()
     sprite.pixels = SpritePixels{8, 8, SpritePixels::Indexed, SpritePixels::Rle8, packedRle8(low)};
     data.sprites << sprite;
     const QByteArray bytes = writeSpriteContainer(data);
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     QVERIFY(sprites->fromBytes(bytes));
     QCOMPARE(sprites->toBytes(), bytes);
     QCOMPARE(sprites->at(0)->image().pixelIndex(3, 3), 1);
@@ -239,13 +235,11 @@ void SpriteContainerTest::unchangedSpritesKeepTheirBytes()
     auto *second = static_cast<ContainerSprite *>(sprites->at(1));
     QCOMPARE(int(second->pixels()->codec), int(SpritePixels::Lz5));
     QCOMPARE(static_cast<ContainerSprite *>(sprites->at(0))->pixels()->stream, QByteArray(400, '\1'));
-    auto *back = new SpriteContainer;
+    Held<SpriteContainer> back(new SpriteContainer);
     QVERIFY(back->fromBytes(sprites->toBytes()));
     QCOMPARE(back->at(1)->image().convertToFormat(QImage::Format_ARGB32),
              sprites->at(1)->image().convertToFormat(QImage::Format_ARGB32));
     QCOMPARE(back->at(0)->image(), flat.convertToFormat(QImage::Format_Indexed8, sprites->at(0)->image().colorTable()));
-    sprites->release();
-    back->release();
 }
 
 void SpriteContainerTest::paletteModes_data()
@@ -276,7 +270,7 @@ void SpriteContainerTest::paletteModes()
     QVector<RGBA> own(256);
     own[2] = RGBA(255, 0, 0, 255);
     own[5] = RGBA(0, 0, 255, 255);
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     sprites->add(QPoint(0, 0), indexed(2, 2, [](int, int) { return 0; }, palette(1)), Archive::NoShare);
     Palette *target = sprites->palettes()->add(given.constData(), QPoint(9, 9), Archive::NoShare);
     QImage picture = indexed(2, 1, [](int x, int) { return x == 1 ? 2 : 5; }, own);
@@ -299,7 +293,6 @@ void SpriteContainerTest::paletteModes()
         sprites->at(0)->duplicate()->setImage(picture, true, Sprite::OwnPalette, nullptr, Archive::NoShare);
         QCOMPARE(int(sprites->palettes()->count()), palettesAfter);
     }
-    sprites->release();
 }
 
 void SpriteContainerTest::splitRGB()
@@ -310,7 +303,7 @@ void SpriteContainerTest::splitRGB()
         picture.setPixel(x, 1, qRgba(250, 10, 10, 255));
         picture.setPixel(x, 2, x < 3 ? qRgba(10, 250, 10, 255) : qRgba(0, 0, 0, 255));
     }
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     Sprite *sprite = sprites->add(QPoint(4, 4), picture, Archive::NoShare);
     QCOMPARE(sprite->palette(), nullptr);
     sprite->splitRGB();
@@ -326,12 +319,11 @@ void SpriteContainerTest::splitRGB()
     QVERIFY(sprites->isModified());
     sprite->splitRGB(); // indexed already
     QCOMPARE(sprites->palettes()->count(), 1u);
-    sprites->release();
 }
 
 void SpriteContainerTest::crop()
 {
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     const QImage picture = indexed(10, 10, [](int x, int y) { return x >= 3 && x <= 5 && y >= 2 && y <= 6 ? 7 : 0; },
                                    palette(1));
     Sprite *sprite = sprites->add(QPoint(0, 0), picture, Archive::NoShare);
@@ -343,12 +335,11 @@ void SpriteContainerTest::crop()
     QCOMPARE(sprite->image().pixelIndex(0, 0), 7);
     sprite->crop(); // nothing left to cut
     QCOMPARE(sprite->axis(), QPoint(2, 7));
-    sprites->release();
 }
 
 void SpriteContainerTest::organizing()
 {
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     const QImage picture = indexed(4, 4, [](int x, int) { return x; }, palette(1));
     for (const QPoint &id : {QPoint(2, 0), QPoint(0, 5), QPoint(0, 1), QPoint(1, 0)})
         sprites->add(id, picture, Archive::NoShare);
@@ -375,12 +366,11 @@ void SpriteContainerTest::organizing()
     QCOMPARE(sprites->add(QPoint(0, 0), QImage(), Archive::NoShare), nullptr);
     QCOMPARE(sprites->add(QPoint(0, 0), QImage(MaxSpriteSide + 1, 1, QImage::Format_Indexed8), Archive::NoShare),
              nullptr);
-    sprites->release();
 }
 
 void SpriteContainerTest::palettes()
 {
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     Palettes *palettes = sprites->palettes();
     const QImage picture = indexed(3, 3, [](int x, int y) { return x + y; }, palette(1));
     Sprite *a = sprites->add(QPoint(0, 0), picture, Archive::NoShare);
@@ -412,17 +402,15 @@ void SpriteContainerTest::palettes()
     QCOMPARE(palettes->count(), 0u);
     QCOMPARE(a->palette(), nullptr);
     QCOMPARE(a->image(), looks);
-    auto *back = new SpriteContainer;
+    Held<SpriteContainer> back(new SpriteContainer);
     QVERIFY(back->fromBytes(sprites->toBytes()));
     QCOMPARE(back->at(1)->image(), looks);
-    sprites->release();
-    back->release();
 }
 
 void SpriteContainerTest::undoRedo()
 {
-    auto *sprites = new SpriteContainer;
-    QSignalSpy changed(sprites, &OrganizableObject::changed);
+    Held<SpriteContainer> sprites(new SpriteContainer);
+    QSignalSpy changed(sprites.get(), &OrganizableObject::changed);
     const QImage picture = indexed(4, 2, [](int x, int) { return x + 1; }, palette(1));
     Sprite *sprite = sprites->add(QPoint(1, 1), picture, Archive::NoShare); // one step, palette and all
     QCOMPARE(changed.count(), 1);
@@ -474,7 +462,6 @@ void SpriteContainerTest::undoRedo()
     sprites->undo();
     QVERIFY(sprites->isModified());
     QCOMPARE(sprites->toBytes(), two);
-    sprites->release();
 }
 
 void SpriteContainerTest::badFiles_data()
@@ -531,7 +518,7 @@ void SpriteContainerTest::badFiles()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QString, message);
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     sprites->add(QPoint(4, 4), trueColour(3, 3), Archive::NoShare);
     const QByteArray before = sprites->toBytes();
     QVERIFY(!sprites->fromBytes(bytes));
@@ -543,18 +530,17 @@ void SpriteContainerTest::badFiles()
     QString reason;
     QVERIFY(!readSpriteContainer(bytes, data, reason));
     QVERIFY(data.sprites.isEmpty());
-    sprites->release();
 }
 
 void SpriteContainerTest::models()
 {
-    auto *sprites = new SpriteContainer;
-    QCOMPARE(sprites->model(), static_cast<QAbstractItemModel *>(sprites));
-    QAbstractItemModelTester spriteTester(sprites);
+    Held<SpriteContainer> sprites(new SpriteContainer);
+    QCOMPARE(sprites->model(), static_cast<QAbstractItemModel *>(sprites.get()));
+    QAbstractItemModelTester spriteTester(sprites.get());
     QAbstractItemModelTester paletteTester(sprites->palettes());
-    QSignalSpy inserted(sprites, &QAbstractItemModel::rowsInserted);
+    QSignalSpy inserted(sprites.get(), &QAbstractItemModel::rowsInserted);
     QSignalSpy paletteRows(sprites->palettes(), &QAbstractItemModel::rowsInserted);
-    QSignalSpy dataChanged(sprites, &QAbstractItemModel::dataChanged);
+    QSignalSpy dataChanged(sprites.get(), &QAbstractItemModel::dataChanged);
     const QImage picture = indexed(5, 5, [](int x, int y) { return x * y % 3; }, palette(1));
     for (int i = 0; i < 4; ++i)
         sprites->add(QPoint(i, 3 - i), picture, Archive::NoShare);
@@ -579,27 +565,24 @@ void SpriteContainerTest::models()
     sprites->clear();
     QCOMPARE(sprites->rowCount(), 0);
     QVERIFY(!sprites->data(sprites->index(0), Qt::DisplayRole).isValid());
-    sprites->release();
 }
 
 void SpriteContainerTest::files()
 {
     QTemporaryDir directory;
     const QString name = directory.filePath(QStringLiteral("sprites/people.osp"));
-    auto *sprites = new SpriteContainer;
+    Held<SpriteContainer> sprites(new SpriteContainer);
     QCOMPARE(QByteArray(sprites->fileExtension()), QByteArray("osp"));
     sprites->add(QPoint(0, 0), trueColour(4, 4), Archive::NoShare);
     QVERIFY(sprites->toFile(FileSystemArchive::instance(), name, 0, nullptr));
     QVERIFY(!sprites->isModified());
     QCOMPARE(sprites->fileName(), name);
-    auto *back = new SpriteContainer;
+    Held<SpriteContainer> back(new SpriteContainer);
     QVERIFY(back->fromFile(FileSystemArchive::instance(), name, 0, nullptr));
     QCOMPARE(back->toBytes(), sprites->toBytes());
     QVERIFY(!back->fromFile(FileSystemArchive::instance(), directory.filePath(QStringLiteral("none.osp")), 0, nullptr));
     QCOMPARE(back->count(), 1u);
     QCOMPARE(back->fileMessages()->count(Message::Error), 1u);
-    sprites->release();
-    back->release();
 }
 
 QTEST_MAIN(SpriteContainerTest)
