@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <atomic>
+#include <future>
 #include <map>
 #include <thread>
 
@@ -433,17 +434,12 @@ void CacheBackendsTest::asyncItemsReadBeforeTheirLoad()
     file.write("0123456789abcdef");
     file.close();
     QThreadPool *pool = QThreadPool::globalInstance();
-    // Static: the pool's threads read it after this function's stack could be reused, as
-    // far as a thread checker can tell (the pool's own waiting is hidden from it).
-    static std::atomic<bool> release;
-    release = false;
-    const int threads = pool->maxThreadCount();
-    for (int i = 0; i < threads; ++i) {
-        QtConcurrent::run(pool, [] {
-            while (!release.load())
-                QThread::msleep(1);
-        });
-    }
+    // Each task holds its own share of the gate, so nothing of this function's stack is
+    // read on the pool's threads.
+    std::promise<void> gate;
+    const std::shared_future<void> opened = gate.get_future().share();
+    for (int i = 0; i < pool->maxThreadCount(); ++i)
+        QtConcurrent::run(pool, [opened] { opened.wait(); });
     auto *cache = new AsyncFileCache(StreamCache::instance(nullptr, StreamCache::Memory), name);
     AsyncFileCache::Item::Info info;
     info.offset = 4;
@@ -451,7 +447,7 @@ void CacheBackendsTest::asyncItemsReadBeforeTheirLoad()
     AsyncFileCache::Item *item = cache->addAsyncItem(info);
     QVERIFY(!item->isLoaded());
     QCOMPARE(item->rawData(), QByteArray("456789"));
-    release = true;
+    gate.set_value();
     item->waitForDataReady();
     QVERIFY(item->isLoaded());
     QCOMPARE(item->rawData(), QByteArray("456789"));

@@ -19,6 +19,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
+
 using namespace Ovra;
 
 namespace {
@@ -70,6 +72,43 @@ public:
         return device != nullptr;
     }
     Capabilities capabilities() const override { return {}; }
+};
+
+// Answers the watcher's reload questions, and tells when the watcher has caught up: the
+// system reports changes in the order they happen, so once a file of its own, changed by
+// another hand, has been asked about, every change before it has had its say.
+class WatchingUser
+{
+public:
+    WatchingUser(const QString &sentinel, QMessageBox::StandardButton answer)
+        : m_sentinel(sentinel)
+    {
+        writeFile(sentinel, "0");
+        m_sentinel.fromFile(FileSystemArchive::instance(), sentinel, 0, nullptr);
+        m_previous = setAnswerer([this, answer](const Prompt &prompt) {
+            asked << prompt.text;
+            return answer;
+        });
+    }
+    ~WatchingUser() { setAnswerer(m_previous); }
+
+    // Changes the sentinel and waits for its question, which is taken out of `asked`.
+    bool catchUp()
+    {
+        const auto aboutSentinel = [this](const QString &text) { return text.contains(m_sentinel.name); };
+        writeFile(m_sentinel.name, QByteArray::number(++m_changes));
+        const bool seen = QTest::qWaitFor([&] { return std::any_of(asked.cbegin(), asked.cend(), aboutSentinel); },
+                                          10000);
+        asked.erase(std::remove_if(asked.begin(), asked.end(), aboutSentinel), asked.end());
+        return seen;
+    }
+
+    QStringList asked; // the texts of the questions
+
+private:
+    WatchedFile m_sentinel;
+    Answerer m_previous;
+    int m_changes = 0;
 };
 
 class CountingStats : public JobStats
@@ -384,11 +423,7 @@ void ParentProjectTest::backupAndRestore()
 
     TestInterface host;
     setGlobalInterface(&host);
-    int questions = 0;
-    const Answerer before = setAnswerer([&](const Prompt &) {
-        ++questions;
-        return QMessageBox::No;
-    });
+    WatchingUser user(m_dir.filePath(QStringLiteral("sentinel-backup.txt")), QMessageBox::No);
     auto *work = new RecordingParent(root, FileSystemArchive::instance());
     QList<WatchedFile *> files;
     bool opened = true;
@@ -431,8 +466,9 @@ void ParentProjectTest::backupAndRestore()
     QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/hero.anim")));
     QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/sprites/hero.spr")));
     QVERIFY(writeFile(root + QStringLiteral("actors/ryu/ryu.rules"), "[Stats]\nspeed = 1\n"));
-    QTest::qWait(300);
-    questions = 0;
+    QVERIFY(user.catchUp());
+    QCOMPARE(user.asked.size(), 2); // the two that changed; the deleted ones ask nothing
+    user.asked.clear();
     for (WatchedFile *file : qAsConst(files))
         file->loads = 0;
 
@@ -449,14 +485,13 @@ void ParentProjectTest::backupAndRestore()
     }
     QCOMPARE(files.first()->content, original.value(QStringLiteral("actors/hero/hero.def")));
     QCOMPARE(host.projectsRestoredCalls, 1);
-    // No question to reload comes from our own writes, now or a moment later.
-    QTest::qWait(300);
-    QCOMPARE(questions, 0);
+    // No question to reload comes from our own writes, however late their news.
+    QVERIFY(user.catchUp());
+    QCOMPARE(user.asked, QStringList());
 
     hero->release();
     ryu->release();
     delete work;
-    setAnswerer(before);
     setGlobalInterface(nullptr);
 }
 
@@ -498,11 +533,7 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     const QByteArray states = "[Stats]\r\nspeed = 1000\r\n";
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.def"), definition));
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.rules"), states));
-    int questions = 0;
-    const Answerer before = setAnswerer([&](const Prompt &) {
-        ++questions;
-        return QMessageBox::Yes;
-    });
+    WatchingUser user(m_dir.filePath(QStringLiteral("sentinel-code.txt")), QMessageBox::Yes);
     RecordingParent work(root, FileSystemArchive::instance());
     auto *main = new TestDocument;
     auto *project = new TestProject(&work, 0, main, true);
@@ -522,8 +553,8 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     cursor.insertText(QStringLiteral("max"));
     QVERIFY(rules->toFile(FileSystemArchive::instance(), rules->fileName(), 0, nullptr));
     QVERIFY(QFile::remove(root + QStringLiteral("hero/hero.def")));
-    QTest::qWait(300);
-    questions = 0;
+    QVERIFY(user.catchUp());
+    user.asked.clear();
 
     QVERIFY(work.restoreBackup(saved, nullptr));
     QCOMPARE(readFile(root + QStringLiteral("hero/hero.def"), "<missing>"), definition);
@@ -532,10 +563,9 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     QCOMPARE(rules->toString(), QStringLiteral("[Stats]\nspeed = 1000\n"));
     QCOMPARE(main->root()->childCount(), 2u);
     QVERIFY(!rules->isModified());
-    QTest::qWait(400);
-    QCOMPARE(questions, 0);
+    QVERIFY(user.catchUp());
+    QCOMPARE(user.asked, QStringList());
     project->release();
-    setAnswerer(before);
 }
 
 void ParentProjectTest::saveWritesWhatChanged()
