@@ -111,43 +111,19 @@ private:
     int m_changes = 0;
 };
 
-class CountingStats : public JobStats
-{
-public:
-    uint maximum = 0;
-    uint value = 0;
-    void error(const QString &) override {}
-    void setMaximum(uint to) override { maximum = to; }
-    void setValue(uint to) override { value = to; }
-    void incrementValue() override { ++value; }
-    bool wasCancelled() override { return false; }
-};
-
-// A host that records who asks for an editor, and a progress display of plain jobs.
-class SavingHost : public TestInterface
-{
-public:
-    QList<QPair<ProjectFile *, int>> editorsAsked;
-    FileEditor *editorForFile(ProjectFile *file, int type) override
-    {
-        editorsAsked.append({file, type});
-        return nullptr;
-    }
-};
-
+// Progress as a job counts it; serves as the stats of one operation too.
 class RecordingJob : public Job
 {
 public:
     QString title;
     uint maximum = 0;
     uint value = 0;
-    bool asynchronous = false;
     void error(const QString &) override {}
     void setMaximum(uint to) override { maximum = to; }
     void setValue(uint to) override { value = to; }
     void incrementValue() override { ++value; }
     bool wasCancelled() override { return false; }
-    void setAsynchronous(bool on) override { asynchronous = on; }
+    void setAsynchronous(bool) override {}
 };
 
 class RecordingProgress : public ProgressProvider
@@ -162,6 +138,19 @@ public:
     }
 };
 
+// A host that records who asks for an editor.
+class SavingHost : public TestInterface
+{
+public:
+    QList<QPair<ProjectFile *, int>> editorsAsked;
+    FileEditor *editorForFile(ProjectFile *file, int type) override
+    {
+        editorsAsked.append({file, type});
+        return nullptr;
+    }
+};
+
+// An engine whose games are marked by a file of their own.
 class MarkEngine : public Engine
 {
 public:
@@ -174,12 +163,18 @@ public:
     ProjectFile *createFile(int, Project *) override { return nullptr; }
 };
 
-class CopyingWork : public RecordingParent
+// A parent with an engine that copies through the archive, an icon of its own for type 7,
+// and indexes in any column, as a view might keep one.
+class Work : public RecordingParent
 {
 public:
-    CopyingWork(const QString &root, Archive &archive, Engine *engine) : RecordingParent(root, archive), m_engine(engine) {}
+    Work(const QString &root, Archive &archive, Engine *engine = nullptr)
+        : RecordingParent(root, archive), m_engine(engine) {}
     Engine *engine() const override { return m_engine; }
+    QIcon fileIcon(int fileType) const override { return fileType == 7 ? own : QIcon(); }
+    QModelIndex cellAt(int row, int column, void *node) const { return createIndex(row, column, node); }
     QStringList copied;
+    QIcon own;
 
 protected:
     bool copyFile(const QString &relativeName, const QString &targetDirectory) override
@@ -191,22 +186,6 @@ protected:
 
 private:
     Engine *m_engine;
-};
-
-class ColumnWork : public RecordingParent
-{
-public:
-    using RecordingParent::RecordingParent;
-    // An index in another column than the model hands out, as a view might keep one.
-    QModelIndex cellAt(int row, int column, void *node) const { return createIndex(row, column, node); }
-};
-
-class IconWork : public RecordingParent
-{
-public:
-    using RecordingParent::RecordingParent;
-    QIcon own;
-    QIcon fileIcon(int fileType) const override { return fileType == 7 ? own : QIcon(); }
 };
 
 } // namespace
@@ -283,7 +262,7 @@ void ParentProjectTest::treeFollowsTheDisk()
 void ParentProjectTest::addAndRemovePaths()
 {
     MemoryArchive archive;
-    ColumnWork work(QStringLiteral("/work/"), archive);
+    Work work(QStringLiteral("/work/"), archive);
     QAbstractItemModelTester tester(&work, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(work.addPath(QString(), ParentProject::NoListing, {}), nullptr);
     QCOMPARE(work.addPath(QStringLiteral("/"), ParentProject::NoListing, {}), nullptr);
@@ -382,7 +361,7 @@ void ParentProjectTest::iconsAndRoles()
     QFETCH(QString, icon);
 
     MemoryArchive archive;
-    IconWork work(QStringLiteral("/work/"), archive);
+    Work work(QStringLiteral("/work/"), archive);
     auto *main = new TestFile(QStringLiteral("/work/x/x.def"));
     auto *project = new TestProject(&work, 0, main, true);
     project->listed = {{fileType, QStringLiteral("file.ext")}};
@@ -450,7 +429,7 @@ void ParentProjectTest::backupAndRestore()
     QVERIFY(opened);
     QCOMPARE(work->refCount(), 2u);
 
-    CountingStats stats;
+    RecordingJob stats;
     QVERIFY(work->backup(QStringLiteral("first"), &stats));
     QCOMPARE(stats.maximum, 2u);
     QCOMPARE(stats.value, 2u);
@@ -472,7 +451,7 @@ void ParentProjectTest::backupAndRestore()
     for (WatchedFile *file : qAsConst(files))
         file->loads = 0;
 
-    CountingStats restored;
+    RecordingJob restored;
     QVERIFY(work->restoreBackup(saved, &restored));
     for (auto it = original.cbegin(); it != original.cend(); ++it)
         QCOMPARE(readFile(root + it.key(), "<missing>"), it.value());
@@ -504,7 +483,7 @@ void ParentProjectTest::restoreRefusesAReadOnlyArchive()
     auto *main = new WatchedFile(QStringLiteral("/work/x/x.def"));
     auto *project = new TestProject(&work, 0, main, true);
     project->addToParent();
-    CountingStats stats;
+    RecordingJob stats;
     QVERIFY(!work.restoreBackup(QStringLiteral("anything"), &stats));
     QCOMPARE(main->pauses, 0);
     QCOMPARE(main->loads, 0);
@@ -615,7 +594,7 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.def"), "main"));
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.rules"), "states"));
     MarkEngine engine;
-    CopyingWork work(root, FileSystemArchive::instance(), &engine);
+    Work work(root, FileSystemArchive::instance(), &engine);
     QVERIFY(!work.isGame());
     auto *main = new TestFile(root + QStringLiteral("hero/hero.def"), "main");
     auto *project = new TestProject(&work, 0, main, true);
@@ -638,10 +617,10 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     QVERIFY(writeFile(game + QStringLiteral("game.mark"), "mark"));
     QVERIFY(writeFile(game + QStringLiteral("actors/a.def"), "a"));
     QVERIFY(writeFile(game + QStringLiteral("actors/b.def"), "b"));
-    CopyingWork whole(game, FileSystemArchive::instance(), &engine);
+    Work whole(game, FileSystemArchive::instance(), &engine);
     QVERIFY(whole.isGame());
     whole.addPath(QStringLiteral("actors"), ParentProject::ListFiles, {});
-    CountingStats stats;
+    RecordingJob stats;
     const QString copy = m_dir.filePath(QStringLiteral("game2copy/"));
     QVERIFY(whole.saveAs(copy, &stats));
     QCOMPARE(whole.copied, QStringList({"actors/a.def", "actors/b.def"}));
