@@ -306,6 +306,8 @@ void StreamCacheTest::handles()
     QVERIFY(holder->fromData("held bytes"));
     QVERIFY(!holder->isEmpty());
     QCOMPARE(holder->toData(), QByteArray("held bytes"));
+    QCOMPARE(holder->crc(), crcOf("held bytes"));
+    QCOMPARE(holder->cache(), cache);
     QVERIFY(holder->isEqualToData("held bytes", crcOf("held bytes")));
     QVERIFY(holder->fromRawData("raw", 0, nullptr, 0));
     QCOMPARE(holder->toRawData(), QByteArray("raw"));
@@ -316,6 +318,7 @@ void StreamCacheTest::handles()
     QCOMPARE(other->item(), holder->item());
     QCOMPARE(holder->item()->refCount(), 2);
     QCOMPARE(cache->items().size(), 1);
+    QVERIFY(other->isEqualTo(holder->item()));
     holder->addRef();
     holder->release();
     QCOMPARE(ended, 0);
