@@ -123,8 +123,8 @@ void ProgressiveDeleterTest::deleteAllRespectsDependencies()
 
 void ProgressiveDeleterTest::cycleDoesNotHang()
 {
-    // A cycle can't be ordered. The timer gives up on it instead of spinning, and the
-    // end of the run frees both all the same.
+    // A cycle can't be ordered. The timer rests instead of spinning on it, and the end
+    // of the run frees both all the same.
     auto *a = new Piece("a");
     auto *b = new Piece("b");
     ProgressiveDeleter::enqueue(a, b);
@@ -133,9 +133,13 @@ void ProgressiveDeleterTest::cycleDoesNotHang()
     QTRY_COMPARE(deleted, QStringList({"free"}));
     waitOneTick();
     QCOMPARE(ProgressiveDeleter::pending(), 2);
+    // A new object wakes the resting timer and goes past the cycle.
+    ProgressiveDeleter::enqueue(new Piece("late"));
+    QTRY_COMPARE(deleted, QStringList({"free", "late"}));
+    QCOMPARE(ProgressiveDeleter::pending(), 2);
     ProgressiveDeleter::deleteAll();
     QCOMPARE(ProgressiveDeleter::pending(), 0);
-    QCOMPARE(deleted.size(), 3);
+    QCOMPARE(deleted.size(), 4);
 }
 
 QTEST_GUILESS_MAIN(ProgressiveDeleterTest)
