@@ -71,11 +71,11 @@ struct Holder : StreamCacheData
 // An item described by a word and its bytes: "plain" stored as they are, "flip" through
 // the codec's encoding 7, "raw" already flipped in encoding 7 (its CRC waits for a
 // comparison), "broken" in encoding 9, which doesn't decode; "" is an item never written.
-StreamCache::Item *itemOf(StreamCache *cache, const QString &spec)
+StreamCache::Item *itemOf(StreamCache *cache, const QString &description)
 {
     StreamCache::Item *item = cache->addItem();
-    const QString kind = spec.section(QLatin1Char(':'), 0, 0);
-    const QByteArray bytes = spec.section(QLatin1Char(':'), 1).toUtf8();
+    const QString kind = description.section(QLatin1Char(':'), 0, 0);
+    const QByteArray bytes = description.section(QLatin1Char(':'), 1).toUtf8();
     if (kind == QLatin1String("plain"))
         item->setData(bytes);
     else if (kind == QLatin1String("flip"))
