@@ -1,5 +1,4 @@
 #include "foundation/file.h"
-#include "foundation/filesystemarchive.h"
 
 #include "scriptedanswerer.h"
 
@@ -86,17 +85,14 @@ private slots:
     void init();
     void replacesThroughTemporary();
     void readWriteStartsFromOldContent();
-    void newFileHasNoTemporary();
-    void readingUsesNoTemporary();
-    void discardKeepsOldFile();
-    void discardOfNewFileRemovesIt();
+    void discard_data();
+    void discard();
     void failedOpenTouchesNothing();
     void heldTargetAsksEveryTenAttempts();
     void heldTargetNoKeepsOldFile();
     void renameRefusedNoKeepsTemporary();
     void discardRefusedNoKeepsTemporary();
     void realRefusalRecoversAfterYes();
-    void headlessWithoutAnswererGivesUp();
 
 private:
     QStringList filesInRoot() const { return QDir(m_root).entryList(QDir::Files, QDir::Name); }
@@ -110,7 +106,7 @@ private:
 void FileTest::init()
 {
     m_root = m_dir.path() + QLatin1Char('/') + QString::fromLatin1(QTest::currentTestFunction())
-             + QLatin1Char('/');
+             + QLatin1Char('/') + QString::fromLatin1(QTest::currentDataTag()) + QLatin1Char('/');
     QVERIFY(QDir().mkpath(m_root));
     m_name = m_root + QStringLiteral("a.def");
 }
@@ -160,48 +156,36 @@ void FileTest::readWriteStartsFromOldContent()
     QCOMPARE(readFile(m_name), QByteArray("01ab456789"));
 }
 
-void FileTest::newFileHasNoTemporary()
+void FileTest::discard_data()
 {
-    File file(m_name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(!file.isReplacing());
-    QCOMPARE(file.fileName(), m_name);
+    QTest::addColumn<bool>("existing");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<bool>("replacing");
+    QTest::newRow("replacing a file") << true << int(QIODevice::WriteOnly) << true;
+    // A new file is written under its own name, and discarding it removes it.
+    QTest::newRow("new file") << false << int(QIODevice::WriteOnly) << false;
+    // A device that only read must never take the user's file with it.
+    QTest::newRow("reading") << true << int(QIODevice::ReadOnly) << false;
 }
 
-void FileTest::readingUsesNoTemporary()
+void FileTest::discard()
 {
-    QVERIFY(writeFile(m_name, "data"));
+    QFETCH(bool, existing);
+    QFETCH(int, mode);
+    QFETCH(bool, replacing);
+    if (existing)
+        QVERIFY(writeFile(m_name, "keep me"));
     {
         File file(m_name);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(!file.isReplacing());
-        QCOMPARE(file.readAll(), QByteArray("data"));
-        // Discarding a device that only read must leave the file alone.
+        QVERIFY(file.open(QIODevice::OpenMode(mode)));
+        QCOMPARE(file.isReplacing(), replacing);
+        if (mode & QIODevice::WriteOnly)
+            file.write("unwanted");
         file.discard();
     }
-    QCOMPARE(readFile(m_name), QByteArray("data"));
-}
-
-void FileTest::discardKeepsOldFile()
-{
-    QVERIFY(writeFile(m_name, "keep me"));
-    FileSystemArchive &archive = FileSystemArchive::instance();
-    QIODevice *device = archive.openFile(m_name, QIODevice::WriteOnly);
-    QVERIFY(device);
-    device->write("unwanted");
-    archive.discardFile(device);
-    QCOMPARE(readFile(m_name), QByteArray("keep me"));
-    QCOMPARE(filesInRoot(), QStringList({"a.def"}));
-}
-
-void FileTest::discardOfNewFileRemovesIt()
-{
-    FileSystemArchive &archive = FileSystemArchive::instance();
-    QIODevice *device = archive.openFile(m_name, QIODevice::WriteOnly);
-    QVERIFY(device);
-    device->write("never mind");
-    archive.discardFile(device);
-    QVERIFY(filesInRoot().isEmpty());
+    QCOMPARE(filesInRoot(), existing ? QStringList({"a.def"}) : QStringList());
+    if (existing)
+        QCOMPARE(readFile(m_name), QByteArray("keep me"));
 }
 
 void FileTest::failedOpenTouchesNothing()
@@ -256,11 +240,9 @@ void FileTest::heldTargetNoKeepsOldFile()
     OperationsScope scope(&disk);
     ScriptedAnswerer user({QMessageBox::No});
     {
-        FileSystemArchive &archive = FileSystemArchive::instance();
-        QIODevice *device = archive.openFile(m_name, QIODevice::WriteOnly);
-        QVERIFY(device);
-        device->write("the new file");
-        archive.closeFile(device);
+        File file(m_name);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("the new file");
     }
     QCOMPARE(user.prompts().size(), 1);
     QCOMPARE(disk.removeAttempts, 10);
@@ -337,26 +319,6 @@ void FileTest::realRefusalRecoversAfterYes()
     setAnswerer(previous);
     QCOMPARE(questions, 1);
     QCOMPARE(readFile(m_name), QByteArray("saved after all"));
-    QCOMPARE(filesInRoot(), QStringList({"a.def"}));
-}
-
-void FileTest::headlessWithoutAnswererGivesUp()
-{
-    // No answerer and no widgets: the prompt goes to the warning stream and gets "No",
-    // so nothing loops for ever and the old file stays.
-    QVERIFY(writeFile(m_name, "old"));
-    HeldFile disk;
-    disk.held = m_name;
-    disk.refuseRemoveOf = -1;
-    OperationsScope scope(&disk);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^File error!: ")));
-    {
-        File file(m_name);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("new");
-    }
-    QCOMPARE(disk.removeAttempts, 10);
-    QCOMPARE(readFile(m_name), QByteArray("old"));
     QCOMPARE(filesInRoot(), QStringList({"a.def"}));
 }
 

@@ -102,11 +102,11 @@ const int Timeout = 10000; // the polling fallback of the watcher is slow
 
 } // namespace
 
-// Exactly `count` questions, also after a pause for notifications the system split in two.
+// Exactly `count` questions, also once every notification of the changes so far is in.
 #define EXPECT_PROMPTS(user, count)                                                   \
     do {                                                                              \
         QTRY_COMPARE_WITH_TIMEOUT((user).prompts().size(), count, Timeout);           \
-        QTest::qWait(200);                                                            \
+        settle();                                                                     \
         QCOMPARE((user).prompts().size(), count);                                     \
     } while (false)
 
@@ -138,15 +138,29 @@ private slots:
     void lastObjectGoesDuringQuestion();
 
 private:
-    // Waits until the watcher has reported a change made by `change`, and then a little
-    // longer, so that notifications the system split in two have arrived as well.
+    // Returns once the watcher has reported a change to a file of its own, made after
+    // everything before. The system reports changes in the order they happened, so every
+    // notification of an earlier change has been handled by then.
+    void settle()
+    {
+        const QString sentinel = m_dir.filePath(QStringLiteral("sentinel.txt"));
+        writeFile(sentinel, "before");
+        Document watching;
+        watching.load(sentinel);
+        const int before = notifications(sentinel);
+        writeFile(sentinel, "after");
+        watching.load(sentinel); // read as it now stands: its notification asks nothing
+        QTRY_VERIFY_WITH_TIMEOUT(notifications(sentinel) > before, Timeout);
+    }
+
+    // Makes `change` and returns once the watcher has reported it.
     template<typename Change>
     void changeAndSettle(const QString &path, Change change)
     {
         const int before = notifications(path);
         change();
-        QTRY_VERIFY_WITH_TIMEOUT(notifications(path) > before, Timeout);
-        QTest::qWait(200);
+        settle();
+        QVERIFY(notifications(path) > before);
     }
 
     QTemporaryDir m_dir;
@@ -308,10 +322,11 @@ void FileWatcherTest::lateNewsAsksOnlyWhoHasNotReadIt()
     QCOMPARE(b.contents, QByteArray("changed outside, longer than before"));
 
     // When every instance has read it, nobody is asked.
-    writeFile(m_path, "once more");
-    a.load(m_path);
-    b.load(m_path);
-    QTest::qWait(400);
+    changeAndSettle(m_path, [&] {
+        writeFile(m_path, "once more");
+        a.load(m_path);
+        b.load(m_path);
+    });
     QCOMPARE(user.prompts().size(), 1);
 }
 
@@ -392,7 +407,7 @@ void FileWatcherTest::changesDuringQuestion()
         });
         writeFile(m_path, "first change");
         QTRY_COMPARE_WITH_TIMEOUT(asked, 1, Timeout);
-        QTest::qWait(200);
+        settle();
     }
     QCOMPARE(asked, 1);
     QVERIFY(secondChangeSeen);

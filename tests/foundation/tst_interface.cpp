@@ -54,7 +54,6 @@ class InterfaceTest : public QObject
     Q_OBJECT
 
 private slots:
-    void globalInterface();
     void scaleToDPI();
     void actionControl();
     void itemsDialog();
@@ -65,19 +64,6 @@ private slots:
     void openFileNamesSorted();
     void saveAndDirectoryDialogs();
 };
-
-void InterfaceTest::globalInterface()
-{
-    QVERIFY(!Interface::instance());
-    {
-        TestInterface host;
-        QCOMPARE(Interface::instance(), &host);
-        QCOMPARE(setGlobalInterface(nullptr), nullptr);
-        QVERIFY(!Interface::instance());
-        QCOMPARE(setGlobalInterface(&host), &host);
-    }
-    QVERIFY(!Interface::instance());
-}
 
 void InterfaceTest::scaleToDPI()
 {
@@ -116,23 +102,18 @@ void InterfaceTest::itemsDialog()
         model.setItem(row, 1, new QStandardItem(QStringLiteral("anim %1").arg(row)));
     QScopedPointer<ItemsDialog> dialog(host.itemsDialog(nullptr, QStringLiteral("pal_save"),
                                                         QStringLiteral("Save palettes"), &model, 1));
-    QCOMPARE(dialog->objectName(), QStringLiteral("pal_save"));
-    QCOMPARE(dialog->windowTitle(), QStringLiteral("Save palettes"));
     QVERIFY(host.iconRequests.contains(QStringLiteral("pal_save")));
     QCOMPARE(dialog->count(), 4);
     QVERIFY(dialog->checkedRows().isEmpty());
     dialog->setChecked(2, true);
     dialog->setChecked(9, true); // out of range: ignored
     QCOMPARE(dialog->checkedRows(), QList<int>({2}));
-    dialog->invertSelection();
-    QCOMPARE(dialog->checkedRows(), QList<int>({0, 1, 3}));
-    dialog->clearSelection();
-    QVERIFY(dialog->checkedRows().isEmpty());
     dialog->selectAll();
     QCOMPARE(dialog->checkedRows(), QList<int>({0, 1, 2, 3}));
+    dialog->clearSelection();
+    QVERIFY(dialog->checkedRows().isEmpty());
 
     // The buttons do the same, and accepting keeps the ticks.
-    dialog->clearSelection();
     dialog->setChecked(1, true);
     const auto buttons = dialog->findChildren<QPushButton *>();
     for (QPushButton *button : buttons) {

@@ -11,7 +11,7 @@ QStringList deleted;
 class Piece : public ProgressiveDeleter::Object
 {
 public:
-    explicit Piece(const QString &name) : m_name(name) {}
+    explicit Piece(const char *name) : m_name(QLatin1String(name)) {}
     ~Piece() override { deleted.append(m_name); }
 
 private:
@@ -21,12 +21,26 @@ private:
 class Model : public Ovra::Object
 {
 public:
-    explicit Model(const QString &name) : m_name(name) {}
+    explicit Model(const char *name) : m_name(QLatin1String(name)) {}
     void release() override { deleted.append(m_name + QStringLiteral(" released")); }
 
 private:
     QString m_name;
 };
+
+// Returns after the deleter's next tick, or after the moment it would have come. The
+// deleter ticks every 10 ms, so a timer of that interval started after one of its ticks
+// is due no earlier than its next one, and timers due together fire in the order they
+// were started.
+void waitOneTick()
+{
+    QTimer tick;
+    tick.setSingleShot(true);
+    tick.setTimerType(Qt::PreciseTimer);
+    QSignalSpy timedOut(&tick, &QTimer::timeout);
+    tick.start(10);
+    QVERIFY(timedOut.wait());
+}
 
 } // namespace
 
@@ -49,7 +63,7 @@ private slots:
 void ProgressiveDeleterTest::oneAtATimeInOrder()
 {
     for (const char *name : {"a", "b", "c"})
-        ProgressiveDeleter::enqueue(new Piece(QLatin1String(name)));
+        ProgressiveDeleter::enqueue(new Piece(name));
     QCOMPARE(ProgressiveDeleter::pending(), 3);
     QVERIFY(deleted.isEmpty()); // nothing goes before the event loop runs
     QTRY_COMPARE(ProgressiveDeleter::pending(), 0);
@@ -66,13 +80,11 @@ void ProgressiveDeleterTest::dependentGoesFirst_data()
 void ProgressiveDeleterTest::dependentGoesFirst()
 {
     QFETCH(bool, baseQueuedFirst);
-    auto *base = new Piece(QStringLiteral("base"));
-    auto *first = new Piece(QStringLiteral("first dependent"));
-    auto *second = new Piece(QStringLiteral("second dependent"));
+    auto *base = new Piece("base");
     if (baseQueuedFirst)
         ProgressiveDeleter::enqueue(base);
-    ProgressiveDeleter::enqueue(first, base);
-    ProgressiveDeleter::enqueue(second, base);
+    ProgressiveDeleter::enqueue(new Piece("first dependent"), base);
+    ProgressiveDeleter::enqueue(new Piece("second dependent"), base);
     if (!baseQueuedFirst)
         ProgressiveDeleter::enqueue(base);
     QTRY_COMPARE(ProgressiveDeleter::pending(), 0);
@@ -82,7 +94,7 @@ void ProgressiveDeleterTest::dependentGoesFirst()
 
 void ProgressiveDeleterTest::modelObjectsAreReleased()
 {
-    Model project(QStringLiteral("project")), image(QStringLiteral("image"));
+    Model project("project"), image("image");
     ProgressiveDeleter::Object *place = ProgressiveDeleter::enqueue(&project);
     ProgressiveDeleter::enqueue(&image, place);
     QTRY_COMPARE(ProgressiveDeleter::pending(), 0);
@@ -91,19 +103,19 @@ void ProgressiveDeleterTest::modelObjectsAreReleased()
 
 void ProgressiveDeleterTest::restartsAfterRunningDry()
 {
-    ProgressiveDeleter::enqueue(new Piece(QStringLiteral("early")));
+    ProgressiveDeleter::enqueue(new Piece("early"));
     QTRY_COMPARE(ProgressiveDeleter::pending(), 0);
-    QTest::qWait(30); // the timer has found the queue empty and stopped
-    ProgressiveDeleter::enqueue(new Piece(QStringLiteral("late")));
+    waitOneTick(); // the tick that finds the queue empty stops the timer
+    ProgressiveDeleter::enqueue(new Piece("late"));
     QTRY_COMPARE(deleted, QStringList({"early", "late"}));
 }
 
 void ProgressiveDeleterTest::deleteAllRespectsDependencies()
 {
-    auto *base = new Piece(QStringLiteral("base"));
+    auto *base = new Piece("base");
     ProgressiveDeleter::enqueue(base);
-    ProgressiveDeleter::enqueue(new Piece(QStringLiteral("x")), base);
-    ProgressiveDeleter::enqueue(new Piece(QStringLiteral("y")));
+    ProgressiveDeleter::enqueue(new Piece("x"), base);
+    ProgressiveDeleter::enqueue(new Piece("y"));
     ProgressiveDeleter::deleteAll();
     QCOMPARE(ProgressiveDeleter::pending(), 0);
     QCOMPARE(deleted, QStringList({"x", "y", "base"}));
@@ -111,19 +123,23 @@ void ProgressiveDeleterTest::deleteAllRespectsDependencies()
 
 void ProgressiveDeleterTest::cycleDoesNotHang()
 {
-    // A cycle can't be ordered. The timer gives up on it instead of spinning, and the
-    // end of the run frees both all the same.
-    auto *a = new Piece(QStringLiteral("a"));
-    auto *b = new Piece(QStringLiteral("b"));
+    // A cycle can't be ordered. The timer rests instead of spinning on it, and the end
+    // of the run frees both all the same.
+    auto *a = new Piece("a");
+    auto *b = new Piece("b");
     ProgressiveDeleter::enqueue(a, b);
     ProgressiveDeleter::enqueue(b, a);
-    ProgressiveDeleter::enqueue(new Piece(QStringLiteral("free")));
+    ProgressiveDeleter::enqueue(new Piece("free"));
     QTRY_COMPARE(deleted, QStringList({"free"}));
-    QTest::qWait(50);
+    waitOneTick();
+    QCOMPARE(ProgressiveDeleter::pending(), 2);
+    // A new object wakes the resting timer and goes past the cycle.
+    ProgressiveDeleter::enqueue(new Piece("late"));
+    QTRY_COMPARE(deleted, QStringList({"free", "late"}));
     QCOMPARE(ProgressiveDeleter::pending(), 2);
     ProgressiveDeleter::deleteAll();
     QCOMPARE(ProgressiveDeleter::pending(), 0);
-    QCOMPARE(deleted.size(), 3);
+    QCOMPARE(deleted.size(), 4);
 }
 
 QTEST_GUILESS_MAIN(ProgressiveDeleterTest)

@@ -19,6 +19,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
+
 using namespace Ovra;
 
 namespace {
@@ -72,43 +74,56 @@ public:
     Capabilities capabilities() const override { return {}; }
 };
 
-class CountingStats : public JobStats
+// Answers the watcher's reload questions, and tells when the watcher has caught up: the
+// system reports changes in the order they happen, so once a file of its own, changed by
+// another hand, has been asked about, every change before it has had its say.
+class WatchingUser
 {
 public:
-    uint maximum = 0;
-    uint value = 0;
-    void error(const QString &) override {}
-    void setMaximum(uint to) override { maximum = to; }
-    void setValue(uint to) override { value = to; }
-    void incrementValue() override { ++value; }
-    bool wasCancelled() override { return false; }
-};
-
-// A host that records who asks for an editor, and a progress display of plain jobs.
-class SavingHost : public TestInterface
-{
-public:
-    QList<QPair<ProjectFile *, int>> editorsAsked;
-    FileEditor *editorForFile(ProjectFile *file, int type) override
+    WatchingUser(const QString &sentinel, QMessageBox::StandardButton answer)
+        : m_sentinel(sentinel)
     {
-        editorsAsked.append({file, type});
-        return nullptr;
+        writeFile(sentinel, "0");
+        m_sentinel.fromFile(FileSystemArchive::instance(), sentinel, 0, nullptr);
+        m_previous = setAnswerer([this, answer](const Prompt &prompt) {
+            asked << prompt.text;
+            return answer;
+        });
     }
+    ~WatchingUser() { setAnswerer(m_previous); }
+
+    // Changes the sentinel and waits for its question, which is taken out of `asked`.
+    bool catchUp()
+    {
+        const auto aboutSentinel = [this](const QString &text) { return text.contains(m_sentinel.name); };
+        writeFile(m_sentinel.name, QByteArray::number(++m_changes));
+        const bool seen = QTest::qWaitFor([&] { return std::any_of(asked.cbegin(), asked.cend(), aboutSentinel); },
+                                          10000);
+        asked.erase(std::remove_if(asked.begin(), asked.end(), aboutSentinel), asked.end());
+        return seen;
+    }
+
+    QStringList asked; // the texts of the questions
+
+private:
+    WatchedFile m_sentinel;
+    Answerer m_previous;
+    int m_changes = 0;
 };
 
+// Progress as a job counts it; serves as the stats of one operation too.
 class RecordingJob : public Job
 {
 public:
     QString title;
     uint maximum = 0;
     uint value = 0;
-    bool asynchronous = false;
     void error(const QString &) override {}
     void setMaximum(uint to) override { maximum = to; }
     void setValue(uint to) override { value = to; }
     void incrementValue() override { ++value; }
     bool wasCancelled() override { return false; }
-    void setAsynchronous(bool on) override { asynchronous = on; }
+    void setAsynchronous(bool) override {}
 };
 
 class RecordingProgress : public ProgressProvider
@@ -123,6 +138,19 @@ public:
     }
 };
 
+// A host that records who asks for an editor.
+class SavingHost : public TestInterface
+{
+public:
+    QList<QPair<ProjectFile *, int>> editorsAsked;
+    FileEditor *editorForFile(ProjectFile *file, int type) override
+    {
+        editorsAsked.append({file, type});
+        return nullptr;
+    }
+};
+
+// An engine whose games are marked by a file of their own.
 class MarkEngine : public Engine
 {
 public:
@@ -135,12 +163,18 @@ public:
     ProjectFile *createFile(int, Project *) override { return nullptr; }
 };
 
-class CopyingWork : public RecordingParent
+// A parent with an engine that copies through the archive, an icon of its own for type 7,
+// and indexes in any column, as a view might keep one.
+class Work : public RecordingParent
 {
 public:
-    CopyingWork(const QString &root, Archive &archive, Engine *engine) : RecordingParent(root, archive), m_engine(engine) {}
+    Work(const QString &root, Archive &archive, Engine *engine = nullptr)
+        : RecordingParent(root, archive), m_engine(engine) {}
     Engine *engine() const override { return m_engine; }
+    QIcon fileIcon(int fileType) const override { return fileType == 7 ? own : QIcon(); }
+    QModelIndex cellAt(int row, int column, void *node) const { return createIndex(row, column, node); }
     QStringList copied;
+    QIcon own;
 
 protected:
     bool copyFile(const QString &relativeName, const QString &targetDirectory) override
@@ -152,22 +186,6 @@ protected:
 
 private:
     Engine *m_engine;
-};
-
-class ColumnWork : public RecordingParent
-{
-public:
-    using RecordingParent::RecordingParent;
-    // An index in another column than the model hands out, as a view might keep one.
-    QModelIndex cellAt(int row, int column, void *node) const { return createIndex(row, column, node); }
-};
-
-class IconWork : public RecordingParent
-{
-public:
-    using RecordingParent::RecordingParent;
-    QIcon own;
-    QIcon fileIcon(int fileType) const override { return fileType == 7 ? own : QIcon(); }
 };
 
 } // namespace
@@ -244,7 +262,7 @@ void ParentProjectTest::treeFollowsTheDisk()
 void ParentProjectTest::addAndRemovePaths()
 {
     MemoryArchive archive;
-    ColumnWork work(QStringLiteral("/work/"), archive);
+    Work work(QStringLiteral("/work/"), archive);
     QAbstractItemModelTester tester(&work, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(work.addPath(QString(), ParentProject::NoListing, {}), nullptr);
     QCOMPARE(work.addPath(QStringLiteral("/"), ParentProject::NoListing, {}), nullptr);
@@ -343,7 +361,7 @@ void ParentProjectTest::iconsAndRoles()
     QFETCH(QString, icon);
 
     MemoryArchive archive;
-    IconWork work(QStringLiteral("/work/"), archive);
+    Work work(QStringLiteral("/work/"), archive);
     auto *main = new TestFile(QStringLiteral("/work/x/x.def"));
     auto *project = new TestProject(&work, 0, main, true);
     project->listed = {{fileType, QStringLiteral("file.ext")}};
@@ -384,11 +402,7 @@ void ParentProjectTest::backupAndRestore()
 
     TestInterface host;
     setGlobalInterface(&host);
-    int questions = 0;
-    const Answerer before = setAnswerer([&](const Prompt &) {
-        ++questions;
-        return QMessageBox::No;
-    });
+    WatchingUser user(m_dir.filePath(QStringLiteral("sentinel-backup.txt")), QMessageBox::No);
     auto *work = new RecordingParent(root, FileSystemArchive::instance());
     QList<WatchedFile *> files;
     bool opened = true;
@@ -415,7 +429,7 @@ void ParentProjectTest::backupAndRestore()
     QVERIFY(opened);
     QCOMPARE(work->refCount(), 2u);
 
-    CountingStats stats;
+    RecordingJob stats;
     QVERIFY(work->backup(QStringLiteral("first"), &stats));
     QCOMPARE(stats.maximum, 2u);
     QCOMPARE(stats.value, 2u);
@@ -431,12 +445,13 @@ void ParentProjectTest::backupAndRestore()
     QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/hero.anim")));
     QVERIFY(QFile::remove(root + QStringLiteral("actors/hero/sprites/hero.spr")));
     QVERIFY(writeFile(root + QStringLiteral("actors/ryu/ryu.rules"), "[Stats]\nspeed = 1\n"));
-    QTest::qWait(300);
-    questions = 0;
+    QVERIFY(user.catchUp());
+    QCOMPARE(user.asked.size(), 2); // the two that changed; the deleted ones ask nothing
+    user.asked.clear();
     for (WatchedFile *file : qAsConst(files))
         file->loads = 0;
 
-    CountingStats restored;
+    RecordingJob restored;
     QVERIFY(work->restoreBackup(saved, &restored));
     for (auto it = original.cbegin(); it != original.cend(); ++it)
         QCOMPARE(readFile(root + it.key(), "<missing>"), it.value());
@@ -449,14 +464,13 @@ void ParentProjectTest::backupAndRestore()
     }
     QCOMPARE(files.first()->content, original.value(QStringLiteral("actors/hero/hero.def")));
     QCOMPARE(host.projectsRestoredCalls, 1);
-    // No question to reload comes from our own writes, now or a moment later.
-    QTest::qWait(300);
-    QCOMPARE(questions, 0);
+    // No question to reload comes from our own writes, however late their news.
+    QVERIFY(user.catchUp());
+    QCOMPARE(user.asked, QStringList());
 
     hero->release();
     ryu->release();
     delete work;
-    setAnswerer(before);
     setGlobalInterface(nullptr);
 }
 
@@ -469,7 +483,7 @@ void ParentProjectTest::restoreRefusesAReadOnlyArchive()
     auto *main = new WatchedFile(QStringLiteral("/work/x/x.def"));
     auto *project = new TestProject(&work, 0, main, true);
     project->addToParent();
-    CountingStats stats;
+    RecordingJob stats;
     QVERIFY(!work.restoreBackup(QStringLiteral("anything"), &stats));
     QCOMPARE(main->pauses, 0);
     QCOMPARE(main->loads, 0);
@@ -498,11 +512,7 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     const QByteArray states = "[Stats]\r\nspeed = 1000\r\n";
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.def"), definition));
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.rules"), states));
-    int questions = 0;
-    const Answerer before = setAnswerer([&](const Prompt &) {
-        ++questions;
-        return QMessageBox::Yes;
-    });
+    WatchingUser user(m_dir.filePath(QStringLiteral("sentinel-code.txt")), QMessageBox::Yes);
     RecordingParent work(root, FileSystemArchive::instance());
     auto *main = new TestDocument;
     auto *project = new TestProject(&work, 0, main, true);
@@ -522,8 +532,8 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     cursor.insertText(QStringLiteral("max"));
     QVERIFY(rules->toFile(FileSystemArchive::instance(), rules->fileName(), 0, nullptr));
     QVERIFY(QFile::remove(root + QStringLiteral("hero/hero.def")));
-    QTest::qWait(300);
-    questions = 0;
+    QVERIFY(user.catchUp());
+    user.asked.clear();
 
     QVERIFY(work.restoreBackup(saved, nullptr));
     QCOMPARE(readFile(root + QStringLiteral("hero/hero.def"), "<missing>"), definition);
@@ -532,10 +542,9 @@ void ParentProjectTest::restoreBringsBackCodeDocuments()
     QCOMPARE(rules->toString(), QStringLiteral("[Stats]\nspeed = 1000\n"));
     QCOMPARE(main->root()->childCount(), 2u);
     QVERIFY(!rules->isModified());
-    QTest::qWait(400);
-    QCOMPARE(questions, 0);
+    QVERIFY(user.catchUp());
+    QCOMPARE(user.asked, QStringList());
     project->release();
-    setAnswerer(before);
 }
 
 void ParentProjectTest::saveWritesWhatChanged()
@@ -585,7 +594,7 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.def"), "main"));
     QVERIFY(writeFile(root + QStringLiteral("hero/hero.rules"), "states"));
     MarkEngine engine;
-    CopyingWork work(root, FileSystemArchive::instance(), &engine);
+    Work work(root, FileSystemArchive::instance(), &engine);
     QVERIFY(!work.isGame());
     auto *main = new TestFile(root + QStringLiteral("hero/hero.def"), "main");
     auto *project = new TestProject(&work, 0, main, true);
@@ -608,10 +617,10 @@ void ParentProjectTest::saveAsOneProjectOrAGame()
     QVERIFY(writeFile(game + QStringLiteral("game.mark"), "mark"));
     QVERIFY(writeFile(game + QStringLiteral("actors/a.def"), "a"));
     QVERIFY(writeFile(game + QStringLiteral("actors/b.def"), "b"));
-    CopyingWork whole(game, FileSystemArchive::instance(), &engine);
+    Work whole(game, FileSystemArchive::instance(), &engine);
     QVERIFY(whole.isGame());
     whole.addPath(QStringLiteral("actors"), ParentProject::ListFiles, {});
-    CountingStats stats;
+    RecordingJob stats;
     const QString copy = m_dir.filePath(QStringLiteral("game2copy/"));
     QVERIFY(whole.saveAs(copy, &stats));
     QCOMPARE(whole.copied, QStringList({"actors/a.def", "actors/b.def"}));

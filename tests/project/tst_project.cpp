@@ -5,8 +5,8 @@
 #include "project/projectfile.h"
 
 #include "projecttestsupport.h"
+#include "testfiles.h"
 
-#include <QBuffer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -16,23 +16,6 @@
 using namespace Ovra;
 
 Q_DECLARE_METATYPE(const Ovra::ProjectFile *)
-
-namespace {
-
-QByteArray readFile(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-bool writeFile(const QString &name, const QByteArray &data)
-{
-    QDir().mkpath(QFileInfo(name).absolutePath());
-    QFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
-} // namespace
 
 class ProjectTest : public QObject
 {
@@ -394,7 +377,7 @@ void ProjectTest::saveAll()
     const QString target = out + QStringLiteral("/actors/hero/");
     for (const QString &line : qAsConst(expected)) {
         const QString name = line.section(QLatin1Char('='), 0, 0);
-        QCOMPARE(QString::fromUtf8(readFile(target + name)), line.section(QLatin1Char('='), 1));
+        QCOMPARE(QString::fromUtf8(readFile(target + name, "<missing>")), line.section(QLatin1Char('='), 1));
     }
     QStringList made;
     for (TestFile *file : {&main, &sprite, &sound, &animation}) {

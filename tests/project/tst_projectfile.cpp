@@ -44,7 +44,6 @@ private slots:
     void readOnlyAndExists();
     void optionLayers_data();
     void optionLayers();
-    void nullValueFallsThrough();
     void setOptionRouting_data();
     void setOptionRouting();
 };
@@ -173,25 +172,6 @@ void ProjectFileTest::optionLayers()
     QCOMPARE(holder.project->option(name, 7), projectExpected.isValid() ? projectExpected : QVariant(7));
 }
 
-void ProjectFileTest::nullValueFallsThrough()
-{
-    TestInterface host;
-    const QString name = QStringLiteral("wrap");
-    host.options.insert(name, QStringLiteral("host"));
-    Filed holder;
-    holder.project->setOption(name, QStringLiteral("project"));
-    holder.file.setOption(name, QStringLiteral("file"), false, false);
-    QCOMPARE(holder.file.option(name), QVariant(QStringLiteral("file")));
-
-    holder.file.setOption(name, QVariant(), false, false);
-    QCOMPARE(holder.file.option(name), QVariant(QStringLiteral("project")));
-    holder.project->setOption(name, QVariant());
-    QCOMPARE(holder.file.option(name), QVariant(QStringLiteral("host")));
-    QCOMPARE(host.options.value(name), QVariant(QStringLiteral("host"))); // not asked to go to the host
-    holder.project->setOption(name, QVariant(), true);
-    QVERIFY(!holder.file.option(name).isValid());
-}
-
 void ProjectFileTest::setOptionRouting_data()
 {
     QTest::addColumn<bool>("withProject");
@@ -219,9 +199,15 @@ void ProjectFileTest::setOptionRouting()
     QCOMPARE(file.option(name), QVariant(4));
     QCOMPARE(holder.project->option(name), forwarded ? QVariant(4) : QVariant());
     QCOMPARE(host.options.value(name), forwarded && toHost ? QVariant(4) : QVariant());
-    // Whatever went to the project was not kept by the file as well.
+    // Whatever went to the project was not kept by the file as well; a null value takes
+    // the option away from the host too.
     holder.project->setOption(name, QVariant(), true);
+    QVERIFY(!host.options.contains(name));
     QCOMPARE(file.option(name), forwarded ? QVariant() : QVariant(4));
+    // A null value of its own lets the file fall through again.
+    holder.project->setOption(name, 8);
+    file.setOption(name, QVariant(), false, false);
+    QCOMPARE(file.option(name), withProject ? QVariant(8) : QVariant());
 }
 
 QTEST_GUILESS_MAIN(ProjectFileTest)
