@@ -25,7 +25,8 @@ QDataStream &operator<<(QDataStream &out, const PcxHeader &header)
 }
 
 // The picture the header asks for, cleared, in `image`; false for a header whose size
-// the rest of the file can't fill (the image is then null) or that makes no picture.
+// the rest of the file can't fill (the image is then null) or that makes no picture of
+// its format (the image is then as it was).
 bool preparePicture(QImage &image, QIODevice *device, const PcxHeader &header, QImage::Format format)
 {
     const int width = int(header.xMax) - int(header.xMin) + 1;
@@ -43,7 +44,9 @@ bool preparePicture(QImage &image, QIODevice *device, const PcxHeader &header, Q
     }
     if (width > 0 && height > 0 && (image.width() != width || image.height() != height || image.format() != format))
         image = QImage(width, height, format);
-    if (image.isNull())
+    // A header without a size of its own decodes into the picture it was given; only one
+    // of the file's format can take its pixels (a true-colour file swaps four bytes a pixel).
+    if (image.isNull() || image.format() != format)
         return false;
     memset(image.bits(), 0, size_t(image.sizeInBytes()));
     return true;

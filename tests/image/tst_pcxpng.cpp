@@ -189,6 +189,10 @@ void PcxPngTest::refusedFiles_data()
     // file cut short, without the picture being made.
     QTest::addRow("huge") << pcxHeader(0, 0, 39999, 39999, 8, 1, 40000) + QByteArray(10, char(0xFF)) << true << true;
     QTest::addRow("empty width, no picture given") << pcxHeader(5, 0, 3, 0, 8, 1, 0) << false << true;
+    // No size of its own, and true colour: the indexed picture given can't take its
+    // pixels, which are swapped four bytes at a time (this wrote past every row).
+    QTest::addRow("no size, picture of another format")
+        << pcxHeader(0xF5F8, 0, 3, 1, 8, 3, 2) + QByteArray(24, 0x11) << true << false;
 }
 
 void PcxPngTest::refusedFiles()
@@ -198,8 +202,9 @@ void PcxPngTest::refusedFiles()
     QFETCH(bool, cleared);
     QImage image;
     if (given) {
-        image = QImage(2, 2, QImage::Format_ARGB32);
-        image.fill(qRgba(1, 2, 3, 4));
+        image = QImage(2, 2, QImage::Format_Indexed8);
+        image.setColorTable({qRgb(1, 2, 3), qRgb(4, 5, 6)});
+        image.fill(1);
     }
     const QImage before = image;
     QVERIFY(!load(file, image));
