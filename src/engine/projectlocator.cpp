@@ -5,7 +5,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 
 namespace Ovra {
@@ -59,14 +58,18 @@ QString ProjectLocator::projectFile(const QString &path, QString *error)
     }
     if (!info.isDir())
         return info.absoluteFilePath();
-    // A work: the project files in it and in its folders, no deeper.
+    // A work: the project files in it and in its folders, no deeper (a work's backups and
+    // sprite folders can be large; they are not walked).
     const QDir root(info.absoluteFilePath());
     QStringList found;
-    QDirIterator it(root.path(), QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString name = it.next();
-        if (root.relativeFilePath(name).count(QLatin1Char('/')) <= 1 && EngineExtension::forProjectFile(name))
-            found << name;
+    QStringList folders{root.path()};
+    for (const QFileInfo &folder : root.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks))
+        folders << folder.absoluteFilePath();
+    for (const QString &folder : qAsConst(folders)) {
+        for (const QFileInfo &file : QDir(folder).entryInfoList(QDir::Files)) {
+            if (EngineExtension::forProjectFile(file.absoluteFilePath()))
+                found << file.absoluteFilePath();
+        }
     }
     if (found.size() == 1)
         return found.first();
