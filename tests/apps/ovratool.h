@@ -19,6 +19,12 @@ inline QStringList lines(const QString &text)
     return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
+// A command line written as one string: "image scale in.png out.png --factor 2".
+inline QStringList words(const char *text)
+{
+    return QString::fromUtf8(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
 // Runs the tool in `directory` with the sample engine's plug-in (given before a "--",
 // which leaves the rest to a script). The engines keep their settings in
 // `directory`/config, apart from the user's.

@@ -88,49 +88,46 @@ void OvraRunTest::projectGlobal()
 
 void OvraRunTest::failures_data()
 {
-    QTest::addColumn<QByteArray>("code");
-    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("code"); // of test.lua; none: no such file
+    QTest::addColumn<QString>("arguments");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("message");
     QTest::addColumn<QString>("output");
 
-    const QStringList test{QStringLiteral("test.lua")};
-    QTest::newRow("syntax error") << QByteArray("print('before')\nlocal x = = 1\n") << test << 1
+    QTest::newRow("syntax error") << QByteArray("print('before')\nlocal x = = 1\n") << "test.lua" << 1
                                   << "ovra run: test.lua:2: unexpected symbol near '='\n" << "";
-    QTest::newRow("runtime error") << QByteArray("print('before')\n\nlocal t = nil\nprint(t.x)\n") << test << 1
+    QTest::newRow("runtime error") << QByteArray("print('before')\n\nlocal t = nil\nprint(t.x)\n") << "test.lua" << 1
                                    << "ovra run: test.lua:4: attempt to index a nil value (local 't')\n" << "before\n";
-    QTest::newRow("error()") << QByteArray("-- comment\nerror('stopped here')\n") << test << 1
+    QTest::newRow("error()") << QByteArray("-- comment\nerror('stopped here')\n") << "test.lua" << 1
                              << "ovra run: test.lua:2: stopped here\n" << "";
     // The binding's errors come with the line, without its "lua: error: " prefix.
-    QTest::newRow("binding error") << QByteArray("local a = 1\nImage(2, 2, 99)\n") << test << 1
+    QTest::newRow("binding error") << QByteArray("local a = 1\nImage(2, 2, 99)\n") << "test.lua" << 1
                                    << "ovra run: test.lua:2: Image: unsupported image format 99 (use Image.Format)\n" << "";
     QTest::newRow("wrong self") << QByteArray("local s = project:fileByType(Project.FileType.Sprites)\ns.at({}, 0)\n")
-                                << QStringList{QStringLiteral("test.lua"), QStringLiteral("work")} << 1
+                                << "test.lua work" << 1
                                 << "ovra run: test.lua:2: bad self to 'Sprites.at' (expected Sprites, got table)\n" << "";
-    QTest::newRow("shebang keeps lines") << QByteArray("#!/usr/bin/env ovra-run\nerror('x')\n") << test << 1
+    QTest::newRow("shebang keeps lines") << QByteArray("#!/usr/bin/env ovra-run\nerror('x')\n") << "test.lua" << 1
                                          << "ovra run: test.lua:2: x\n" << "";
-    QTest::newRow("missing script") << QByteArray() << QStringList{QStringLiteral("absent.lua")} << 3
-                                    << "ovra run: absent.lua: No such file or directory\n" << "";
-    QTest::newRow("missing project") << QByteArray("print(1)") << QStringList{QStringLiteral("test.lua"), QStringLiteral("nowhere")}
-                                     << 3 << "ovra run: nowhere: no such file or directory\n" << "";
-    QTest::newRow("no script") << QByteArray() << QStringList() << 2
+    QTest::newRow("missing script") << QByteArray() << "absent.lua" << 3 << "ovra run: absent.lua: No such file or directory\n" << "";
+    QTest::newRow("missing project") << QByteArray("print(1)") << "test.lua nowhere" << 3
+                                     << "ovra run: nowhere: no such file or directory\n" << "";
+    QTest::newRow("no script") << QByteArray() << "" << 2
                                << "ovra run: missing arguments: SCRIPT.lua [PROJECT] [-- ARGS]\nTry 'ovra run --help'.\n" << "";
-    QTest::newRow("too many") << QByteArray("print(1)")
-                              << QStringList{QStringLiteral("test.lua"), QStringLiteral("work"), QStringLiteral("x")} << 2
+    QTest::newRow("too many") << QByteArray("print(1)") << "test.lua work x" << 2
                               << "ovra run: too many arguments: 'x'\nTry 'ovra run --help'.\n" << "";
 }
 
 void OvraRunTest::failures()
 {
     QFETCH(QByteArray, code);
-    QFETCH(QStringList, arguments);
+    QFETCH(QString, arguments);
     QFETCH(int, exitCode);
     QFETCH(QString, message);
     QFETCH(QString, output);
     if (!code.isEmpty())
         QVERIFY(writeFile(path(QStringLiteral("test.lua")), code));
     const QMap<QString, QByteArray> before = snapshot(path(QStringLiteral("work")));
-    const ToolRun run = ovra(arguments);
+    const ToolRun run = ovra(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
     QCOMPARE(run.code, exitCode);
     QCOMPARE(run.err, message);
     QCOMPARE(run.out, output);
@@ -139,7 +136,7 @@ void OvraRunTest::failures()
 
 void OvraRunTest::examples_data()
 {
-    QTest::addColumn<QStringList>("arguments"); // the example script, and its own after "--"
+    QTest::addColumn<QString>("arguments"); // the example script, and its own arguments
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("out");
     QTest::addColumn<QString>("err");
@@ -147,21 +144,18 @@ void OvraRunTest::examples_data()
     QTest::addColumn<QByteArray>("check");
     QTest::addColumn<QString>("checked");
 
-    const auto row = [](const char *name, const QStringList &arguments, int code, const QString &out, const QString &err,
+    const auto row = [](const char *name, const char *arguments, int code, const QString &out, const QString &err,
                         const QByteArray &check = QByteArray(), const QString &checked = QString()) {
-        QTest::newRow(name) << arguments << code << out << err << check << checked;
+        QTest::newRow(name) << QString::fromLatin1(arguments) << code << out << err << check << checked;
     };
     const QString none;
-    const QString boxreport = QStringLiteral("boxreport.lua");
-    const QString movegroup = QStringLiteral("movegroup.lua");
-    const QString applypalette = QStringLiteral("applypalette.lua");
-    row("box report", {boxreport}, 0,
+    row("box report", "boxreport.lua", 0,
         QStringLiteral("1000 \"Spark\": frames 1, 2, 3, 4 of 4 without boxes\n"
                        "1020 \"Fireball, mirrored\": frames 1, 2, 3, 4 of 4 without boxes\n"
                        "2 of 8 animations have frames without boxes\n"),
         none);
     // The punch's third frame is the only one that hits.
-    row("box report of attacks", {boxreport, QStringLiteral("attack")}, 0,
+    row("box report of attacks", "boxreport.lua attack", 0,
         QStringLiteral("0 \"Idle\": frames 1, 2, 3, 4 of 4 without attack boxes\n"
                        "10 \"Walk\": frames 1, 2, 3, 4, 5, 6 of 6 without attack boxes\n"
                        "200 \"Punch\": frames 1, 2, 4 of 4 without attack boxes\n"
@@ -171,18 +165,18 @@ void OvraRunTest::examples_data()
                        "1020 \"Fireball, mirrored\": frames 1, 2, 3, 4 of 4 without attack boxes\n"
                        "7 of 8 animations have frames without attack boxes\n"),
         none);
-    row("box report of nothing known", {boxreport, QStringLiteral("x")}, 1, none,
+    row("box report of nothing known", "boxreport.lua x", 1, none,
         QStringLiteral("ovra run: KIND is any, body or attack, not 'x'\n"));
     // Group 10 has sprites 0 to 5, and 200 brings 0 to 3.
-    row("move onto taken sprites", {movegroup, QStringLiteral("200"), QStringLiteral("10")}, 1, none,
+    row("move onto taken sprites", "movegroup.lua 200 10", 1, none,
         QStringLiteral("ovra run: sprite 10,0 exists already; nothing moved\n"));
-    row("move without a target", {movegroup, QStringLiteral("x")}, 1, none,
+    row("move without a target", "movegroup.lua x", 1, none,
         QStringLiteral("ovra run: usage: ovra run movegroup.lua PROJECT -- FROM TO\n"));
-    row("palette that isn't there", {applypalette, QStringLiteral("99,99"), QStringLiteral("40")}, 1, none,
+    row("palette that isn't there", "applypalette.lua 99,99 40", 1, none,
         QStringLiteral("ovra run: the project has no palette 99,99\n"));
     // A picture's table, a red ramp, as a new palette of the group 0's sprites; the sparks
     // of group 1000 are true-colour and keep none.
-    row("palette of a picture", {applypalette, QStringLiteral("red.png"), QStringLiteral("0"), QStringLiteral("1000")}, 0,
+    row("palette of a picture", "applypalette.lua red.png 0 1000", 0,
         QStringLiteral("palette 2,0 on 4 sprites; 4 true-colour sprites left as they were\n"), none,
         "local s = project:fileByType(Project.FileType.Sprites):asSprites()\n"
         "local p = s:findSprite(0, 2).palette\n"
@@ -192,7 +186,7 @@ void OvraRunTest::examples_data()
         "print(s:findSprite(1000, 0).palette)\n",
         QStringLiteral("200\t0\ttrue\ntrue\nnil\n"));
     // Every sprite of the knight shows palette 0,0; 1,2 is a team's colours.
-    row("palette by its identifier", {applypalette, QStringLiteral("1,2"), QStringLiteral("40")}, 0,
+    row("palette by its identifier", "applypalette.lua 1,2 40", 0,
         QStringLiteral("palette 1,2 on 4 sprites; 0 true-colour sprites left as they were\n"), none,
         "local s = project:fileByType(Project.FileType.Sprites):asSprites()\n"
         "print(s:findSprite(40, 3).palette == s:findPalette(1, 2), s:findSprite(10, 0).palette == s:findPalette(0, 0))\n",
@@ -201,7 +195,7 @@ void OvraRunTest::examples_data()
 
 void OvraRunTest::examples()
 {
-    QFETCH(QStringList, arguments);
+    QFETCH(QString, arguments);
     QFETCH(int, code);
     QFETCH(QString, out);
     QFETCH(QString, err);
@@ -217,11 +211,9 @@ void OvraRunTest::examples()
     QVERIFY(picture.save(path(QStringLiteral("red.png"))));
 
     const QMap<QString, QByteArray> before = snapshot(path(QStringLiteral("work")));
-    arguments.first() = exampleScript(arguments.first());
-    arguments.insert(1, QStringLiteral("work"));
-    if (arguments.size() > 2)
-        arguments.insert(2, QStringLiteral("--"));
-    const ToolRun run = ovra(arguments);
+    QStringList scriptArguments = arguments.split(QLatin1Char(' '));
+    const QString example = exampleScript(scriptArguments.takeFirst());
+    const ToolRun run = ovra(QStringList{example, QStringLiteral("work"), QStringLiteral("--")} + scriptArguments);
     QCOMPARE(run.err, err);
     QCOMPARE(run.out, out);
     QCOMPARE(run.code, code);
@@ -239,8 +231,7 @@ void OvraRunTest::moveGroup()
     const QString animationFile = path(QStringLiteral("work/knight/knight.oan"));
     const QByteArray before = readFile(animationFile);
     QVERIFY(before.contains("frame (200, 2) delay=6"));
-    ToolRun run = ovra({exampleScript(QStringLiteral("movegroup.lua")), QStringLiteral("work"), QStringLiteral("--"),
-                        QStringLiteral("200"), QStringLiteral("210")});
+    ToolRun run = ovra(QStringList{exampleScript(QStringLiteral("movegroup.lua"))} << words("work -- 200 210"));
     QCOMPARE(run.err, QString());
     QCOMPARE(run.code, 0);
     QCOMPARE(run.out, QStringLiteral("moved 4 sprites from group 200 to group 210; 4 frames follow them\n"));
