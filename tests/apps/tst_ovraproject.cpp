@@ -14,24 +14,24 @@ namespace {
 
 // A definition file with an unknown line, an unclosed header and a key its group
 // doesn't have.
-const QByteArray brokenDefinitions("# The knight, broken on purpose.\n@version 1\n\n[Character: knight]\n"
-                                   "    life = 1000\n%%% not a line\n    power = 3000\n[Move: punch\n    damage = 40\n");
+const char brokenDefinitions[] = "# The knight, broken on purpose.\n@version 1\n\n[Character: knight]\n"
+                                 "    life = 1000\n%%% not a line\n    power = 3000\n[Move: punch\n    damage = 40\n";
 
 enum Damage { Intact, BrokenDefinitions, AnimationsTail, ContainerCutShort };
 
-const QString intactInfo = QStringLiteral("Knight 1.0 (work/knight/knight.ovp)\nFiles:\n"
-                                          "  Sample projects:     knight.ovp\n"
-                                          "  Sprite containers:   knight.osp\n"
-                                          "  Sound banks:         knight.sbk\n"
-                                          "  Animations:          knight.oan\n"
-                                          "  Scripts:             knight.lua\n"
-                                          "  Definitions:         knight.def\n"
-                                          "Sprites:    30\nPalettes:   3\nAnimations: 8 (32 frames)\nSounds:     5\n"
-                                          "Messages:   0 errors, 0 warnings, 0 notes\n");
+const char intactInfo[] = "Knight 1.0 (work/knight/knight.ovp)\nFiles:\n"
+                          "  Sample projects:     knight.ovp\n"
+                          "  Sprite containers:   knight.osp\n"
+                          "  Sound banks:         knight.sbk\n"
+                          "  Animations:          knight.oan\n"
+                          "  Scripts:             knight.lua\n"
+                          "  Definitions:         knight.def\n"
+                          "Sprites:    30\nPalettes:   3\nAnimations: 8 (32 frames)\nSounds:     5\n"
+                          "Messages:   0 errors, 0 warnings, 0 notes\n";
 
 // The project file's line that lists the container.
-const QString cutShort = QStringLiteral("work/knight/knight.ovp:12:1: error: The file 'knight.osp' can't be read: "
-                                        "The sprite container is cut short.");
+const char cutShort[] = "work/knight/knight.ovp:12:1: error: The file 'knight.osp' can't be read: "
+                        "The sprite container is cut short.\n";
 
 } // namespace
 
@@ -93,11 +93,11 @@ void OvraProjectTest::inspect_data()
     QTest::addColumn<QString>("out");
     QTest::addColumn<QString>("err");
 
-    QString damaged = intactInfo;
+    QString damaged = QString::fromLatin1(intactInfo);
     damaged.replace(QLatin1String("  Sprite containers:   knight.osp\n"), QString())
         .replace(QLatin1String("Sprites:    30\nPalettes:   3"), QLatin1String("Sprites:    0\nPalettes:   0"))
-        .replace(QLatin1String("0 errors, 0 warnings, 0 notes\n"), QLatin1String("1 error, 0 warnings, 0 notes\n  ") + cutShort + '\n');
-    QTest::newRow("info") << Intact << "info work" << 0 << intactInfo << QString();
+        .replace(QLatin1String("0 errors, 0 warnings, 0 notes\n"), QLatin1String("1 error, 0 warnings, 0 notes\n  ") + QLatin1String(cutShort));
+    QTest::newRow("info") << Intact << "info work" << 0 << QString::fromLatin1(intactInfo) << QString();
     QTest::newRow("info, container cut short") << ContainerCutShort << "info work" << 0 << damaged << QString();
 
     const QString files = QStringLiteral("\"files\":[{\"path\":\"knight.ovp\",\"type\":0,\"typeName\":\"Sample projects\"},"
@@ -141,7 +141,7 @@ void OvraProjectTest::inspect_data()
         << BrokenDefinitions << "check ./work/knight/knight.def work/knight/knight.oan -q" << 1
         << broken(QStringLiteral("./work/knight/knight.def")) << QString();
     // The load's messages count for check too.
-    QTest::newRow("check, container cut short") << ContainerCutShort << "check work" << 1 << cutShort + '\n'
+    QTest::newRow("check, container cut short") << ContainerCutShort << "check work" << 1 << QString::fromLatin1(cutShort)
                                                 << QStringLiteral("1 error, 0 warnings in 4 files\n");
     const int lastLine = lines(QString::fromUtf8(readFile(QStringLiteral(OVRA_EXAMPLES_DIR "/sample/knight/knight.oan")))).size() + 1;
     QTest::newRow("check, json") << AnimationsTail << "check --json work" << 1
