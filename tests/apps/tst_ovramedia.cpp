@@ -4,21 +4,22 @@
 #include "engine/extensionmanager.h"
 #include "image/gifimage.h"
 #include "image/imagecodecs.h"
+#include "image/imagescaling.h"
 #include "image/paletteobject.h"
 #include "image/sprite.h"
+#include "ovratool.h"
 #include "project/project.h"
 #include "sound/soundcodecs.h"
-#include "testfiles.h"
 #include "testsounds.h"
 
 #include <QBuffer>
-#include <QDirIterator>
 #include <QImageReader>
-#include <QProcess>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <algorithm>
 #include <memory>
 
 using namespace Ovra;
@@ -31,24 +32,20 @@ struct ProjectCloser
 };
 using ProjectPointer = std::unique_ptr<Project, ProjectCloser>;
 
-// The example work copied to `target`.
-bool copyWork(const QString &target)
+ProjectPointer openProject(const QString &work, QString *error)
 {
-    return copyTree(QStringLiteral(OVRA_EXAMPLES_DIR "/sample"), target);
+    const QString file = work + QStringLiteral("/knight/knight.ovp");
+    EngineExtension *engine = EngineExtension::forProjectFile(file);
+    if (!engine) {
+        *error = QStringLiteral("no engine");
+        return nullptr;
+    }
+    return ProjectPointer(engine->openProject(file, error));
 }
 
-struct Run
+Sprites *spritesOf(Project *project)
 {
-    int code = -1;
-    QString out;
-    QString err;
-};
-
-// Whether a line of the text starts so (Qt may warn on stderr before the tool speaks).
-bool hasLine(const QString &text, const QString &start)
-{
-    const QStringList lines = text.split(QLatin1Char('\n'));
-    return std::any_of(lines.begin(), lines.end(), [&](const QString &line) { return line.startsWith(start); });
+    return project ? dynamic_cast<Sprites *>(project->file(Project::Sprites)) : nullptr;
 }
 
 // 256 colours that tell every entry apart.
@@ -68,32 +65,25 @@ QByteArray paletteBytes(const char *format)
     return palette.toFile(&buffer, format) ? buffer.data() : QByteArray();
 }
 
-// A RIFF palette of the test colours: version 3, 256 entries of red, green, blue, flags.
-QByteArray riffPalette()
-{
-    RGBA table[256];
-    testTable(table);
-    QByteArray data;
-    QDataStream out(&data, QIODevice::WriteOnly);
-    out.setByteOrder(QDataStream::LittleEndian);
-    out.writeRawData("RIFF", 4);
-    out << quint32(4 + 8 + 4 + 1024);
-    out.writeRawData("PAL data", 8);
-    out << quint32(4 + 1024) << quint16(0x0300) << quint16(256);
-    for (const RGBA &entry : table)
-        out << entry.red << entry.green << entry.blue << quint8(0);
-    return data;
-}
-
+// The test colours as a JASC text palette, one of the two kinds of .pal file.
 QByteArray jascPalette()
 {
     RGBA table[256];
     testTable(table);
     QByteArray text("JASC-PAL\r\n0100\r\n256\r\n");
     for (const RGBA &entry : table)
-        text += QByteArray::number(entry.red) + ' ' + QByteArray::number(entry.green) + ' '
-                + QByteArray::number(entry.blue) + "\r\n";
+        text += QByteArray::number(entry.red) + ' ' + QByteArray::number(entry.green) + ' ' + QByteArray::number(entry.blue) + "\r\n";
     return text;
+}
+
+// The few colours of the test pictures, in an indexed picture's table.
+QImage indexedOrNot(const QImage &picture, QImage::Format format)
+{
+    if (format != QImage::Format_Indexed8)
+        return picture;
+    const QVector<QRgb> table{qRgba(0, 0, 0, 0), qRgba(40, 40, 40, 255), qRgba(255, 0, 0, 255), qRgba(0, 255, 0, 255),
+                              qRgba(0, 0, 255, 255)};
+    return picture.convertToFormat(QImage::Format_Indexed8, table, Qt::ThresholdDither);
 }
 
 // A picture with a distinct colour in each corner, so that turns can be told apart.
@@ -104,12 +94,20 @@ QImage cornerPicture(QImage::Format format)
     picture.setPixel(0, 0, qRgba(255, 0, 0, 255));
     picture.setPixel(19, 0, qRgba(0, 255, 0, 255));
     picture.setPixel(0, 9, qRgba(0, 0, 255, 255));
-    if (format == QImage::Format_Indexed8) {
-        QVector<QRgb> table{qRgba(0, 0, 0, 0), qRgba(40, 40, 40, 255), qRgba(255, 0, 0, 255),
-                            qRgba(0, 255, 0, 255), qRgba(0, 0, 255, 255)};
-        return picture.convertToFormat(QImage::Format_Indexed8, table, Qt::ThresholdDither);
+    return indexedOrNot(picture, format);
+}
+
+// Diagonal lines, which each scaling filter draws in its own way.
+QImage diagonalPicture(QImage::Format format)
+{
+    QImage picture(20, 10, QImage::Format_ARGB32);
+    picture.fill(qRgba(40, 40, 40, 255));
+    for (int i = 0; i < 10; ++i) {
+        picture.setPixel(i, i, qRgba(255, 0, 0, 255));
+        picture.setPixel(i + 6, i, qRgba(0, 255, 0, 255));
+        picture.setPixel(19 - i, i, qRgba(0, 0, 255, 255));
     }
-    return picture;
+    return indexedOrNot(picture, format);
 }
 
 QImage loadPicture(const QString &fileName, const char *format)
@@ -121,6 +119,12 @@ QImage loadPicture(const QString &fileName, const char *format)
     return image;
 }
 
+bool saveWav(const QString &fileName, const SoundSample &sample)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::WriteOnly) && soundToWAV(sample, &file);
+}
+
 SoundSample loadSoundFile(const QString &fileName, const char *format)
 {
     QFile file(fileName);
@@ -128,6 +132,11 @@ SoundSample loadSoundFile(const QString &fileName, const char *format)
     if (file.open(QIODevice::ReadOnly))
         loadSound(&file, format, sample);
     return sample;
+}
+
+QJsonObject jsonOf(const ToolRun &run)
+{
+    return QJsonDocument::fromJson(run.out.toUtf8()).object();
 }
 
 } // namespace
@@ -141,19 +150,15 @@ private slots:
     void cleanupTestCase();
     void gif_data();
     void gif();
-    void gifFailures_data();
-    void gifFailures();
     void spritesExport_data();
     void spritesExport();
-    void spritesExportPicturesEqualSprites();
     void spritesImport();
-    void spritesImportRefuses_data();
-    void spritesImportRefuses();
     void paletteConvert_data();
     void paletteConvert();
     void paletteRoundTrip();
     void imageScale_data();
     void imageScale();
+    void imageRotate_data();
     void imageRotate();
     void soundConvertKeepsSamples_data();
     void soundConvertKeepsSamples();
@@ -163,56 +168,26 @@ private slots:
     void failures();
 
 private:
-    Run run(const QStringList &arguments) const;
+    // Runs the tool in the test's directory, where the files are named as given.
+    ToolRun run(const QStringList &arguments) const { return runOvra(m_dir.path(), arguments); }
+    ToolRun run(const char *arguments) const { return run(words(arguments)); }
     QString path(const QString &name) const { return m_dir.filePath(name); }
-    ProjectPointer openProject(const QString &work, QString *error);
-    // A fresh copy of the example work under `name`, its project file's path.
-    QString freshWork(const QString &name);
 
     QTemporaryDir m_dir;
     std::unique_ptr<ExtensionManager> m_manager;
-    QString m_work;
 };
-
-Run OvraMediaTest::run(const QStringList &arguments) const
-{
-    QProcess process;
-    process.setWorkingDirectory(m_dir.path());
-    process.start(QStringLiteral(OVRA_TOOL), arguments + QStringList{QStringLiteral("--plugins"), QStringLiteral(OVRA_PLUGIN_DIR)});
-    Run result;
-    if (!process.waitForFinished(120000))
-        return result;
-    result.code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-    result.out = QString::fromUtf8(process.readAllStandardOutput());
-    result.err = QString::fromUtf8(process.readAllStandardError());
-    return result;
-}
-
-ProjectPointer OvraMediaTest::openProject(const QString &work, QString *error)
-{
-    const QString file = work + QStringLiteral("/knight/knight.ovp");
-    EngineExtension *engine = EngineExtension::forProjectFile(file);
-    if (!engine) {
-        *error = QStringLiteral("no engine");
-        return nullptr;
-    }
-    return ProjectPointer(engine->openProject(file, error));
-}
-
-QString OvraMediaTest::freshWork(const QString &name)
-{
-    const QString work = path(name);
-    return copyWork(work) ? work : QString();
-}
 
 void OvraMediaTest::initTestCase()
 {
     QVERIFY(m_dir.isValid());
     m_manager = std::make_unique<ExtensionManager>(QStringLiteral(OVRA_PLUGIN_DIR));
-    m_work = freshWork(QStringLiteral("work"));
-    QVERIFY(!m_work.isEmpty());
-    // The test sound device: nothing reaches a speaker, the clock runs all the same.
-    qputenv("ALSOFT_DRIVERS", "null");
+    QVERIFY(copyWork(path(QStringLiteral("work"))));
+    // A work whose walk shows a sprite that isn't there.
+    const QString animations = path(QStringLiteral("broken/knight/knight.oan"));
+    QVERIFY(copyWork(path(QStringLiteral("broken"))));
+    const QByteArray text = readFile(animations);
+    QVERIFY(text.contains("frame (10, 3)"));
+    QVERIFY(writeFile(animations, QByteArray(text).replace("frame (10, 3)", "frame (10, 99)")));
 }
 
 void OvraMediaTest::cleanupTestCase()
@@ -222,41 +197,36 @@ void OvraMediaTest::cleanupTestCase()
 
 void OvraMediaTest::gif_data()
 {
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<QString>("animation");
+    QTest::addColumn<QString>("arguments");
     QTest::addColumn<int>("frames");
-    QTest::addColumn<int>("loops");     // QImageReader: -1 for ever, 0 once
-    QTest::addColumn<int>("delay");     // of the first frame, milliseconds
+    QTest::addColumn<int>("loops"); // QImageReader: -1 for ever, 0 once
+    QTest::addColumn<int>("delay"); // of the first frame, milliseconds
     QTest::addColumn<int>("sizeFactor");
 
-    QTest::newRow("walk") << QStringList() << "10" << 6 << -1 << 100 << 1;
-    QTest::newRow("walk by row") << QStringList() << "#1" << 6 << -1 << 100 << 1;
-    QTest::newRow("scaled") << QStringList{QStringLiteral("--scale"), QStringLiteral("2")} << "10" << 6 << -1 << 100 << 2;
-    QTest::newRow("fast") << QStringList{QStringLiteral("--speed"), QStringLiteral("2")} << "10" << 6 << -1 << 50 << 1;
-    QTest::newRow("no loop") << QStringList{QStringLiteral("--no-loop")} << "10" << 6 << 0 << 100 << 1;
-    QTest::newRow("shared palette") << QStringList{QStringLiteral("--shared-palette")} << "10" << 6 << -1 << 100 << 1;
+    QTest::newRow("walk") << "10" << 6 << -1 << 100 << 1;
+    QTest::newRow("walk by row") << "#1" << 6 << -1 << 100 << 1;
+    QTest::newRow("scaled") << "10 --scale 2" << 6 << -1 << 100 << 2;
+    QTest::newRow("fast") << "10 --speed 2" << 6 << -1 << 50 << 1;
+    QTest::newRow("no loop") << "10 --no-loop" << 6 << 0 << 100 << 1;
+    QTest::newRow("shared palette") << "10 --shared-palette" << 6 << -1 << 100 << 1;
     // The second frame of Hurt lasts for ever: the GIF plays once and stops on it.
-    QTest::newRow("held for ever") << QStringList() << "50" << 2 << 0 << 130 << 1;
+    QTest::newRow("held for ever") << "50" << 2 << 0 << 130 << 1;
 }
 
 void OvraMediaTest::gif()
 {
-    QFETCH(QStringList, options);
-    QFETCH(QString, animation);
+    QFETCH(QString, arguments);
     QFETCH(int, frames);
     QFETCH(int, loops);
     QFETCH(int, delay);
     QFETCH(int, sizeFactor);
 
-    const QString reference = path(QStringLiteral("reference-%1.gif").arg(animation.mid(animation.startsWith(QLatin1Char('#')))));
-    const Run plain = run({QStringLiteral("gif"), m_work, animation, QStringLiteral("-o"), reference});
-    QCOMPARE(plain.code, 0);
-    const QString output = path(QStringLiteral("out.gif"));
-    const Run result = run(QStringList{QStringLiteral("gif"), m_work, animation, QStringLiteral("-o"), output} + options);
-    QVERIFY2(result.code == 0, qPrintable(result.err));
+    const ToolRun result = run(words("gif work -o out.gif") + arguments.split(QLatin1Char(' ')));
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.out, QStringLiteral("Wrote out.gif: %1 frames%2.\n").arg(frames).arg(loops ? ", looping" : ""));
+    QCOMPARE(result.code, 0);
 
-    QImageReader reader(output);
-    QVERIFY(reader.canRead());
+    QImageReader reader(path(QStringLiteral("out.gif")));
     QCOMPARE(reader.imageCount(), frames);
     QCOMPARE(reader.loopCount(), loops);
     QImage first;
@@ -264,68 +234,20 @@ void OvraMediaTest::gif()
     QCOMPARE(reader.nextImageDelay(), delay);
 
     // The library's reader agrees, and the canvas grows with the scale.
-    QFile file(output);
-    QVERIFY(file.open(QIODevice::ReadOnly));
+    const auto load = [this](const char *name, GIFImage *gif) {
+        QFile file(path(QLatin1String(name)));
+        return file.open(QIODevice::ReadOnly) && gif->load(&file);
+    };
     GIFImage gif;
-    QVERIFY(gif.load(&file));
+    QVERIFY(load("out.gif", &gif));
     QCOMPARE(gif.images().size(), frames);
     QCOMPARE(gif.canLoop(), loops == -1);
-    QFile plainFile(reference);
-    QVERIFY(plainFile.open(QIODevice::ReadOnly));
-    GIFImage unscaled;
-    QVERIFY(unscaled.load(&plainFile));
-    QVERIFY(unscaled.width() > 0);
-    QCOMPARE(int(gif.width()), unscaled.width() * sizeFactor);
-    QCOMPARE(int(gif.height()), unscaled.height() * sizeFactor);
-}
-
-void OvraMediaTest::gifFailures_data()
-{
-    QTest::addColumn<QString>("damage");   // text to replace in the animation file
-    QTest::addColumn<QString>("with");
-    QTest::addColumn<QStringList>("arguments"); // after "gif WORK"
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("message");
-
-    const QStringList walk{QStringLiteral("10"), QStringLiteral("-o"), QStringLiteral("walk.gif")};
-    QTest::newRow("missing sprite") << "frame (10, 3)" << "frame (10, 99)" << walk << 3 << "frame 3";
-    QTest::newRow("no such animation") << QString() << QString()
-                                       << QStringList{QStringLiteral("77"), QStringLiteral("-o"), QStringLiteral("x.gif")}
-                                       << 2 << "no animation '77'";
-    QTest::newRow("row past the end") << QString() << QString()
-                                      << QStringList{QStringLiteral("#8"), QStringLiteral("-o"), QStringLiteral("x.gif")}
-                                      << 2 << "no animation '#8'";
-    QTest::newRow("no output") << QString() << QString() << QStringList{QStringLiteral("10")} << 2 << "-o";
-    QTest::newRow("bad scale") << QString() << QString() << walk + QStringList{QStringLiteral("--scale"), QStringLiteral("0")}
-                               << 2 << "--scale";
-    QTest::newRow("onto the project") << QString() << QString()
-                                      << QStringList{QStringLiteral("10"), QStringLiteral("-o"), QStringLiteral("WORK/knight/knight.osp")}
-                                      << 2 << "would replace the input";
-}
-
-void OvraMediaTest::gifFailures()
-{
-    QFETCH(QString, damage);
-    QFETCH(QString, with);
-    QFETCH(QStringList, arguments);
-    QFETCH(int, code);
-    QFETCH(QString, message);
-
-    const QString work = freshWork(QStringLiteral("gif-%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('-')));
-    QVERIFY(!work.isEmpty());
-    if (!damage.isEmpty()) {
-        const QString animations = work + QStringLiteral("/knight/knight.oan");
-        QString text = QString::fromUtf8(readFile(animations));
-        QVERIFY(text.contains(damage));
-        QVERIFY(writeFile(animations, text.replace(damage, with).toUtf8()));
-    }
-    const QByteArray container = readFile(work + QStringLiteral("/knight/knight.osp"));
-    arguments.replaceInStrings(QStringLiteral("WORK"), work);
-    const Run result = run(QStringList{QStringLiteral("gif"), work} + arguments);
-    QCOMPARE(result.code, code);
-    QVERIFY2(hasLine(result.err, QStringLiteral("ovra gif: ")), qPrintable(result.err));
-    QVERIFY2(result.err.contains(message), qPrintable(result.err));
-    QCOMPARE(readFile(work + QStringLiteral("/knight/knight.osp")), container);
+    QCOMPARE(run(words("gif work -o plain.gif") << arguments.section(QLatin1Char(' '), 0, 0)).code, 0);
+    GIFImage plain;
+    QVERIFY(load("plain.gif", &plain));
+    QVERIFY(plain.width() > 0);
+    QCOMPARE(int(gif.width()), plain.width() * sizeFactor);
+    QCOMPARE(int(gif.height()), plain.height() * sizeFactor);
 }
 
 void OvraMediaTest::spritesExport_data()
@@ -340,13 +262,9 @@ void OvraMediaTest::spritesExport_data()
         for (int number = 0; number < group.second; ++number)
             all << QStringLiteral("knight_%1-%2").arg(group.first).arg(number);
     }
-    all.sort();
-    for (const QString &format : {QStringLiteral("png"), QStringLiteral("pcx"), QStringLiteral("gif"), QStringLiteral("bmp")})
-        QTest::newRow(qPrintable(format)) << format << QString() << all;
-    QTest::newRow("one group") << "png" << "10"
-                               << QStringList{QStringLiteral("knight_10-0"), QStringLiteral("knight_10-1"),
-                                              QStringLiteral("knight_10-2"), QStringLiteral("knight_10-3"),
-                                              QStringLiteral("knight_10-4"), QStringLiteral("knight_10-5")};
+    for (const char *format : {"png", "pcx", "gif", "bmp"})
+        QTest::newRow(format) << format << QString() << all;
+    QTest::newRow("one group") << "png" << "10" << QStringList(all.mid(4, 6));
     QTest::newRow("one sprite") << "png" << "200,2" << QStringList{QStringLiteral("knight_200-2")};
 }
 
@@ -356,85 +274,61 @@ void OvraMediaTest::spritesExport()
     QFETCH(QString, only);
     QFETCH(QStringList, names);
 
-    const QString directory = path(QStringLiteral("export-%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('-')));
-    QStringList arguments{QStringLiteral("sprites"), QStringLiteral("export"), m_work, QStringLiteral("-o"), directory,
-                          QStringLiteral("--format"), format, QStringLiteral("--json")};
+    const QString directory = QStringLiteral("export-%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('-'));
+    QStringList arguments = words("sprites export work --json --format") << format << QStringLiteral("-o") << directory;
     if (!only.isEmpty())
         arguments << QStringLiteral("--only") << only;
-    const Run result = run(arguments);
-    QVERIFY2(result.code == 0, qPrintable(result.err));
-    const QJsonObject answer = QJsonDocument::fromJson(result.out.toUtf8()).object();
-    QCOMPARE(answer.value(QStringLiteral("files")).toArray().size(), names.size());
+    const ToolRun result = run(arguments);
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.code, 0);
+    QCOMPARE(jsonOf(result).value(QStringLiteral("files")).toArray().size(), names.size());
 
     QStringList expected;
     for (const QString &name : names)
         expected << name + QLatin1Char('.') + format;
-    QStringList found = QDir(directory).entryList(QDir::Files, QDir::Name);
     expected.sort();
-    found.sort();
-    QCOMPARE(found, expected);
-    // Each decodes in its format.
-    for (const QString &name : found)
-        QVERIFY2(!loadPicture(directory + QLatin1Char('/') + name, qPrintable(format.toUpper())).isNull(), qPrintable(name));
-}
-
-void OvraMediaTest::spritesExportPicturesEqualSprites()
-{
-    const QString directory = path(QStringLiteral("export-compare"));
-    const Run result = run({QStringLiteral("sprites"), QStringLiteral("export"), m_work, QStringLiteral("-o"), directory});
-    QVERIFY2(result.code == 0, qPrintable(result.err));
-    QVERIFY(result.out.contains(QLatin1String("Wrote 30 pictures")));
-
+    QCOMPARE(QDir(path(directory)).entryList(QDir::Files, QDir::Name), expected);
+    // Each decodes in its format; the PNGs show the sprites' own pixels.
     QString error;
-    ProjectPointer project = openProject(m_work, &error);
-    QVERIFY2(project, qPrintable(error));
-    auto *sprites = dynamic_cast<Sprites *>(project->file(Project::Sprites));
-    QVERIFY(sprites);
-    QCOMPARE(sprites->count(), 30u);
-    for (uint row = 0; row < sprites->count(); ++row) {
-        const Sprite *sprite = sprites->at(row);
-        const QPoint identifier = sprite->identifier().toPoint();
-        const QString name = QStringLiteral("%1/knight_%2-%3.png").arg(directory).arg(identifier.x()).arg(identifier.y());
-        const QImage written = loadPicture(name, "PNG");
+    const ProjectPointer project = format == QLatin1String("png") ? openProject(path(QStringLiteral("work")), &error) : nullptr;
+    for (const QString &name : expected) {
+        const QImage written = loadPicture(path(directory + QLatin1Char('/') + name), qPrintable(format.toUpper()));
         QVERIFY2(!written.isNull(), qPrintable(name));
-        QCOMPARE(written.convertToFormat(QImage::Format_ARGB32), sprite->image().convertToFormat(QImage::Format_ARGB32));
+        if (project) {
+            const QStringList identifier = name.mid(7).chopped(4).split(QLatin1Char('-'));
+            const int row = spritesOf(project.get())->find(0, identifier.at(0).toUInt() << 16 | identifier.at(1).toUInt());
+            QVERIFY2(row >= 0, qPrintable(name));
+            QCOMPARE(written.convertToFormat(QImage::Format_ARGB32),
+                     spritesOf(project.get())->at(uint(row))->image().convertToFormat(QImage::Format_ARGB32));
+        }
     }
 }
 
 void OvraMediaTest::spritesImport()
 {
-    const QString work = freshWork(QStringLiteral("import"));
-    QVERIFY(!work.isEmpty());
+    QVERIFY(copyWork(path(QStringLiteral("import"))));
     QImage picture(7, 5, QImage::Format_ARGB32);
     picture.fill(qRgba(0, 0, 0, 0));
     for (int x = 1; x < 6; ++x)
         picture.setPixel(x, 2, qRgba(200, 30 * x, 10, 255));
-    const QString png = path(QStringLiteral("import.png"));
-    QVERIFY(picture.save(png));
-    QImage indexed = cornerPicture(QImage::Format_Indexed8);
-    const QString indexedName = path(QStringLiteral("import-indexed.png"));
-    QVERIFY(indexed.save(indexedName));
+    QVERIFY(picture.save(path(QStringLiteral("import.png"))));
+    const QImage indexed = cornerPicture(QImage::Format_Indexed8);
+    QVERIFY(indexed.save(path(QStringLiteral("import-indexed.png"))));
 
-    Run result = run({QStringLiteral("sprites"), QStringLiteral("import"), work, png, QStringLiteral("--group"),
-                      QStringLiteral("300"), QStringLiteral("--json")});
+    ToolRun result = run("sprites import import import.png --group 300 --json");
     QVERIFY2(result.code == 0, qPrintable(result.err));
-    QCOMPARE(QJsonDocument::fromJson(result.out.toUtf8()).object().value(QStringLiteral("sprites")).toArray(),
-             QJsonArray{QStringLiteral("300, 0")});
+    QCOMPARE(jsonOf(result).value(QStringLiteral("sprites")).toArray(), QJsonArray{QStringLiteral("300, 0")});
     // The next goes behind it in the group by itself, cropped, over the first palette.
-    result = run({QStringLiteral("sprites"), QStringLiteral("import"), work, png, QStringLiteral("--group"),
-                  QStringLiteral("300"), QStringLiteral("--crop"), QStringLiteral("--palette-mode"),
-                  QStringLiteral("adapt"), QStringLiteral("--palette"), QStringLiteral("0")});
+    result = run("sprites import import import.png --group 300 --crop --palette-mode adapt --palette 0");
     QVERIFY2(result.code == 0, qPrintable(result.err));
     // Replacing takes the new picture under the same identifier.
-    result = run({QStringLiteral("sprites"), QStringLiteral("import"), work, indexedName, QStringLiteral("--group"),
-                  QStringLiteral("0"), QStringLiteral("--start"), QStringLiteral("1"), QStringLiteral("--replace")});
+    result = run("sprites import import import-indexed.png --group 0 --start 1 --replace");
     QVERIFY2(result.code == 0, qPrintable(result.err));
 
     QString error;
-    ProjectPointer project = openProject(work, &error);
-    QVERIFY2(project, qPrintable(error));
-    auto *sprites = dynamic_cast<Sprites *>(project->file(Project::Sprites));
-    QVERIFY(sprites);
+    const ProjectPointer project = openProject(path(QStringLiteral("import")), &error);
+    Sprites *sprites = spritesOf(project.get());
+    QVERIFY2(sprites, qPrintable(error));
     QCOMPARE(sprites->count(), 32u);
     const int first = sprites->find(0, 300u << 16);
     QVERIFY(first >= 0);
@@ -453,45 +347,6 @@ void OvraMediaTest::spritesImport()
              indexed.convertToFormat(QImage::Format_ARGB32));
 }
 
-void OvraMediaTest::spritesImportRefuses_data()
-{
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<QByteArray>("picture"); // empty: a good PNG
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("message");
-
-    QTest::newRow("identifier taken") << QStringList{QStringLiteral("--group"), QStringLiteral("10"), QStringLiteral("--start"), QStringLiteral("5")}
-                                      << QByteArray() << 2 << "10, 5 already";
-    QTest::newRow("garbage picture") << QStringList() << QByteArray("\x89PNG\r\n\x1a\n not really") << 3 << "not a readable PNG picture";
-    QTest::newRow("bad mode") << QStringList{QStringLiteral("--palette-mode"), QStringLiteral("blend")} << QByteArray() << 2 << "--palette-mode";
-    QTest::newRow("palette past the end") << QStringList{QStringLiteral("--palette"), QStringLiteral("9")} << QByteArray() << 2 << "3 palettes";
-}
-
-void OvraMediaTest::spritesImportRefuses()
-{
-    QFETCH(QStringList, options);
-    QFETCH(QByteArray, picture);
-    QFETCH(int, code);
-    QFETCH(QString, message);
-
-    const QString work = freshWork(QStringLiteral("refuse-%1").arg(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('-')));
-    QVERIFY(!work.isEmpty());
-    const QString png = work + QStringLiteral("/new.png");
-    if (picture.isEmpty()) {
-        QImage image(4, 4, QImage::Format_ARGB32);
-        image.fill(qRgba(1, 2, 3, 255));
-        QVERIFY(image.save(png));
-    } else {
-        QVERIFY(writeFile(png, picture));
-    }
-    const QString container = work + QStringLiteral("/knight/knight.osp");
-    const QByteArray before = readFile(container);
-    const Run result = run(QStringList{QStringLiteral("sprites"), QStringLiteral("import"), work, png} + options);
-    QCOMPARE(result.code, code);
-    QVERIFY2(result.err.contains(message), qPrintable(result.err));
-    QCOMPARE(readFile(container), before);
-}
-
 void OvraMediaTest::paletteConvert_data()
 {
     QTest::addColumn<QString>("input");
@@ -499,8 +354,8 @@ void OvraMediaTest::paletteConvert_data()
     QTest::addColumn<QString>("output");
 
     QTest::newRow("act to gpl") << "in.act" << paletteBytes("ACT") << "out.gpl";
-    QTest::newRow("riff pal to act") << "in.pal" << riffPalette() << "out.act";
-    QTest::newRow("jasc pal to gpl") << "jasc.pal" << jascPalette() << "out.gpl";
+    QTest::newRow("pal to act") << "in.pal" << jascPalette() << "out.act";
+    // The GPL text comes from the plug-in, which this process has loaded too.
     QTest::newRow("gpl to act") << "in.gpl" << QByteArray() << "out.act";
 }
 
@@ -510,13 +365,13 @@ void OvraMediaTest::paletteConvert()
     QFETCH(QByteArray, bytes);
     QFETCH(QString, output);
 
-    // The GPL text comes from the plug-in, which this process has loaded too.
     if (bytes.isEmpty())
         bytes = paletteBytes("GPL");
     QVERIFY(!bytes.isEmpty());
     QVERIFY(writeFile(path(input), bytes));
-    const Run result = run({QStringLiteral("palette"), QStringLiteral("convert"), path(input), path(output)});
-    QVERIFY2(result.code == 0, qPrintable(result.err));
+    const ToolRun result = run(words("palette convert") << input << output);
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.out, QStringLiteral("Wrote %1.\n").arg(output));
 
     // What the library makes of the input, written in the output's format, byte for byte.
     RGBA table[256];
@@ -543,8 +398,8 @@ void OvraMediaTest::paletteRoundTrip()
 {
     const QByteArray act = paletteBytes("ACT");
     QVERIFY(writeFile(path(QStringLiteral("trip.act")), act));
-    QCOMPARE(run({QStringLiteral("palette"), QStringLiteral("convert"), path(QStringLiteral("trip.act")), path(QStringLiteral("trip.gpl"))}).code, 0);
-    QCOMPARE(run({QStringLiteral("palette"), QStringLiteral("convert"), path(QStringLiteral("trip.gpl")), path(QStringLiteral("back.act"))}).code, 0);
+    QCOMPARE(run("palette convert trip.act trip.gpl").code, 0);
+    QCOMPARE(run("palette convert trip.gpl back.act").code, 0);
     QCOMPARE(readFile(path(QStringLiteral("back.act"))), act);
     QVERIFY(readFile(path(QStringLiteral("trip.gpl"))).contains("\n  1 254   7\tIndex 1\n"));
 }
@@ -552,74 +407,82 @@ void OvraMediaTest::paletteRoundTrip()
 void OvraMediaTest::imageScale_data()
 {
     QTest::addColumn<QString>("filter");
+    QTest::addColumn<int>("value"); // the library's filter of that name
     QTest::addColumn<bool>("indexed");
-    QTest::addColumn<QStringList>("how");
+    QTest::addColumn<QString>("how");
     QTest::addColumn<QSize>("size");
 
-    const QStringList filters{QStringLiteral("nearest"), QStringLiteral("bilinear"), QStringLiteral("epx-nearest"),
-                              QStringLiteral("epx-bilinear"), QStringLiteral("hq-nearest"), QStringLiteral("hq-bilinear")};
-    for (const QString &filter : filters) {
-        for (bool indexed : {false, true}) {
-            const QString kind = indexed ? QStringLiteral("indexed") : QStringLiteral("true colour");
-            QTest::newRow(qPrintable(filter + QLatin1Char(' ') + kind + QStringLiteral(" factor")))
-                << filter << indexed << QStringList{QStringLiteral("--factor"), QStringLiteral("2")} << QSize(40, 20);
-            QTest::newRow(qPrintable(filter + QLatin1Char(' ') + kind + QStringLiteral(" size")))
-                << filter << indexed << QStringList{QStringLiteral("--size"), QStringLiteral("67x31")} << QSize(67, 31);
-        }
-    }
+    // Each name once, and both kinds of picture and both ways of giving the size; the
+    // result must be the library's filter of that name, pixel for pixel. (At their own
+    // factors the pixel-art filters need no second filter, and would look alike.)
+    QTest::newRow("nearest") << "nearest" << int(NearestNeighborFilter) << false << "--factor 2" << QSize(40, 20);
+    QTest::newRow("bilinear") << "bilinear" << int(BilinearFilter) << true << "--factor 2" << QSize(40, 20);
+    QTest::newRow("epx-nearest") << "epx-nearest" << int(EpxNearestFilter) << true << "--size 67x31" << QSize(67, 31);
+    QTest::newRow("epx-bilinear") << "epx-bilinear" << int(EpxBilinearFilter) << false << "--size 67x31" << QSize(67, 31);
+    QTest::newRow("hq-nearest") << "hq-nearest" << int(HqNearestFilter) << false << "--size 67x31" << QSize(67, 31);
+    QTest::newRow("hq-bilinear") << "hq-bilinear" << int(HqBilinearFilter) << true << "--size 67x31" << QSize(67, 31);
 }
 
 void OvraMediaTest::imageScale()
 {
     QFETCH(QString, filter);
+    QFETCH(int, value);
     QFETCH(bool, indexed);
-    QFETCH(QStringList, how);
+    QFETCH(QString, how);
     QFETCH(QSize, size);
 
-    const QString input = path(indexed ? QStringLiteral("scale-indexed.png") : QStringLiteral("scale-rgb.png"));
-    QVERIFY(cornerPicture(indexed ? QImage::Format_Indexed8 : QImage::Format_ARGB32).save(input));
-    const QString output = path(QStringLiteral("scaled.png"));
-    const Run result = run(QStringList{QStringLiteral("image"), QStringLiteral("scale"), input, output,
-                                       QStringLiteral("--filter"), filter} + how);
-    QVERIFY2(result.code == 0, qPrintable(result.err));
-    const QImage scaled = loadPicture(output, "PNG");
-    QCOMPARE(scaled.size(), size);
+    QImage picture = diagonalPicture(indexed ? QImage::Format_Indexed8 : QImage::Format_ARGB32);
+    QVERIFY(picture.save(path(QStringLiteral("scale.png"))));
+    const ToolRun result = run(words("image scale scale.png scaled.png --filter") << filter << how.split(QLatin1Char(' ')));
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.out, QStringLiteral("Wrote scaled.png: %1 x %2.\n").arg(size.width()).arg(size.height()));
+    const QImage scaled = loadPicture(path(QStringLiteral("scaled.png")), "PNG");
     QCOMPARE(scaled.format() == QImage::Format_Indexed8, indexed);
-    // The top-left corner keeps its colour under every filter.
-    QCOMPARE(scaled.pixel(0, 0), qRgba(255, 0, 0, 255));
+    RGBA palette[256];
+    for (int i = 0; i < 256; ++i)
+        palette[i] = i < picture.colorCount() ? RGBA(picture.color(i)) : RGBA();
+    const QImage expected = resizeImage(loadPicture(path(QStringLiteral("scale.png")), "PNG"), size, palette, ImageResizeFilter(value));
+    QCOMPARE(scaled.convertToFormat(QImage::Format_ARGB32), expected.convertToFormat(QImage::Format_ARGB32));
+}
+
+void OvraMediaTest::imageRotate_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<QString>("output");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QPoint>("red");  // where the top-left corner went
+    QTest::addColumn<QPoint>("blue"); // and the bottom-left one
+
+    // Clockwise: the top-left corner goes to the top right, the bottom-left to the top left.
+    QTest::newRow("90") << "turned.png --angle 90" << "turned.png" << QSize(10, 20) << QPoint(9, 0) << QPoint(0, 0);
+    // In place only when asked.
+    QTest::newRow("180 in place") << "--angle 180 --in-place" << "turn.png" << QSize(20, 10) << QPoint(19, 9) << QPoint(19, 0);
+    // 20 cos 30 + 10 sin 30 = 22.3 and 20 sin 30 + 10 cos 30 = 18.7, give or take a pixel;
+    // the picture doesn't reach the corners of the result.
+    QTest::newRow("30") << "tilted.png --angle 30" << "tilted.png" << QSize(22, 19) << QPoint() << QPoint();
 }
 
 void OvraMediaTest::imageRotate()
 {
-    const QString input = path(QStringLiteral("turn.png"));
-    const QImage picture = cornerPicture(QImage::Format_ARGB32);
-    QVERIFY(picture.save(input));
-    Run result = run({QStringLiteral("image"), QStringLiteral("rotate"), input, path(QStringLiteral("turned.png")),
-                      QStringLiteral("--angle"), QStringLiteral("90")});
-    QVERIFY2(result.code == 0, qPrintable(result.err));
-    QImage turned = loadPicture(path(QStringLiteral("turned.png")), "PNG");
-    QCOMPARE(turned.size(), QSize(10, 20));
-    // Clockwise: the top-left corner goes to the top right, the bottom-left to the top-left.
-    QCOMPARE(turned.pixel(9, 0), qRgba(255, 0, 0, 255));
-    QCOMPARE(turned.pixel(0, 0), qRgba(0, 0, 255, 255));
-    QCOMPARE(turned.pixel(9, 19), qRgba(0, 255, 0, 255));
+    QFETCH(QString, arguments);
+    QFETCH(QString, output);
+    QFETCH(QSize, size);
+    QFETCH(QPoint, red);
+    QFETCH(QPoint, blue);
 
-    result = run({QStringLiteral("image"), QStringLiteral("rotate"), input, path(QStringLiteral("tilted.png")),
-                  QStringLiteral("--angle"), QStringLiteral("30")});
+    QVERIFY(cornerPicture(QImage::Format_ARGB32).save(path(QStringLiteral("turn.png"))));
+    const ToolRun result = run(words("image rotate turn.png") + arguments.split(QLatin1Char(' ')));
     QVERIFY2(result.code == 0, qPrintable(result.err));
-    turned = loadPicture(path(QStringLiteral("tilted.png")), "PNG");
-    // 20 cos 30 + 10 sin 30 = 22.3 and 20 sin 30 + 10 cos 30 = 18.7, give or take a pixel.
-    QVERIFY2(qAbs(turned.width() - 22) <= 1 && qAbs(turned.height() - 19) <= 1,
+    const QImage turned = loadPicture(path(output), "PNG");
+    QVERIFY2(qAbs(turned.width() - size.width()) <= 1 && qAbs(turned.height() - size.height()) <= 1,
              qPrintable(QStringLiteral("%1x%2").arg(turned.width()).arg(turned.height())));
-    QCOMPARE(qAlpha(turned.pixel(0, 0)), 0); // a corner the picture doesn't reach
-
-    // In place only when asked.
-    result = run({QStringLiteral("image"), QStringLiteral("rotate"), input, QStringLiteral("--angle"),
-                  QStringLiteral("180"), QStringLiteral("--in-place")});
-    QVERIFY2(result.code == 0, qPrintable(result.err));
-    turned = loadPicture(input, "PNG");
-    QCOMPARE(turned.size(), picture.size());
-    QCOMPARE(turned.pixel(19, 9), qRgba(255, 0, 0, 255));
+    if (red.isNull()) {
+        QCOMPARE(qAlpha(turned.pixel(0, 0)), 0);
+        return;
+    }
+    QCOMPARE(turned.size(), size);
+    QCOMPARE(turned.pixel(red), qRgba(255, 0, 0, 255));
+    QCOMPARE(turned.pixel(blue), qRgba(0, 0, 255, 255));
 }
 
 void OvraMediaTest::soundConvertKeepsSamples_data()
@@ -636,18 +499,14 @@ void OvraMediaTest::soundConvertKeepsSamples()
     QFETCH(int, bits);
     QFETCH(int, flacBits);
     const SoundSample sine = sineSample(22050, 2, quint16(bits), 4410, 440, 0.5);
-    QFile wav(path(QStringLiteral("sine.wav")));
-    QVERIFY(wav.open(QIODevice::WriteOnly));
-    QVERIFY(soundToWAV(sine, &wav));
-    wav.close();
+    QVERIFY(saveWav(path(QStringLiteral("sine.wav")), sine));
 
-    Run result = run({QStringLiteral("sound"), QStringLiteral("convert"), path(QStringLiteral("sine.wav")), path(QStringLiteral("sine.flac"))});
+    ToolRun result = run("sound convert sine.wav sine.flac");
     QVERIFY2(result.code == 0, qPrintable(result.err));
     const SoundSample flac = loadSoundFile(path(QStringLiteral("sine.flac")), "FLAC");
     QCOMPARE(flac.frequency, 22050u);
     QCOMPARE(int(flac.bits), flacBits);
-    result = run({QStringLiteral("sound"), QStringLiteral("convert"), path(QStringLiteral("sine.flac")),
-                  path(QStringLiteral("again.wav")), QStringLiteral("--bits"), QString::number(bits)});
+    result = run(words("sound convert sine.flac again.wav --bits") << QString::number(bits));
     QVERIFY2(result.code == 0, qPrintable(result.err));
     const SoundSample back = loadSoundFile(path(QStringLiteral("again.wav")), "WAV");
     QCOMPARE(back.channels, sine.channels);
@@ -659,14 +518,8 @@ void OvraMediaTest::soundConvertKeepsSamples()
 
 void OvraMediaTest::soundConvertRate()
 {
-    const SoundSample sine = sineSample(22050, 1, 16, 22050, 440, 0.5);
-    QFile wav(path(QStringLiteral("rate.wav")));
-    QVERIFY(wav.open(QIODevice::WriteOnly));
-    QVERIFY(soundToWAV(sine, &wav));
-    wav.close();
-    const Run result = run({QStringLiteral("sound"), QStringLiteral("convert"), path(QStringLiteral("rate.wav")),
-                            path(QStringLiteral("rate44.wav")), QStringLiteral("--rate"), QStringLiteral("44100"),
-                            QStringLiteral("--channels"), QStringLiteral("2"), QStringLiteral("--bits"), QStringLiteral("8")});
+    QVERIFY(saveWav(path(QStringLiteral("rate.wav")), sineSample(22050, 1, 16, 22050, 440, 0.5)));
+    const ToolRun result = run("sound convert rate.wav rate44.wav --rate 44100 --channels 2 --bits 8");
     QVERIFY2(result.code == 0, qPrintable(result.err));
     const SoundSample converted = loadSoundFile(path(QStringLiteral("rate44.wav")), "WAV");
     QCOMPARE(converted.frequency, 44100u);
@@ -677,90 +530,107 @@ void OvraMediaTest::soundConvertRate()
 
 void OvraMediaTest::soundPlay()
 {
-    const SoundSample beep = sineSample(22050, 1, 16, 2205, 880, 0.3);
-    QFile wav(path(QStringLiteral("beep.wav")));
-    QVERIFY(wav.open(QIODevice::WriteOnly));
-    QVERIFY(soundToWAV(beep, &wav));
-    wav.close();
-    const Run result = run({QStringLiteral("sound"), QStringLiteral("play"), path(QStringLiteral("beep.wav"))});
-    QVERIFY2(result.code == 0, qPrintable(result.err));
-    QVERIFY(result.out.contains(QLatin1String("beep.wav")));
+    // A tenth of a second on the test's silent device.
+    QVERIFY(saveWav(path(QStringLiteral("beep.wav")), sineSample(22050, 1, 16, 2205, 880, 0.3)));
+    const ToolRun result = run("sound play beep.wav");
+    QCOMPARE(result.err, QString());
+    QCOMPARE(result.out, QStringLiteral("Playing beep.wav: 0.10 s.\n"));
+    QCOMPARE(result.code, 0);
 }
 
 void OvraMediaTest::failures_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("file");     // written with `bytes` first, unless empty
-    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("arguments"); // IN stands for the file written first
+    QTest::addColumn<QString>("file");      // IN's name, or nothing to write
+    QTest::addColumn<QByteArray>("bytes");  // IN's bytes; none: a good picture or sound
     QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("error");     // the tool's first line on stderr; "@": the test's directory
 
-    const QString in = QStringLiteral("IN");
-    QTest::newRow("missing picture") << QStringList{QStringLiteral("image"), QStringLiteral("scale"), QStringLiteral("absent.png"), QStringLiteral("o.png"), QStringLiteral("--factor"), QStringLiteral("2")}
-                                     << QString() << QByteArray() << 3 << "absent.png: no such file";
-    QTest::newRow("garbage picture") << QStringList{QStringLiteral("image"), QStringLiteral("rotate"), in, QStringLiteral("o.png"), QStringLiteral("--angle"), QStringLiteral("9")}
-                                     << "bad.png" << QByteArray("not a picture at all") << 3 << "bad.png: not a readable PNG picture";
-    QTest::newRow("picture is a directory") << QStringList{QStringLiteral("image"), QStringLiteral("rotate"), QStringLiteral("dir.png"), QStringLiteral("o.png"), QStringLiteral("--angle"), QStringLiteral("9")}
-                                            << "dir.png/inside" << QByteArray("x") << 3 << "dir.png: is a directory";
-    QTest::newRow("truncated palette") << QStringList{QStringLiteral("palette"), QStringLiteral("convert"), in, QStringLiteral("o.gpl")}
-                                       << "short.act" << QByteArray(100, 'x') << 3 << "short.act: not a readable ACT palette";
-    QTest::newRow("garbage sound") << QStringList{QStringLiteral("sound"), QStringLiteral("convert"), in, QStringLiteral("o.flac")}
-                                   << "noise.wav" << QByteArray("RIFF\x10\0\0\0WAVEjunk", 16) << 3 << "noise.wav: not a readable WAV sound";
-    QTest::newRow("garbage sound to play") << QStringList{QStringLiteral("sound"), QStringLiteral("play"), in}
-                                           << "noise2.wav" << QByteArray("nothing") << 3 << "noise2.wav: not a readable WAV sound";
-    QTest::newRow("missing project") << QStringList{QStringLiteral("sprites"), QStringLiteral("export"), QStringLiteral("nowhere")}
-                                     << QString() << QByteArray() << 3 << "nowhere: no such file";
-    QTest::newRow("unknown filter") << QStringList{QStringLiteral("image"), QStringLiteral("scale"), in, QStringLiteral("o.png"), QStringLiteral("--factor"), QStringLiteral("2"), QStringLiteral("--filter"), QStringLiteral("sharp")}
-                                    << "fine.png" << QByteArray() << 2 << "no filter 'sharp'";
-    QTest::newRow("unknown picture format") << QStringList{QStringLiteral("image"), QStringLiteral("scale"), in, QStringLiteral("o.xyz"), QStringLiteral("--factor"), QStringLiteral("2")}
-                                            << "fine2.png" << QByteArray() << 2 << "can't write xyz files";
-    QTest::newRow("unwritable palette format") << QStringList{QStringLiteral("palette"), QStringLiteral("convert"), in, QStringLiteral("o.pal")}
-                                               << "good.act" << paletteBytes("ACT") << 2 << "can't write pal files";
-    QTest::newRow("mp3 can't be written") << QStringList{QStringLiteral("sound"), QStringLiteral("convert"), in, QStringLiteral("o.mp3")}
-                                          << "tone.wav" << QByteArray() << 2 << "can't write mp3 files";
-    QTest::newRow("unknown export format") << QStringList{QStringLiteral("sprites"), QStringLiteral("export"), QStringLiteral("work"), QStringLiteral("--format"), QStringLiteral("tga")}
-                                           << QString() << QByteArray() << 2 << "can't write 'tga'";
-    QTest::newRow("picture onto itself") << QStringList{QStringLiteral("image"), QStringLiteral("scale"), in, in, QStringLiteral("--factor"), QStringLiteral("2")}
-                                         << "self.png" << QByteArray() << 2 << "self.png: the output would replace the input";
-    QTest::newRow("palette onto itself") << QStringList{QStringLiteral("palette"), QStringLiteral("convert"), in, QStringLiteral("./") + in}
-                                         << "self.act" << paletteBytes("ACT") << 2 << "would replace the input";
-    QTest::newRow("sound onto itself") << QStringList{QStringLiteral("sound"), QStringLiteral("convert"), in, in, QStringLiteral("--rate"), QStringLiteral("8000")}
-                                       << "self.wav" << QByteArray() << 2 << "--in-place";
-    QTest::newRow("neither size nor factor") << QStringList{QStringLiteral("image"), QStringLiteral("scale"), in, QStringLiteral("o.png")}
-                                             << "fine3.png" << QByteArray() << 2 << "--size or --factor";
+    const auto row = [](const char *name, const char *arguments, const char *file, const QByteArray &bytes, int code,
+                        const char *error) {
+        QTest::newRow(name) << QString::fromLatin1(arguments) << QString::fromLatin1(file) << bytes << code << QString::fromUtf8(error);
+    };
+    const char *replaces = "the output would replace the input; give another output, or --in-place to replace it";
+    const QByteArray act = paletteBytes("ACT");
+    row("gif of a missing sprite", "gif broken 10 -o walk.gif", "", {}, 3,
+        "ovra gif: @/broken/knight/knight.oan: frame 3 of animation '10' shows sprite 10, 99, which the project's sprites don't have");
+    row("gif of no animation", "gif work 77 -o x.gif", "", {}, 2,
+        "ovra gif: @/work/knight/knight.oan: no animation '77' (there are: 0, 10, 200, 40, 50, 1000, 1010, 1020)");
+    row("gif of a row past the end", "gif work #8 -o x.gif", "", {}, 2,
+        "ovra gif: @/work/knight/knight.oan: no animation '#8' (there are: 0, 10, 200, 40, 50, 1000, 1010, 1020)");
+    row("gif without output", "gif work 10", "", {}, 2, "ovra gif: give the GIF file to write with -o");
+    row("gif scaled by 0", "gif work 10 -o walk.gif --scale 0", "", {}, 2, "ovra gif: --scale must lie above 0 and at most 1000, not 0");
+    row("gif onto the project", "gif work 10 -o work/knight/knight.osp", "", {}, 2,
+        qPrintable(QStringLiteral("ovra gif: work/knight/knight.osp: ") + replaces));
+    row("export of nothing", "sprites export nowhere", "", {}, 3, "ovra sprites export: nowhere: no such file or directory");
+    row("export to an unknown format", "sprites export work --format tga", "", {}, 2,
+        "ovra sprites export: --format: can't write 'tga' pictures (formats: png, pcx, gif, bmp)");
+    row("import onto a taken identifier", "sprites import work IN --group 10 --start 5", "new.png", {}, 2,
+        "ovra sprites import: @/work/knight/knight.osp has sprites 10, 5 already; give --replace to replace them, or other "
+        "numbers with --start");
+    row("import of a garbage picture", "sprites import work IN", "new.png", "\x89PNG\r\n\x1a\n not really", 3,
+        "ovra sprites import: new.png: not a readable PNG picture");
+    row("import in an unknown mode", "sprites import work IN --palette-mode blend", "new.png", {}, 2,
+        "ovra sprites import: --palette-mode takes ignore, own, adapt or swap, not 'blend'");
+    row("import over a palette past the end", "sprites import work IN --palette 9", "new.png", {}, 2,
+        "ovra sprites import: --palette 9: the sprite file has 3 palettes");
+    row("missing picture", "image scale absent.png o.png --factor 2", "", {}, 3, "ovra image scale: absent.png: no such file");
+    row("garbage picture", "image rotate IN o.png --angle 9", "bad.png", "not a picture at all", 3,
+        "ovra image rotate: bad.png: not a readable PNG picture");
+    row("picture is a directory", "image rotate IN o.png --angle 9", "dir.png/inside", "x", 3,
+        "ovra image rotate: dir.png: is a directory");
+    row("unknown filter", "image scale IN o.png --factor 2 --filter sharp", "fine.png", {}, 2,
+        "ovra image scale: no filter 'sharp'; the filters are:");
+    row("unknown picture format", "image scale IN o.xyz --factor 2", "fine.png", {}, 2,
+        "ovra image scale: o.xyz: can't write xyz files as a picture (formats: png, pcx, gif, bmp)");
+    row("neither size nor factor", "image scale IN o.png", "fine.png", {}, 2, "ovra image scale: give either --size or --factor");
+    row("picture onto itself", "image scale IN IN --factor 2", "self.png", {}, 2,
+        qPrintable(QStringLiteral("ovra image scale: self.png: ") + replaces));
+    row("truncated palette", "palette convert IN o.gpl", "short.act", QByteArray(100, 'x'), 3,
+        "ovra palette convert: short.act: not a readable ACT palette");
+    row("unwritable palette format", "palette convert IN o.pal", "good.act", act, 2,
+        "ovra palette convert: o.pal: can't write pal files as a palette (formats: act, gpl)");
+    row("palette onto itself", "palette convert IN ./IN", "self.act", act, 2,
+        qPrintable(QStringLiteral("ovra palette convert: ./self.act: ") + replaces));
+    row("garbage sound", "sound convert IN o.flac", "noise.wav", QByteArray("RIFF\x10\0\0\0WAVEjunk", 16), 3,
+        "ovra sound convert: noise.wav: not a readable WAV sound");
+    row("garbage sound to play", "sound play IN", "noise.wav", "nothing", 3, "ovra sound play: noise.wav: not a readable WAV sound");
+    row("mp3 can't be written", "sound convert IN o.mp3", "tone.wav", {}, 2,
+        "ovra sound convert: o.mp3: can't write mp3 files as a sound (formats: wav, ogg, flac)");
+    row("sound onto itself", "sound convert IN IN --rate 8000", "self.wav", {}, 2,
+        qPrintable(QStringLiteral("ovra sound convert: self.wav: ") + replaces));
 }
 
 void OvraMediaTest::failures()
 {
-    QFETCH(QStringList, arguments);
+    QFETCH(QString, arguments);
     QFETCH(QString, file);
     QFETCH(QByteArray, bytes);
     QFETCH(int, code);
-    QFETCH(QString, message);
+    QFETCH(QString, error);
 
-    if (!file.isEmpty()) {
-        if (bytes.isEmpty() && file.endsWith(QLatin1String(".png"))) {
-            QVERIFY(cornerPicture(QImage::Format_ARGB32).save(path(file)));
-        } else if (bytes.isEmpty()) {
-            QFile wav(path(file));
-            QVERIFY(wav.open(QIODevice::WriteOnly));
-            QVERIFY(soundToWAV(sineSample(8000, 1, 16, 800, 440, 0.5), &wav));
-        } else {
-            QVERIFY(writeFile(path(file), bytes));
-        }
-        arguments.replaceInStrings(QStringLiteral("IN"), file);
-    }
-    const QByteArray before = file.isEmpty() ? QByteArray() : readFile(path(file));
-    const QStringList outputs = QDir(m_dir.path()).entryList({QStringLiteral("o.*")}, QDir::Files);
-    const Run result = run(arguments);
+    if (!bytes.isEmpty())
+        QVERIFY(writeFile(path(file), bytes));
+    else if (file.endsWith(QLatin1String(".png")))
+        QVERIFY(cornerPicture(QImage::Format_ARGB32).save(path(file)));
+    else if (!file.isEmpty())
+        QVERIFY(saveWav(path(file), sineSample(8000, 1, 16, 800, 440, 0.5)));
+    arguments.replace(QLatin1String("IN"), file.section(QLatin1Char('/'), 0, 0));
+    const QMap<QString, QByteArray> before = snapshot(m_dir.path());
+
+    const ToolRun result = run(arguments.split(QLatin1Char(' ')));
     QCOMPARE(result.code, code);
-    QVERIFY2(hasLine(result.err, QStringLiteral("ovra %1 %2: ").arg(arguments.at(0), arguments.at(1))),
-             qPrintable(result.err));
-    QVERIFY2(result.err.contains(message), qPrintable(result.err));
-    // Nothing was written, and the input is as it was.
-    QCOMPARE(QDir(m_dir.path()).entryList({QStringLiteral("o.*")}, QDir::Files), outputs);
-    if (!file.isEmpty())
-        QCOMPARE(readFile(path(file)), before);
+    QCOMPARE(result.out, QString());
+    // A codec library may have spoken first.
+    QStringList said = lines(result.err);
+    while (!said.isEmpty() && !said.first().startsWith(QLatin1String("ovra ")))
+        said.removeFirst();
+    QCOMPARE(said.value(0), error.replace(QLatin1Char('@'), m_dir.path()));
+    const QString command = arguments.section(QLatin1Char(' '), 0, arguments.startsWith(QLatin1String("gif")) ? 0 : 1);
+    if (code == 2)
+        QCOMPARE(said.value(said.size() - 1), QStringLiteral("Try 'ovra %1 --help'.").arg(command));
+    // Nothing was written, and every input is as it was.
+    QCOMPARE(snapshot(m_dir.path()), before);
 }
 
 QTEST_MAIN(OvraMediaTest)

@@ -1,12 +1,10 @@
 // The project commands of the tool (info, check, backup, restore, backups), run as the
 // built program on copies of the example work and on damaged copies of it.
-#include "testfiles.h"
+#include "ovratool.h"
 
-#include <QDirIterator>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -14,42 +12,30 @@
 
 namespace {
 
-struct Run
-{
-    int code = -1;
-    QString out;
-    QString err;
-};
-
-// The example work copied to `target`.
-bool copyWork(const QString &target)
-{
-    return copyTree(QStringLiteral(OVRA_EXAMPLES_DIR "/sample"), target);
-}
-
-// Every file below `root` with its bytes.
-QMap<QString, QByteArray> snapshot(const QString &root)
-{
-    QMap<QString, QByteArray> files;
-    QDirIterator it(root, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString name = it.next();
-        files.insert(QDir(root).relativeFilePath(name), readFile(name));
-    }
-    return files;
-}
-
-QStringList lines(const QString &text)
-{
-    return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
-
 // A definition file with an unknown line, an unclosed header and a key its group
 // doesn't have.
-const QByteArray brokenDefinitions("# The knight, broken on purpose.\n@version 1\n\n[Character: knight]\n"
-                                   "    life = 1000\n%%% not a line\n    power = 3000\n[Move: punch\n    damage = 40\n");
+const char brokenDefinitions[] = "# The knight, broken on purpose.\n@version 1\n\n[Character: knight]\n"
+                                 "    life = 1000\n%%% not a line\n    power = 3000\n[Move: punch\n    damage = 40\n";
+
+enum Damage { Intact, BrokenDefinitions, AnimationsTail, ContainerCutShort };
+
+const char intactInfo[] = "Knight 1.0 (work/knight/knight.ovp)\nFiles:\n"
+                          "  Sample projects:     knight.ovp\n"
+                          "  Sprite containers:   knight.osp\n"
+                          "  Sound banks:         knight.sbk\n"
+                          "  Animations:          knight.oan\n"
+                          "  Scripts:             knight.lua\n"
+                          "  Definitions:         knight.def\n"
+                          "Sprites:    30\nPalettes:   3\nAnimations: 8 (32 frames)\nSounds:     5\n"
+                          "Messages:   0 errors, 0 warnings, 0 notes\n";
+
+// The project file's line that lists the container.
+const char cutShort[] = "work/knight/knight.ovp:12:1: error: The file 'knight.osp' can't be read: "
+                        "The sprite container is cut short.\n";
 
 } // namespace
+
+Q_DECLARE_METATYPE(Damage)
 
 class OvraProjectTest : public QObject
 {
@@ -58,13 +44,8 @@ class OvraProjectTest : public QObject
 private slots:
     void init();
 
-    void infoText();
-    void infoJson();
-    void checkCleanWork();
-    void checkDamaged_data();
-    void checkDamaged();
-    void checkJson();
-    void truncatedSpriteContainer();
+    void inspect_data();
+    void inspect();
     void backupAndRestore();
     void backupsListNewestLast();
     void restoreRefusesUnknownName();
@@ -74,9 +55,9 @@ private slots:
     void help();
 
 private:
-    Run ovra(const QStringList &arguments);
+    ToolRun ovra(const QStringList &arguments) { return runOvra(m_dir->path(), arguments); }
     QString path(const QString &relative) const { return m_dir->path() + QLatin1Char('/') + relative; }
-    QJsonObject json(const Run &run);
+    bool damage(Damage damage);
 
     std::unique_ptr<QTemporaryDir> m_dir;
 };
@@ -88,195 +69,111 @@ void OvraProjectTest::init()
     QVERIFY(copyWork(path(QStringLiteral("work"))));
 }
 
-Run OvraProjectTest::ovra(const QStringList &arguments)
+bool OvraProjectTest::damage(Damage damage)
 {
-    QProcess process;
-    process.setWorkingDirectory(m_dir->path());
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // The engines keep their configuration there; the tests' runs keep theirs apart.
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("config")));
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(OVRA_TOOL), arguments + QStringList{QStringLiteral("--plugins"), QStringLiteral(OVRA_PLUGIN_DIR)});
-    process.closeWriteChannel();
-    Run run;
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        return run;
+    const auto file = [this](const char *suffix) { return path(QStringLiteral("work/knight/knight.") + QLatin1String(suffix)); };
+    switch (damage) {
+    case Intact:
+        return true;
+    case BrokenDefinitions:
+        return writeFile(file("def"), brokenDefinitions);
+    case AnimationsTail:
+        return writeFile(file("oan"), readFile(file("oan")) + "zzz\n");
+    case ContainerCutShort:
+        return writeFile(file("osp"), readFile(file("osp")).left(100));
     }
-    run.code = process.exitCode();
-    run.out = QString::fromUtf8(process.readAllStandardOutput());
-    // Qt's own notes about the environment are not the tool's words.
-    for (const QString &line : lines(QString::fromUtf8(process.readAllStandardError()))) {
-        if (!line.startsWith(QLatin1String("QStandardPaths:")))
-            run.err += line + QLatin1Char('\n');
-    }
-    return run;
+    return false;
 }
 
-QJsonObject OvraProjectTest::json(const Run &run)
+void OvraProjectTest::inspect_data()
 {
-    // One object on one line.
-    if (lines(run.out).size() != 1)
-        return QJsonObject();
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(run.out.toUtf8(), &error);
-    return error.error == QJsonParseError::NoError ? document.object() : QJsonObject();
-}
+    QTest::addColumn<Damage>("damage");
+    QTest::addColumn<QString>("arguments"); // "@" stands for the test's directory, here and in the output
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("out");
+    QTest::addColumn<QString>("err");
 
-void OvraProjectTest::infoText()
-{
-    const Run run = ovra({QStringLiteral("info"), QStringLiteral("work")});
-    QCOMPARE(run.code, 0);
-    QCOMPARE(run.err, QString());
-    const QStringList out = lines(run.out);
-    QCOMPARE(out.value(0), QStringLiteral("Knight 1.0 (work/knight/knight.ovp)"));
-    for (const char *line : {"  Sample projects:     knight.ovp", "  Definitions:         knight.def",
-                             "  Sprite containers:   knight.osp", "  Animations:          knight.oan",
-                             "  Sound banks:         knight.sbk", "  Scripts:             knight.lua",
-                             "Sprites:    30", "Palettes:   3", "Animations: 8 (32 frames)", "Sounds:     5",
-                             "Messages:   0 errors, 0 warnings, 0 notes"})
-        QVERIFY2(out.contains(QLatin1String(line)), line);
-}
+    QString damaged = QString::fromLatin1(intactInfo);
+    damaged.replace(QLatin1String("  Sprite containers:   knight.osp\n"), QString())
+        .replace(QLatin1String("Sprites:    30\nPalettes:   3"), QLatin1String("Sprites:    0\nPalettes:   0"))
+        .replace(QLatin1String("0 errors, 0 warnings, 0 notes\n"), QLatin1String("1 error, 0 warnings, 0 notes\n  ") + QLatin1String(cutShort));
+    QTest::newRow("info") << Intact << "info work" << 0 << QString::fromLatin1(intactInfo) << QString();
+    QTest::newRow("info, container cut short") << ContainerCutShort << "info work" << 0 << damaged << QString();
 
-void OvraProjectTest::infoJson()
-{
+    const QString files = QStringLiteral("\"files\":[{\"path\":\"knight.ovp\",\"type\":0,\"typeName\":\"Sample projects\"},"
+                                         "{\"path\":\"knight.osp\",\"type\":1,\"typeName\":\"Sprite containers\"},"
+                                         "{\"path\":\"knight.sbk\",\"type\":2,\"typeName\":\"Sound banks\"},"
+                                         "{\"path\":\"knight.oan\",\"type\":3,\"typeName\":\"Animations\"},"
+                                         "{\"path\":\"knight.lua\",\"type\":4,\"typeName\":\"Scripts\"},"
+                                         "{\"path\":\"knight.def\",\"type\":5,\"typeName\":\"Definitions\"}]");
     // The directory of the project works as well as the work or the file.
-    const Run run = ovra({QStringLiteral("info"), QStringLiteral("--json"), path(QStringLiteral("work/knight"))});
-    QCOMPARE(run.code, 0);
-    const QJsonObject info = json(run);
-    QVERIFY2(!info.isEmpty(), qPrintable(run.out));
-    QCOMPARE(info.value(QStringLiteral("project")).toString(), QStringLiteral("Knight"));
-    QCOMPARE(info.value(QStringLiteral("engine")).toString(), QStringLiteral("sample"));
-    QCOMPARE(info.value(QStringLiteral("file")).toString(), path(QStringLiteral("work/knight/knight.ovp")));
-    QCOMPARE(info.value(QStringLiteral("sprites")).toInt(-1), 30);
-    QCOMPARE(info.value(QStringLiteral("palettes")).toInt(-1), 3);
-    QCOMPARE(info.value(QStringLiteral("animations")).toInt(-1), 8);
-    QCOMPARE(info.value(QStringLiteral("frames")).toInt(-1), 32);
-    QCOMPARE(info.value(QStringLiteral("sounds")).toInt(-1), 5);
-    QCOMPARE(info.value(QStringLiteral("errors")).toInt(-1), 0);
-    QCOMPARE(info.value(QStringLiteral("warnings")).toInt(-1), 0);
-    QCOMPARE(info.value(QStringLiteral("notes")).toInt(-1), 0);
-    QCOMPARE(info.value(QStringLiteral("messages")).toArray().size(), 0);
+    QTest::newRow("info, json") << Intact << "info --json @/work/knight" << 0
+                                << QStringLiteral("{\"animations\":8,\"engine\":\"sample\",\"errors\":0,\"file\":\"@/work/knight/knight.ovp\",")
+                                       + files
+                                       + QStringLiteral(",\"frames\":32,\"messages\":[],\"notes\":0,\"palettes\":3,\"project\":\"Knight\","
+                                                        "\"sounds\":5,\"sprites\":30,\"version\":\"1.0\",\"warnings\":0}\n")
+                                << QString();
+    QTest::newRow("info, json, container cut short")
+        << ContainerCutShort << "info --json work" << 0
+        << QStringLiteral("{\"animations\":8,\"engine\":\"sample\",\"errors\":1,\"file\":\"work/knight/knight.ovp\",")
+               + QString(files).remove(QLatin1String("{\"path\":\"knight.osp\",\"type\":1,\"typeName\":\"Sprite containers\"},"))
+               + QStringLiteral(",\"frames\":32,\"messages\":[{\"column\":1,\"file\":\"work/knight/knight.ovp\",\"line\":12,"
+                                "\"text\":\"The file 'knight.osp' can't be read: The sprite container is cut short.\","
+                                "\"type\":\"error\"}],\"notes\":0,\"palettes\":0,\"project\":\"Knight\",\"sounds\":5,\"sprites\":0,"
+                                "\"version\":\"1.0\",\"warnings\":0}\n")
+        << QString();
 
-    QMap<int, QString> files;
-    for (const QJsonValue &value : info.value(QStringLiteral("files")).toArray())
-        files.insert(value.toObject().value(QStringLiteral("type")).toInt(), value.toObject().value(QStringLiteral("path")).toString());
-    const QMap<int, QString> expected{{0, QStringLiteral("knight.ovp")}, {1, QStringLiteral("knight.osp")},
-                                      {2, QStringLiteral("knight.sbk")}, {3, QStringLiteral("knight.oan")},
-                                      {4, QStringLiteral("knight.lua")}, {5, QStringLiteral("knight.def")}};
-    QCOMPARE(files, expected);
-}
-
-void OvraProjectTest::checkCleanWork()
-{
-    const Run run = ovra({QStringLiteral("check"), QStringLiteral("work")});
-    QCOMPARE(run.code, 0);
-    QCOMPARE(run.out, QString());
+    const auto broken = [](const QString &shown) -> QString {
+        return shown + QStringLiteral(":6:1: error: Unknown line: expected a header [Kind: name] or a value key = value\n")
+               + shown + QStringLiteral(":8:1: error: Unclosed bracket\n") + shown
+               + QStringLiteral(":9:5: warning: Unknown key 'damage' of [Character], read as text\n");
+    };
+    const QString def = QStringLiteral("work/knight/knight.def");
+    const QString summary = QStringLiteral("2 errors, 1 warning in 4 files\n");
     // The project file, the definitions, the animations and the script.
-    QCOMPARE(run.err, QStringLiteral("0 errors, 0 warnings in 4 files\n"));
-}
-
-void OvraProjectTest::checkDamaged_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("shown"); // the file as the messages name it
-    QTest::addColumn<QString>("summary");
-
-    QTest::newRow("the work") << QStringList{QStringLiteral("work")} << QStringLiteral("work/knight/knight.def")
-                              << QStringLiteral("2 errors, 1 warning in 4 files");
-    QTest::newRow("the project file, absolute")
-        << QStringList{QStringLiteral("@/work/knight/knight.ovp")} << QStringLiteral("@/work/knight/knight.def")
-        << QStringLiteral("2 errors, 1 warning in 4 files");
-    QTest::newRow("the file alone") << QStringList{QStringLiteral("work/knight/knight.def")}
-                                    << QStringLiteral("work/knight/knight.def") << QStringLiteral("2 errors, 1 warning in 1 file");
-    QTest::newRow("the file, options last")
-        << QStringList{QStringLiteral("./work/knight/knight.def"), QStringLiteral("work/knight/knight.oan"), QStringLiteral("-q")}
-        << QStringLiteral("./work/knight/knight.def") << QString();
-}
-
-void OvraProjectTest::checkDamaged()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, shown);
-    QFETCH(QString, summary);
-    QVERIFY(writeFile(path(QStringLiteral("work/knight/knight.def")), brokenDefinitions));
-    for (QString &argument : arguments)
-        argument.replace(QLatin1Char('@'), m_dir->path());
-    shown.replace(QLatin1Char('@'), m_dir->path());
-    const QMap<QString, QByteArray> before = snapshot(path(QStringLiteral("work")));
-
-    const Run run = ovra(QStringList{QStringLiteral("check")} + arguments);
-    QCOMPARE(run.code, 1);
-    QCOMPARE(lines(run.out), (QStringList{
-                                 shown + QStringLiteral(":6:1: error: Unknown line: expected a header [Kind: name] or a value key = value"),
-                                 shown + QStringLiteral(":8:1: error: Unclosed bracket"),
-                                 shown + QStringLiteral(":9:5: warning: Unknown key 'damage' of [Character], read as text"),
-                             }));
-    QCOMPARE(run.err, summary.isEmpty() ? QString() : summary + QLatin1Char('\n'));
-    QCOMPARE(snapshot(path(QStringLiteral("work"))), before);
-}
-
-void OvraProjectTest::checkJson()
-{
-    QVERIFY(writeFile(path(QStringLiteral("work/knight/knight.oan")),
-                      readFile(path(QStringLiteral("work/knight/knight.oan"))) + "zzz\n"));
-    const int lastLine = lines(QString::fromUtf8(readFile(path(QStringLiteral("work/knight/knight.oan"))))).size();
-
-    const Run run = ovra({QStringLiteral("check"), QStringLiteral("--json"), QStringLiteral("work")});
-    QCOMPARE(run.code, 1);
-    QCOMPARE(run.err, QString());
-    const QJsonObject result = json(run);
-    QCOMPARE(result.value(QStringLiteral("files")).toInt(), 4);
-    QCOMPARE(result.value(QStringLiteral("errors")).toInt(), 1);
-    QCOMPARE(result.value(QStringLiteral("warnings")).toInt(), 0);
-    const QJsonArray messages = result.value(QStringLiteral("messages")).toArray();
-    QCOMPARE(messages.size(), 1);
-    const QJsonObject message = messages.at(0).toObject();
-    QCOMPARE(message.value(QStringLiteral("file")).toString(), QStringLiteral("work/knight/knight.oan"));
-    QCOMPARE(message.value(QStringLiteral("line")).toInt(), lastLine);
-    QCOMPARE(message.value(QStringLiteral("column")).toInt(), 1);
-    QCOMPARE(message.value(QStringLiteral("type")).toString(), QStringLiteral("error"));
-    QCOMPARE(message.value(QStringLiteral("text")).toString(), QStringLiteral("Unknown line: expected animation, frame, attack or body"));
-}
-
-void OvraProjectTest::truncatedSpriteContainer()
-{
-    const QString container = path(QStringLiteral("work/knight/knight.osp"));
-    QVERIFY(writeFile(container, readFile(container).left(100)));
-    const QMap<QString, QByteArray> before = snapshot(path(QStringLiteral("work")));
-
-    Run run = ovra({QStringLiteral("info"), QStringLiteral("work")});
-    QCOMPARE(run.code, 0);
-    const QStringList out = lines(run.out);
-    QVERIFY(out.contains(QStringLiteral("Sprites:    0")));
-    QVERIFY(out.contains(QStringLiteral("Sounds:     5")));
-    QVERIFY(out.contains(QStringLiteral("Messages:   1 error, 0 warnings, 0 notes")));
-    // The project file's line that lists the container.
-    QVERIFY2(out.contains(QStringLiteral("  work/knight/knight.ovp:12:1: error: The file 'knight.osp' can't be read: "
-                                         "The sprite container is cut short.")),
-             qPrintable(run.out));
-
-    run = ovra({QStringLiteral("info"), QStringLiteral("--json"), QStringLiteral("work")});
-    QCOMPARE(run.code, 0);
-    const QJsonObject info = json(run);
-    QCOMPARE(info.value(QStringLiteral("errors")).toInt(), 1);
-    QCOMPARE(info.value(QStringLiteral("sprites")).toInt(-1), 0);
-    QCOMPARE(info.value(QStringLiteral("palettes")).toInt(-1), 0);
-    QCOMPARE(info.value(QStringLiteral("files")).toArray().size(), 5);
-
+    QTest::newRow("check") << Intact << "check work" << 0 << QString() << QStringLiteral("0 errors, 0 warnings in 4 files\n");
+    QTest::newRow("check of the work") << BrokenDefinitions << "check work" << 1 << broken(def) << summary;
+    QTest::newRow("check of the project file, absolute") << BrokenDefinitions << "check @/work/knight/knight.ovp" << 1
+                                                         << broken(QStringLiteral("@/work/knight/knight.def")) << summary;
+    QTest::newRow("check of the file alone") << BrokenDefinitions << "check work/knight/knight.def" << 1 << broken(def)
+                                             << QStringLiteral("2 errors, 1 warning in 1 file\n");
+    QTest::newRow("check of the files, options last")
+        << BrokenDefinitions << "check ./work/knight/knight.def work/knight/knight.oan -q" << 1
+        << broken(QStringLiteral("./work/knight/knight.def")) << QString();
     // The load's messages count for check too.
-    run = ovra({QStringLiteral("check"), QStringLiteral("work")});
-    QCOMPARE(run.code, 1);
-    QVERIFY(run.out.startsWith(QStringLiteral("work/knight/knight.ovp:12:1: error: The file 'knight.osp' can't be read")));
-    // Neither command wrote anything, the damaged file least of all.
+    QTest::newRow("check, container cut short") << ContainerCutShort << "check work" << 1 << QString::fromLatin1(cutShort)
+                                                << QStringLiteral("1 error, 0 warnings in 4 files\n");
+    const int lastLine = lines(QString::fromUtf8(readFile(QStringLiteral(OVRA_EXAMPLES_DIR "/sample/knight/knight.oan")))).size() + 1;
+    QTest::newRow("check, json") << AnimationsTail << "check --json work" << 1
+                                 << QStringLiteral("{\"errors\":1,\"files\":4,\"messages\":[{\"column\":1,\"file\":\"work/knight/knight.oan\","
+                                                   "\"line\":%1,\"text\":\"Unknown line: expected animation, frame, attack or body\","
+                                                   "\"type\":\"error\"}],\"notes\":0,\"warnings\":0}\n")
+                                        .arg(lastLine)
+                                 << QString();
+}
+
+void OvraProjectTest::inspect()
+{
+    QFETCH(Damage, damage);
+    QFETCH(QString, arguments);
+    QFETCH(int, code);
+    QFETCH(QString, out);
+    QFETCH(QString, err);
+    QVERIFY(this->damage(damage));
+    const QMap<QString, QByteArray> before = snapshot(path(QStringLiteral("work")));
+
+    const ToolRun run = ovra(arguments.replace(QLatin1Char('@'), m_dir->path()).split(QLatin1Char(' ')));
+    QCOMPARE(run.out, out.replace(QLatin1Char('@'), m_dir->path()));
+    QCOMPARE(run.err, err);
+    QCOMPARE(run.code, code);
+    // Nothing written, the damaged file least of all.
     QCOMPARE(snapshot(path(QStringLiteral("work"))), before);
 }
 
 void OvraProjectTest::backupAndRestore()
 {
     const QMap<QString, QByteArray> original = snapshot(path(QStringLiteral("work")));
-    Run run = ovra({QStringLiteral("backup"), QStringLiteral("work"), QStringLiteral("first")});
+    ToolRun run = ovra(words("backup work first"));
     QCOMPARE(run.code, 0);
     const QStringList made = QDir(path(QStringLiteral("work/backup"))).entryList(QDir::Files);
     QCOMPARE(made.size(), 1);
@@ -293,36 +190,33 @@ void OvraProjectTest::backupAndRestore()
     QCOMPARE(unzip.exitCode(), 0);
     QStringList entries = lines(QString::fromUtf8(unzip.readAllStandardOutput()));
     entries.sort();
-    QCOMPARE(entries, (QStringList{QStringLiteral("knight/knight.def"), QStringLiteral("knight/knight.lua"),
-                                   QStringLiteral("knight/knight.oan"), QStringLiteral("knight/knight.osp"),
-                                   QStringLiteral("knight/knight.ovp"), QStringLiteral("knight/knight.sbk")}));
+    QCOMPARE(entries, words("knight/knight.def knight/knight.lua knight/knight.oan knight/knight.osp knight/knight.ovp "
+                            "knight/knight.sbk"));
 
     // Spoiled files come back byte for byte.
-    QVERIFY(writeFile(path(QStringLiteral("work/knight/knight.def")), brokenDefinitions));
+    QVERIFY(damage(BrokenDefinitions));
     QVERIFY(writeFile(path(QStringLiteral("work/knight/knight.sbk")), QByteArray(64, '\x7f')));
-    run = ovra({QStringLiteral("restore"), QStringLiteral("work"), zip.chopped(4)});
+    run = ovra(words("restore work") << zip.chopped(4));
     QCOMPARE(run.code, 0);
     QCOMPARE(run.out, QStringLiteral("Restored %1 over work\n").arg(zip.chopped(4)));
     QMap<QString, QByteArray> after = snapshot(path(QStringLiteral("work")));
     QVERIFY(after.remove(QStringLiteral("backup/") + zip));
-    QCOMPARE(after.keys(), original.keys());
-    for (auto it = original.cbegin(); it != original.cend(); ++it)
-        QVERIFY2(after.value(it.key()) == it.value(), qPrintable(it.key()));
+    QCOMPARE(after, original);
 }
 
 void OvraProjectTest::backupsListNewestLast()
 {
-    Run run = ovra({QStringLiteral("backups"), QStringLiteral("work")});
+    ToolRun run = ovra(words("backups work"));
     QCOMPARE(run.code, 0);
     QCOMPARE(run.out, QStringLiteral("No backups in work/backup\n"));
 
     // The same name twice in a row: two backups all the same.
     for (const char *name : {"one", "two", "two"})
-        QCOMPARE(ovra({QStringLiteral("backup"), QStringLiteral("-q"), QStringLiteral("work"), QLatin1String(name)}).out, QString());
+        QCOMPARE(ovra(words("backup -q work") << QLatin1String(name)).out, QString());
 
-    run = ovra({QStringLiteral("backups"), QStringLiteral("work"), QStringLiteral("--json")});
+    run = ovra(words("backups work --json"));
     QCOMPARE(run.code, 0);
-    const QJsonObject result = json(run);
+    const QJsonObject result = QJsonDocument::fromJson(run.out.toUtf8()).object();
     QCOMPARE(result.value(QStringLiteral("directory")).toString(), QStringLiteral("work/backup"));
     const QJsonArray list = result.value(QStringLiteral("backups")).toArray();
     QCOMPARE(list.size(), 3);
@@ -342,8 +236,7 @@ void OvraProjectTest::backupsListNewestLast()
     QVERIFY(names.at(2).endsWith(QLatin1String("_two")));
     QVERIFY(names.at(1) != names.at(2));
 
-    run = ovra({QStringLiteral("backups"), QStringLiteral("work")});
-    const QStringList out = lines(run.out);
+    const QStringList out = lines(ovra(words("backups work")).out);
     QCOMPARE(out.size(), 3);
     for (int i = 0; i < 3; ++i)
         QVERIFY2(out.at(i).endsWith(QLatin1String("KiB  ") + names.at(i)), qPrintable(out.at(i)));
@@ -351,10 +244,10 @@ void OvraProjectTest::backupsListNewestLast()
 
 void OvraProjectTest::restoreRefusesUnknownName()
 {
-    QCOMPARE(ovra({QStringLiteral("backup"), QStringLiteral("work"), QStringLiteral("kept")}).code, 0);
+    QCOMPARE(ovra(words("backup work kept")).code, 0);
     const QString kept = QDir(path(QStringLiteral("work/backup"))).entryList(QDir::Files).value(0).chopped(4);
     const QMap<QString, QByteArray> before = snapshot(path(QStringLiteral("work")));
-    const Run run = ovra({QStringLiteral("restore"), QStringLiteral("work"), QStringLiteral("nosuch")});
+    const ToolRun run = ovra(words("restore work nosuch"));
     QCOMPARE(run.code, 3);
     QCOMPARE(run.out, QString());
     QCOMPARE(run.err, QStringLiteral("ovra restore: nosuch: no such backup; there are: %1\n").arg(kept));
@@ -363,55 +256,47 @@ void OvraProjectTest::restoreRefusesUnknownName()
 
 void OvraProjectTest::failures_data()
 {
-    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("arguments");
     QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("error"); // the first line on stderr
+    QTest::addColumn<QString>("error"); // on stderr, before the hint at --help of a usage error
 
-    const auto row = [](const char *name, const QStringList &arguments, int code, const char *error) {
-        QTest::newRow(name) << arguments << code << QString::fromUtf8(error);
+    const auto row = [](const char *name, const char *arguments, int code, const char *error) {
+        QTest::newRow(name) << QString::fromLatin1(arguments) << code << QString::fromUtf8(error) + QLatin1Char('\n');
     };
-    row("info of nothing", {QStringLiteral("info"), QStringLiteral("nowhere")}, 3,
-        "ovra info: nowhere: no such file or directory");
-    row("check of nothing", {QStringLiteral("check"), QStringLiteral("work"), QStringLiteral("nowhere.def")}, 3,
-        "ovra check: nowhere.def: no such file or directory");
-    row("backup of nothing", {QStringLiteral("backup"), QStringLiteral("nowhere/x.ovp")}, 3,
-        "ovra backup: nowhere/x.ovp: no such file or directory");
-    row("info of a text", {QStringLiteral("info"), QStringLiteral("junk/notes.txt")}, 3,
+    row("info of nothing", "info nowhere", 3, "ovra info: nowhere: no such file or directory");
+    // The files that are there are checked all the same.
+    row("check of nothing", "check work nowhere.def", 3,
+        "ovra check: nowhere.def: no such file or directory\n0 errors, 0 warnings in 4 files");
+    row("backup of nothing", "backup nowhere/x.ovp", 3, "ovra backup: nowhere/x.ovp: no such file or directory");
+    row("info of a text", "info junk/notes.txt", 3,
         "ovra info: junk/notes.txt: no engine of " OVRA_PLUGIN_DIR " takes this file as a project");
-    row("info of a broken project file", {QStringLiteral("info"), QStringLiteral("junk/broken.ovp")}, 3,
+    row("info of a broken project file", "info junk/broken.ovp", 3,
         "ovra info: junk/broken.ovp: Not a project file: it needs a [Project] and a [Files] group");
-    row("check of a text", {QStringLiteral("check"), QStringLiteral("junk/notes.txt")}, 3,
-        "ovra check: junk/notes.txt: no engine reads files like this one");
-    row("info of a directory without projects", {QStringLiteral("info"), QStringLiteral("config")}, 3,
-        "ovra info: config: no project file in this directory");
-    row("unknown option", {QStringLiteral("info"), QStringLiteral("work"), QStringLiteral("--colour")}, 2,
-        "ovra info: Unknown option 'colour'.");
-    row("info without project", {QStringLiteral("info")}, 2, "ovra info: missing arguments: PROJECT");
-    row("check without files", {QStringLiteral("check"), QStringLiteral("-q")}, 2, "ovra check: missing arguments: PROJECT|FILE...");
-    row("restore without name", {QStringLiteral("restore"), QStringLiteral("work")}, 2, "ovra restore: missing arguments: PROJECT NAME");
-    row("info of two", {QStringLiteral("info"), QStringLiteral("work"), QStringLiteral("work")}, 2, "ovra info: too many arguments: 'work'");
-    row("backup name with a slash", {QStringLiteral("backup"), QStringLiteral("work"), QStringLiteral("../up")}, 2,
-        "ovra backup: a backup's name has no '/', '\\' or leading '.': '../up'");
+    row("check of a text", "check junk/notes.txt", 3, "ovra check: junk/notes.txt: no engine reads files like this one");
+    row("info of a directory without projects", "info empty", 3, "ovra info: empty: no project file in this directory");
+    row("unknown option", "info work --colour", 2, "ovra info: Unknown option 'colour'.");
+    row("info without project", "info", 2, "ovra info: missing arguments: PROJECT");
+    row("check without files", "check -q", 2, "ovra check: missing arguments: PROJECT|FILE...");
+    row("restore without name", "restore work", 2, "ovra restore: missing arguments: PROJECT NAME");
+    row("info of two", "info work work", 2, "ovra info: too many arguments: 'work'");
+    row("backup name with a slash", "backup work ../up", 2, "ovra backup: a backup's name has no '/', '\\' or leading '.': '../up'");
 }
 
 void OvraProjectTest::failures()
 {
-    QFETCH(QStringList, arguments);
+    QFETCH(QString, arguments);
     QFETCH(int, code);
     QFETCH(QString, error);
     QVERIFY(writeFile(path(QStringLiteral("junk/notes.txt")), "no project\n"));
     QVERIFY(writeFile(path(QStringLiteral("junk/broken.ovp")), "[Elsewhere]\n    x = 1\n"));
-    QVERIFY(QDir().mkpath(path(QStringLiteral("config"))));
-    const QMap<QString, QByteArray> before = snapshot(path(QStringLiteral("work")));
-    const QMap<QString, QByteArray> junk = snapshot(path(QStringLiteral("junk")));
+    QVERIFY(QDir().mkpath(path(QStringLiteral("empty"))));
+    const QMap<QString, QByteArray> before = snapshot(m_dir->path());
 
-    const Run run = ovra(arguments);
+    const ToolRun run = ovra(arguments.split(QLatin1Char(' ')));
     QCOMPARE(run.code, code);
-    QCOMPARE(lines(run.err).value(0), error);
-    if (code == 2)
-        QCOMPARE(lines(run.err).value(1), QStringLiteral("Try 'ovra %1 --help'.").arg(arguments.first()));
-    QCOMPARE(snapshot(path(QStringLiteral("work"))), before);
-    QCOMPARE(snapshot(path(QStringLiteral("junk"))), junk);
+    QCOMPARE(run.out, QString());
+    QCOMPARE(run.err, error + (code == 2 ? QStringLiteral("Try 'ovra %1 --help'.\n").arg(arguments.section(QLatin1Char(' '), 0, 0)) : QString()));
+    QCOMPARE(snapshot(m_dir->path()), before);
 }
 
 void OvraProjectTest::help_data()
@@ -430,7 +315,7 @@ void OvraProjectTest::help()
     QFETCH(QString, command);
     QFETCH(QString, usage);
     // Help wins over missing or wrong arguments.
-    const Run run = ovra({command, QStringLiteral("--help"), QStringLiteral("nowhere")});
+    const ToolRun run = ovra(QStringList{command} << words("--help nowhere"));
     QCOMPARE(run.code, 0);
     QCOMPARE(run.err, QString());
     QCOMPARE(lines(run.out).value(0), usage);

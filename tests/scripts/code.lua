@@ -1,8 +1,7 @@
 -- The code group: cursors, code documents and nodes, on the knight's definitions.
 
 local document = project:fileByType(5):asSourceCode()
-assert(document ~= nil, "the definitions are code")
-assert(document.canSave, "a code document saves itself")
+assert(document ~= nil and document.canSave, "the definitions are code, and save themselves")
 local original = wholeText(document)
 assert(string.sub(original, 1, 12) == "# The knight", "the text as on disk")
 
@@ -38,7 +37,6 @@ assert(cursor.atEnd, "at the end")
 cursor:movePosition(CodeCursor.MoveOperation.Start)
 assert(cursor.atStart, "at the start again")
 cursor.position = 2
-assert(cursor.position == 2, "a position set")
 cursor:movePosition(CodeCursor.MoveOperation.NextCharacter, CodeCursor.MoveMode.KeepAnchor, 3)
 cursor:removeSelectedCode()
 cursor:insertCode("Our")
@@ -52,36 +50,31 @@ assert(wholeText(document) == original, "redone and undone")
 fails(function() cursor:movePosition("End") end, "no overload")
 
 -- CodeDocument
-assert(document.codec == "US-ASCII", "the codec: " .. document.codec)
+assert(document.codec == "US-ASCII" and document.title == "knight.def", "the codec and title as read")
 document.codec = "UTF-8"
-assert(document.codec == "UTF-8", "the codec set")
-assert(document.title == "knight.def", "the title")
 document.title = "Knight's numbers"
-assert(document.title == "Knight's numbers", "the title set")
-assert(document.syntaxHighlight, "highlighted")
 document.syntaxHighlight = false
-assert(not document.syntaxHighlight, "highlighting off")
+assert(document.codec == "UTF-8" and document.title == "Knight's numbers" and not document.syntaxHighlight,
+       "codec, title and highlighting set")
 document.syntaxHighlight = true
 
 -- CodeNode, ParentCode, NamedCode
 local root = document.root
 assert(root.type == CodeNode.Type.Root and root:childCount() == 4, "the root with four groups")
 local character = root:childAt(0)
-assert(character.type == CodeNode.Type.Group, "the first child is a group")
+assert(character.type == CodeNode.Type.Group and character.document == document, "the first child is a group")
 assert(character.displayName == "Character: knight" and character.text == "knight", "its names")
 assert(root:childIndex(character) == 0 and character.parent == root, "child and parent")
-assert(character.document == document, "the node's document")
 assert(character.lineNo == 3 and character.firstLineNo == 3, "the header's line: " .. character.lineNo)
 assert(character.lastLineNo > character.lineNo, "the group runs over its values")
 assert(string.sub(character.code, 1, 19) == "[Character: knight]", "the group's code")
 local first = character.next
--- A value's "type" is the type of its value, not of its node.
-assert(first.type == ValueCode.Type.String and first.previous == character, "the list in document order")
-assert(first.parent == character, "the value's group")
+-- A value's "type" is the type of its value, not of its node (CodeNode.Type.Value).
+assert(first.type == ValueCode.Type.String and first.type ~= CodeNode.Type.Value, "the value's type")
+assert(first.previous == character and first.parent == character, "the list in document order")
 assert(character:select().selectedCode == "[Character: knight]\n", "the header line with its end")
 assert(#character:selectAll().selectedCode == #character.code, "everything of the group")
-assert(CodeNode.Type.Animation == 8 and CodeNode.Type.Frame == 16 and CodeNode.Type.HitBox == 32,
-       "node types")
+assert(CodeNode.Type.Animation == 8 and CodeNode.Type.Frame == 16 and CodeNode.Type.HitBox == 32, "node types")
 fails(function() root:childIndex(nil) end, "CodeNode")
 assert(root:childAt(99) == nil, "no child there")
 

@@ -12,8 +12,7 @@ assert(names[1] == "knight.def" and names[6] == "knight.sbk", "sorted by name: "
 -- Flags combine through their types or as plain integers, to the same value.
 local files = Filters() | Filter.Files | Filter.NoSymLinks
 assert(files == Filter.Files | Filter.NoSymLinks, "Filters combine with |")
-local reversed = SortFlags() | SortFlag.Name | SortFlag.Reversed
-local backwards = archive:entries(knight, files, reversed)
+local backwards = archive:entries(knight, files, SortFlags() | SortFlag.Name | SortFlag.Reversed)
 assert(backwards[1] == "knight.sbk", "reversed order starts with the last name: " .. backwards[1])
 local byType = archive:entries(knight, {"*.osp", "*.oan"}, Filter.Files, SortFlag.Name | SortFlag.IgnoreCase)
 assert(#byType == 2 and byType[1] == "knight.oan", "name filters select two files")
@@ -29,17 +28,10 @@ end
 
 -- Reading a definition file through the device.
 local device = archive:openFile(knight .. "knight.def", OpenMode.ReadOnly)
-assert(device ~= nil, "the definitions open")
-assert(device.isSequential == false, "a file is no stream")
-assert(device.pos == 0, "a new device stands at 0")
+assert(device ~= nil and not device.isSequential and device.pos == 0, "a file, at 0")
 local size = device.size
-assert(size > 100, "the definitions have text")
-assert(device:read(12) == "# The knight", "the first bytes of the file")
-assert(device.pos == 12, "reading moves the position")
-assert(not device.atEnd, "not at the end yet")
-assert(device:seek(size), "seek to the end")
-assert(device.atEnd, "at the end after seeking there")
-assert(device:read(10) == "", "nothing more to read at the end")
+assert(device:read(12) == "# The knight" and device.pos == 12 and not device.atEnd, "reading moves the position")
+assert(device:seek(size) and device.atEnd and device:read(10) == "", "nothing more to read at the end")
 assert(device:reset() and device.pos == 0, "reset goes back to 0")
 fails(function() device:read(-1) end, "negative")
 fails(function() device:read("ten") end, "expected integer, got string")

@@ -38,8 +38,7 @@ fails(function() Archive.instance(nil, 1) end, "string")
 
 -- Debugger, Emulator, Variable (the runner's own: the sample engine has none).
 debugger.liveUpdateRate = 250
-assert(debugger.liveUpdateRate == 250, "the update rate")
-assert(debugger:start("game", {"-fast", "-quiet"}), "started")
+assert(debugger.liveUpdateRate == 250 and debugger:start("game", {"-fast", "-quiet"}), "started")
 assert(not debugger:start("", {}), "nothing to start")
 debugger:stepOver()
 debugger:stepInto()
@@ -100,8 +99,7 @@ assert(sounds:at(0) == firstSound, "sorted back")
 assert(firstSound.parent == sounds and firstSound.index == 0 and firstSound.duration > 0, "a sound")
 assert(firstSound.identifier.x == 1, "its identifier")
 sounds.selected = 2
-assert(sounds.selected == 2 and sounds.count == 5, "the sound selection")
-assert(sounds:find(0, 12345) == -1, "no sound of that identifier")
+assert(sounds.selected == 2 and sounds:find(0, 12345) == -1, "the selection; no sound of that identifier")
 local copy = firstSound:duplicate()
 assert(sounds.count == 6 and copy.index == 1, "a duplicate sound")
 sounds:remove(1)
@@ -117,6 +115,7 @@ assert(frame:delay() == 9, "a property written")
 fails(function() frame:propertyName(7) end, "no property")
 
 -- RGB and RGBA
+-- Each field under two names: one field, not two.
 local c = RGB(10, 20, 30)
 assert(c.red == 10 and c.r == 10 and c.green == 20 and c.g == 20 and c.blue == 30 and c.b == 30, "RGB fields")
 c.r = 11
@@ -124,10 +123,9 @@ assert(c.red == 11, "r is red")
 assert(RGB().red == 0 and RGB(0x102030).green == 0x20 and RGB(c).red == 11, "RGB constructors")
 assert(RGB(1, 2, 3) == RGB(1, 2, 3) and RGB(1, 2, 3) ~= RGB(1, 2, 4), "RGB compares by value")
 local a = RGBA(1, 2, 3, 4)
-assert(a.a == 4 and a.alpha == 4, "the alpha and its short name")
 a.a = 9
-assert(a.alpha == 9, "one field under two names")
-assert(a.r == 1 and a.red == 1 and a.g == 2 and a.green == 2 and a.b == 3 and a.blue == 3, "RGBA fields")
+assert(a.alpha == 9 and a.r == 1 and a.red == 1 and a.g == 2 and a.green == 2 and a.b == 3 and a.blue == 3,
+       "RGBA fields")
 assert(RGBA().alpha == 0 and RGBA(0x80102030).alpha == 0x80 and RGBA(a).alpha == 9, "RGBA constructors")
 local fromRgb = RGBA(RGB(5, 6, 7))
 assert(fromRgb.red == 5 and fromRgb.blue == 7, "an RGBA of an RGB")
@@ -136,3 +134,23 @@ assert(a.red == 7 and a.green == 8 and a.blue == 9, "fromRGB")
 assert(a:toRGB() == RGB(7, 8, 9), "toRGB")
 fails(function() RGB(256, 0, 0) end, "no constructor")
 fails(function() RGBA(1, 2, 3, 4).red = "x" end, "integer")
+
+-- Image: the knight's first sprite as a picture of the script's own, changed, saved and
+-- read back.
+local knight = project:fileByType(Project.FileType.Sprites):asSprites():at(0).image
+assert(knight.format == Image.Format.Indexed8 and knight.colorCount > 1 and not knight.isNull, "an indexed sprite")
+local index = knight:pixelIndex(24, 32)
+assert(knight:pixel(24, 32) == index and knight:color(index) == knight:colorTable()[index + 1], "an index and its colour")
+assert(knight:convertToFormat(Image.Format.ARGB32):pixel(24, 32) == knight:color(index), "the colour once converted")
+local part = knight:copy(0, 0, 8, 4):scaled(16, 8)
+part:setColorTable(knight:colorTable())
+part:setColor(1, 0xFF102030)
+part:fill(0)
+part:setPixel(3, 2, 1)
+local picture = workDir .. "/part.png"
+part:save(picture)
+local back = Image()
+back:load(picture)
+assert(back == part and Image.load(picture) == part and back:pixel(3, 2) == 1, "saved and read back")
+assert(Image.Format.Invalid == 0 and Image.Format.RGB32 == 4 and Image.Format.ARGB32_Premultiplied == 6, "formats")
+fails(function() knight:pixel(48, 0) end, "pixel (48, 0) outside the 48x64 image")

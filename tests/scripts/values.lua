@@ -15,7 +15,7 @@ assert(life.text == "life" and life.value == 1000 and life.type == ValueCode.Typ
 life.value = 1200
 assert(life.value == 1200, "a value stored in the node")
 local added = character:addValue("motto", "Onwards")
-assert(added ~= nil and added.text == "motto" and added.value == "Onwards", "a value added")
+assert(added.text == "motto" and added.value == "Onwards", "a value added")
 assert(character:valueAt(character:valueCount() - 1) == added, "at the end")
 local inserted = character:insertValue(1, "title", "Sir")
 assert(character:valueAt(1) == inserted and inserted.value == "Sir", "a value inserted")
@@ -31,15 +31,13 @@ assert(#kinds == 15, "every value type is there")
 
 -- Animations
 local animations = project:fileByType(Project.FileType.Animations):asAnimations()
-
 assert(animations.count == 8 and #animations.items == 8, "eight animations")
 local idle = animations:at(0)
 assert(animations:indexOf(idle) == 0 and animations.items[1] == idle, "the first is the idle")
 assert(idle.text == "Idle" and idle.frameCount == 4 and #idle.frames == 4, "four frames of the idle")
 animations.selected = 2
-assert(animations.selected == 2, "the animation selection")
 idle.selectedFrame = 3
-assert(idle.selectedFrame == 3, "the frame selection")
+assert(animations.selected == 2 and idle.selectedFrame == 3, "the animation and frame selections")
 
 -- AnimationFrameCode: each member reads with no argument and writes with one.
 local frame = idle:frameAt(0)
@@ -67,9 +65,8 @@ frame:scaleX(1.5)
 frame:scaleY(1.25)
 assert(frame:scale().x == 1.5 and frame:scale().y == 1.25, "scales one by one")
 frame:angle(90.0)
-assert(frame:angle() == 90.0, "the angle")
 frame:flipFlags(AnimationFrameCode.Flip.Both)
-assert(frame:flipFlags() == 3, "flipped both ways")
+assert(frame:angle() == 90.0 and frame:flipFlags() == 3, "turned, and flipped both ways")
 assert(AnimationFrameCode.Flip.None == 0 and AnimationFrameCode.Flip.Horizontal == 1
        and AnimationFrameCode.Flip.Vertical == 2, "flips")
 frame:blend(AnimationFrameBlend(AnimationFrameBlend.Mode.Addition, 0.25, 0.75))
@@ -116,19 +113,18 @@ assert(attacks:at(0):rect().x == 20 and attacks:at(0):rect().width == 6, "the bo
 assert(string.find(wholeText(codeDocument), "attack (20, -40, 25, -36)", 1, true), "in the text")
 codeDocument:undo()
 assert(wholeText(codeDocument) == punchText, "the box's edit undone exactly")
-local more = bodies:add({x = 0, y = 0, width = 4, height = 4})
-assert(more ~= nil and bodies.count == 2, "a box added")
+bodies:add({x = 0, y = 0, width = 4, height = 4})
+assert(bodies.count == 2, "a box added")
 bodies:remove(0)
-assert(bodies.count == 1, "a box removed")
 attacks:clear()
-assert(attacks.count == 0, "the attack boxes cleared")
+assert(bodies.count == 1 and attacks.count == 0, "a box removed, the attack boxes cleared")
 for _ = 1, 3 do codeDocument:undo() end
 assert(wholeText(codeDocument) == punchText, "the boxes back")
 
 -- AnimationCode edits
 local count = punch.frameCount
-local newFrame = punch:addFrame()
-assert(newFrame ~= nil and punch.frameCount == count + 1, "a frame added")
+punch:addFrame()
+assert(punch.frameCount == count + 1, "a frame added")
 local early = punch:insertFrame(0)
 assert(punch:frameAt(0) == early, "a frame inserted first")
 punch:removeFrame(0)
@@ -145,8 +141,7 @@ assert(string.find(wholeText(codeDocument), 'animation 200 "Jab"', 1, true), "in
 
 -- Animations edits
 local added = animations:add("Crouch")
-assert(added ~= nil and animations.count == 9, "an animation added")
-assert(added.displayName == "Animation Crouch", "named by its identifier: " .. added.displayName)
+assert(animations.count == 9 and added.displayName == "Animation Crouch", "an animation added, named by its identifier")
 local first = animations:insert(0, "Taunt")
 assert(animations:at(0) == first, "an animation inserted")
 local twin = animations:duplicate(0)
