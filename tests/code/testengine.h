@@ -609,5 +609,25 @@ class TestDocument : public Ovra::CodeDocument
 public:
     TestDocument() : CodeDocument(0) { setParser(&parser); }
     void formatLines(int, int, bool) override {}
+    // Types `text` over the whole of line `line`, as one edit.
+    void replaceLine(int line, const QString &text)
+    {
+        QTextCursor cursor(findBlockByNumber(line));
+        cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+        cursor.insertText(text);
+    }
     TestParser parser;
+};
+
+// A document of the language with its list of animations, torn down in the right order.
+struct AnimationsDocument
+{
+    explicit AnimationsDocument(const QString &text)
+    {
+        document.fromString(text);
+        animations = new TestAnimations(&document);
+    }
+    ~AnimationsDocument() { animations->release(); }
+    TestDocument document;
+    TestAnimations *animations = nullptr;
 };

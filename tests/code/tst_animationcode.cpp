@@ -39,13 +39,6 @@ QStringList orphanFrames(CodeDocument &document)
     return sprites;
 }
 
-void replaceLine(CodeDocument &document, int line, const QString &text)
-{
-    QTextCursor cursor(document.findBlockByNumber(line));
-    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
-    cursor.insertText(text);
-}
-
 const char *const twoAnimations = "<walk>\n"
                                   "frame a, 0, 0, 4\n"
                                   "; a note\n"
@@ -132,7 +125,7 @@ void AnimationCodeTest::framesFollowTheirHeader()
         return count;
     };
     const int before = allRows();
-    replaceLine(document, line, text);
+    document.replaceLine(line, text);
     QCOMPARE(frameLists(document), lists);
     QCOMPARE(orphanFrames(document), orphans);
     QCOMPARE(allRows(), before + rows);
@@ -157,13 +150,13 @@ void AnimationCodeTest::groupsAndAnimationsShareNoLines()
 
     // Without the animation header the value below joins the group, and the frames have
     // no animation left.
-    replaceLine(document, 4, QStringLiteral("; gone"));
+    document.replaceLine(4, QStringLiteral("; gone"));
     QCOMPARE(data->valueCount(), 3u);
     QCOMPARE(data->valueAt(2)->name(), QStringLiteral("c"));
     QCOMPARE(orphanFrames(document), QStringList({"x", "y"}));
 
     // An animation typed between two values takes the lower one from the group.
-    replaceLine(document, 2, QStringLiteral("<run>"));
+    document.replaceLine(2, QStringLiteral("<run>"));
     QCOMPARE(data->valueCount(), 1u);
     QCOMPARE(frameLists(document), QStringList({"run: x y"}));
 }
@@ -198,6 +191,7 @@ void AnimationCodeTest::frameOperations()
     FrameCode *b = walk->frameAt(1);
     QCOMPARE(b->offset(), QPoint(1, 2));
     QCOMPARE(b->contactBoxes(ContactBoxCode::Collision)->boxType(), ContactBoxCode::Collision);
+    QCOMPARE(walk->propertyNames(), QStringList({"DisplayName", "Name", "Identifier"}));
 
     // A property writes the line; the node is kept, reads the new text, and the change
     // is one step back.

@@ -25,16 +25,9 @@ const char *const FiveAnimations = "; animations of a test character\n"
                                    "<Run>\n"
                                    "frame f, 0, 0, 2\n";
 
-// The document and its list, torn down in the right order.
-struct Fixture
+struct Fixture : AnimationsDocument
 {
-    Fixture(const QString &text)
-    {
-        document.fromString(text);
-        animations = new TestAnimations(&document);
-    }
-    ~Fixture() { animations->release(); }
-
+    explicit Fixture(const QString &text) : AnimationsDocument(text) {}
     QStringList ids() const
     {
         QStringList list;
@@ -42,9 +35,6 @@ struct Fixture
             list << animation->property(QStringLiteral("Identifier")).toString();
         return list;
     }
-
-    TestDocument document;
-    TestAnimations *animations = nullptr;
 };
 
 } // namespace
@@ -66,7 +56,7 @@ private slots:
 void AnimationsTest::listFollowsTheText()
 {
     Fixture f(QString::fromLatin1(FiveAnimations));
-    QAbstractItemModelTester tester(f.animations, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QAbstractItemModelTester tester(f.animations->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(f.ids(), QStringList({"0", "1", "walk", "20", "Run"}));
     QCOMPARE(f.animations->data(f.animations->index(2), Qt::DisplayRole).toString(), QStringLiteral("Animation walk"));
     QVERIFY(!f.animations->data(f.animations->index(2), Qt::ToolTipRole).isValid());

@@ -39,13 +39,6 @@ QStringList tree(CodeDocument &document)
     return lines;
 }
 
-void replaceLine(QTextDocument &document, int line, const QString &text)
-{
-    QTextCursor cursor(document.findBlockByNumber(line));
-    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
-    cursor.insertText(text);
-}
-
 QByteArray readFile(const QString &name)
 {
     QFile file(name);
@@ -167,7 +160,7 @@ void CodeDocumentTest::editingALineKeepsItsNode()
     document.fromString(Text);
     CodeNode *speed = document.nodeInBlock(document.findBlockByNumber(1));
     const int calls = document.parser.calls;
-    replaceLine(document, 1, QStringLiteral("speed = 900"));
+    document.replaceLine(1, QStringLiteral("speed = 900"));
     QCOMPARE(document.nodeInBlock(document.findBlockByNumber(1)), speed);
     QCOMPARE(static_cast<TestValue *>(speed)->source, QStringLiteral("900"));
     // The edit removed up to the end of its line, so the line after it is read as well;
@@ -183,14 +176,14 @@ void CodeDocumentTest::brokenHeaderGivesValuesAwayUntilRetyped()
     document.fromString(Text);
     MessageList list(nullptr);
     list.registerMessages(document.messages());
-    replaceLine(document, 4, QStringLiteral("[Shape"));
+    document.replaceLine(4, QStringLiteral("[Shape"));
     QCOMPARE(tree(document), QStringList({"Stats:0", "  speed:1", "  weight:2", "  width:5"}));
     QCOMPARE(document.messages()->count(Message::Error), 1u);
     const Message error = document.messages()->at(0, Message::Error);
     QCOMPARE(error.text, QStringLiteral("Unknown line"));
     QCOMPARE(error.line, 4u);
     QCOMPARE(list.errorCount(), 1u);
-    replaceLine(document, 4, QStringLiteral("[Shape]"));
+    document.replaceLine(4, QStringLiteral("[Shape]"));
     QCOMPARE(tree(document), QStringList({"Stats:0", "  speed:1", "  weight:2", "Shape:4", "  width:5"}));
     QCOMPARE(document.messages()->count(Message::All), 0u);
     QCOMPARE(list.errorCount(), 0u);
@@ -266,7 +259,7 @@ void CodeDocumentTest::savedRevisions()
     document.fromString(QStringLiteral("one\ntwo\nthree"));
     const int loaded = document.findBlockByNumber(0).revision();
     QCOMPARE(document.findBlockByNumber(2).revision(), loaded);
-    replaceLine(document, 1, QStringLiteral("TWO"));
+    document.replaceLine(1, QStringLiteral("TWO"));
     QVERIFY(document.toFile(FileSystemArchive::instance(), dir.filePath(QStringLiteral("r.def")), 0, nullptr));
     // Changed before the save: negative; untouched: the saved state.
     QVERIFY(document.findBlockByNumber(1).revision() < 0);
@@ -280,7 +273,7 @@ void CodeDocumentTest::savedRevisions()
     QVERIFY(document.findBlockByNumber(1).revision() != saved);
     QVERIFY(document.findBlockByNumber(1).revision() >= 0);
     QCOMPARE(document.findBlockByNumber(0).revision(), saved);
-    replaceLine(document, 2, QStringLiteral("THREE"));
+    document.replaceLine(2, QStringLiteral("THREE"));
     QVERIFY(document.findBlockByNumber(2).revision() > saved);
 }
 
@@ -457,7 +450,7 @@ void CodeDocumentTest::linesKnowTheirFormatsParenthesesAndLevels()
     QVERIFY(!static_cast<CodeBlockData *>(document.findBlockByNumber(3).userData())->isParsed());
 
     // An empty value is a warning, underlined in yellow.
-    replaceLine(document, 1, QStringLiteral("speed ="));
+    document.replaceLine(1, QStringLiteral("speed ="));
     QCOMPARE(document.messages()->count(Message::Warning), 1u);
     const QTextLayout::FormatRange warned = document.findBlockByNumber(1).layout()->formats().first();
     QCOMPARE(warned.format.underlineStyle(), QTextCharFormat::SpellCheckUnderline);
@@ -469,13 +462,13 @@ void CodeDocumentTest::versionChangeRehighlightsOnce()
     TestDocument document;
     document.fromString(Text);
     const int calls = document.parser.calls;
-    replaceLine(document, 2, QStringLiteral("version = 2"));
+    document.replaceLine(2, QStringLiteral("version = 2"));
     // The pass stops at the line that changed the version, and the whole document is
     // read once after it.
     QCOMPARE(document.version(), ushort(2));
     QCOMPARE(document.parser.calls - calls, 1 + document.blockCount());
     // The same version again is no change: the edited line and the one after it.
-    replaceLine(document, 2, QStringLiteral("version = 2"));
+    document.replaceLine(2, QStringLiteral("version = 2"));
     QCOMPARE(document.parser.calls - calls, 1 + document.blockCount() + 2);
 }
 

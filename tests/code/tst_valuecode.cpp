@@ -96,6 +96,8 @@ void ValueCodeTest::readers()
     QCOMPARE(five->asVector(), QVariantList({5}));
     QCOMPARE(five->asRect().left(), 5);
     QCOMPARE(five->asSize(), QSize(5, 0));
+    QVERIFY(five->asBool());
+    QCOMPARE(five->asUInt(), 5u);
 
     std::unique_ptr<TestValue> three(detached(text, ValueCode::IntVector, QVariantList{10, 20, 30}));
     QRect expected;
