@@ -310,16 +310,8 @@ public:
 
     QVariant property(const QString &name) const override
     {
-        switch (propertyNames().indexOf(name)) {
-        case 0: return identifier();
-        case 1: return offset();
-        case 2: return delay();
-        case 3: return scale();
-        case 4: return angle();
-        case 5: return uint(flipFlags());
-        case 6: return isLoopPoint();
-        default: return QVariant();
-        }
+        const QVariantList values{identifier(), offset(), delay(), scale(), angle(), uint(flipFlags()), isLoopPoint()};
+        return values.value(propertyNames().indexOf(name));
     }
     void setProperty(const QString &name, const QVariant &value) override
     {

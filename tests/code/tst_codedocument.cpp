@@ -1,14 +1,11 @@
 #include "testengine.h"
 
-#include "memoryarchive.h"
+#include "projecttestsupport.h"
 #include "scriptedanswerer.h"
 #include "testinterface.h"
 
 #include "engine/engine.h"
 #include "foundation/filesystemarchive.h"
-#include "project/parentproject.h"
-#include "project/project.h"
-#include "foundation/messages.h"
 #include "foundation/textcodecs.h"
 #include "project/regexp.h"
 
@@ -91,13 +88,6 @@ protected:
 
 private:
     Engine *m_engine;
-};
-
-class Character : public Project
-{
-public:
-    using Project::Project;
-    void fileList(QList<PathEntry *> &) const override {}
 };
 
 } // namespace
@@ -628,7 +618,7 @@ void CodeDocumentTest::changeKeepsCommentAndColumns()
     Work work(archive, &engine);
     auto *document = new TestDocument;
     document->fromString(QStringLiteral("[Stats]\nspeed  =  1000 ; strong\n"));
-    auto *character = new Character(&work, 0, document, true);
+    auto *character = new TestProject(&work, 0, document, true);
     document->setOption(QStringLiteral("preserve_code_formatting"), preserve, false, false);
     QCOMPARE(document->commentMarker(), QStringLiteral(";"));
     document->nodeInBlock(document->findBlockByNumber(1))->change(QStringLiteral("weight = 3000"));

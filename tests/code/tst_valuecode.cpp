@@ -241,6 +241,11 @@ void ValueCodeTest::groupValueOperations()
     QCOMPARE(document.toString(), QStringLiteral("[Stats]\na = 1\n; about b\nc = 3\nd = text\n[Next]\n"));
     data->removeValue(9); // past the end: nothing
     QCOMPARE(data->valueCount(), 3u);
+
+    // A group with no document behind it has no lines.
+    RootCode loose;
+    new TestGroup(QTextBlock(), &loose, QStringLiteral("Loose"));
+    QCOMPARE(static_cast<GroupCode *>(loose.childAt(0))->lastLine(), -1);
 }
 
 void ValueCodeTest::setValueIsSilentValueChangedIsNot()
