@@ -310,16 +310,8 @@ public:
 
     QVariant property(const QString &name) const override
     {
-        switch (propertyNames().indexOf(name)) {
-        case 0: return identifier();
-        case 1: return offset();
-        case 2: return delay();
-        case 3: return scale();
-        case 4: return angle();
-        case 5: return uint(flipFlags());
-        case 6: return isLoopPoint();
-        default: return QVariant();
-        }
+        const QVariantList values{identifier(), offset(), delay(), scale(), angle(), uint(flipFlags()), isLoopPoint()};
+        return values.value(propertyNames().indexOf(name));
     }
     void setProperty(const QString &name, const QVariant &value) override
     {
@@ -609,5 +601,25 @@ class TestDocument : public Ovra::CodeDocument
 public:
     TestDocument() : CodeDocument(0) { setParser(&parser); }
     void formatLines(int, int, bool) override {}
+    // Types `text` over the whole of line `line`, as one edit.
+    void replaceLine(int line, const QString &text)
+    {
+        QTextCursor cursor(findBlockByNumber(line));
+        cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+        cursor.insertText(text);
+    }
     TestParser parser;
+};
+
+// A document of the language with its list of animations, torn down in the right order.
+struct AnimationsDocument
+{
+    explicit AnimationsDocument(const QString &text)
+    {
+        document.fromString(text);
+        animations = new TestAnimations(&document);
+    }
+    ~AnimationsDocument() { animations->release(); }
+    TestDocument document;
+    TestAnimations *animations = nullptr;
 };

@@ -99,19 +99,17 @@ const QVector<Case> &cases()
     return list;
 }
 
-struct Fixture
+// Every case as an animation of one document.
+struct Fixture : AnimationsDocument
 {
-    Fixture()
+    Fixture() : AnimationsDocument(allCases()) {}
+    static QString allCases()
     {
         QString text;
         for (const Case &c : cases())
             text += animationText(QString::fromLatin1(c.name).replace(QLatin1Char(' '), QLatin1Char('_')), c.delays, c.loop);
-        document.fromString(text);
-        animations = new TestAnimations(&document);
+        return text;
     }
-    ~Fixture() { animations->release(); }
-    TestDocument document;
-    TestAnimations *animations = nullptr;
 };
 
 } // namespace

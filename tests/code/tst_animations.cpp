@@ -25,16 +25,9 @@ const char *const FiveAnimations = "; animations of a test character\n"
                                    "<Run>\n"
                                    "frame f, 0, 0, 2\n";
 
-// The document and its list, torn down in the right order.
-struct Fixture
+struct Fixture : AnimationsDocument
 {
-    Fixture(const QString &text)
-    {
-        document.fromString(text);
-        animations = new TestAnimations(&document);
-    }
-    ~Fixture() { animations->release(); }
-
+    explicit Fixture(const QString &text) : AnimationsDocument(text) {}
     QStringList ids() const
     {
         QStringList list;
@@ -42,9 +35,6 @@ struct Fixture
             list << animation->property(QStringLiteral("Identifier")).toString();
         return list;
     }
-
-    TestDocument document;
-    TestAnimations *animations = nullptr;
 };
 
 } // namespace
@@ -58,21 +48,25 @@ private slots:
     void everyMoveIsOneUndoStep();
     void organizeAndDrop();
     void addInsertDuplicateRemove();
-    void findAndCompare_data();
-    void findAndCompare();
+    void compare_data();
+    void compare();
     void nothingToShowWhileTheCodeChanges();
 };
 
 void AnimationsTest::listFollowsTheText()
 {
     Fixture f(QString::fromLatin1(FiveAnimations));
-    QAbstractItemModelTester tester(f.animations, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QAbstractItemModelTester tester(f.animations->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(f.ids(), QStringList({"0", "1", "walk", "20", "Run"}));
-    QCOMPARE(f.animations->model(), f.animations);
     QCOMPARE(f.animations->data(f.animations->index(2), Qt::DisplayRole).toString(), QStringLiteral("Animation walk"));
     QVERIFY(!f.animations->data(f.animations->index(2), Qt::ToolTipRole).isValid());
     QCOMPARE(f.animations->at(5), nullptr);
     QCOMPARE(f.animations->indexOf(f.animations->at(3)), 3);
+    // Names are found by their case, numbers by their value.
+    QCOMPARE(f.animations->find(0, QStringLiteral("walk")), 2);
+    QCOMPARE(f.animations->find(0, QStringLiteral("WALK")), -1);
+    QCOMPARE(f.animations->find(0, 20), 3);
+    QCOMPARE(f.animations->find(3, 1), -1);
 
     // A header broken and typed back: the row goes and comes back.
     QSignalSpy removed(f.animations, &QAbstractItemModel::rowsRemoved);
@@ -174,7 +168,7 @@ void AnimationsTest::addInsertDuplicateRemove()
     QCOMPARE(f.animations->count(), 9u);
 }
 
-void AnimationsTest::findAndCompare_data()
+void AnimationsTest::compare_data()
 {
     QTest::addColumn<uint>("a");
     QTest::addColumn<uint>("b");
@@ -189,18 +183,13 @@ void AnimationsTest::findAndCompare_data()
     QTest::addRow("equal") << 1u << 1u << 1;
 }
 
-void AnimationsTest::findAndCompare()
+void AnimationsTest::compare()
 {
     QFETCH(uint, a);
     QFETCH(uint, b);
     QFETCH(int, result);
     Fixture f(QString::fromLatin1(FiveAnimations));
     QCOMPARE(f.animations->compare(a, b), result);
-
-    QCOMPARE(f.animations->find(0, QStringLiteral("walk")), 2);
-    QCOMPARE(f.animations->find(0, 20), 3);
-    QCOMPARE(f.animations->find(3, 1), -1);
-    QCOMPARE(f.animations->find(0, QStringLiteral("WALK")), -1);
 }
 
 void AnimationsTest::nothingToShowWhileTheCodeChanges()

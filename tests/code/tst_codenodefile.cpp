@@ -35,13 +35,6 @@ public:
     }
 };
 
-void replaceLine(QTextDocument &document, int line, const QString &text)
-{
-    QTextCursor cursor(document.findBlockByNumber(line));
-    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
-    cursor.insertText(text);
-}
-
 class OwnedDocument : public TestDocument
 {
 public:
@@ -79,7 +72,7 @@ void CodeNodeFileTest::followsNodesOfItsKind()
     QTextCursor cursor(document->findBlockByNumber(2));
     cursor.insertText(QStringLiteral("[B]\n"));
     QCOMPARE(groups->names(), QStringList({"A", "B", "C"}));
-    replaceLine(*document, 0, QStringLiteral("A]"));
+    document->replaceLine(0, QStringLiteral("A]"));
     QCOMPARE(groups->names(), QStringList({"B", "C"}));
     groups->release();
     document->release();

@@ -21,9 +21,7 @@ private slots:
     void releasingTwiceHandsOutOnce();
     void foreignMemoryIsNeverFree();
     void manyAndLargeBlocks();
-    void defaultFormats_data();
-    void defaultFormats();
-    void sharedFormatTable();
+    void formats();
 };
 
 void NodePoolTest::freedBlocksWaitForTheirSize()
@@ -110,38 +108,20 @@ void NodePoolTest::manyAndLargeBlocks()
     NodePool::recycle(huge);
 }
 
-void NodePoolTest::defaultFormats_data()
+void NodePoolTest::formats()
 {
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QColor>("foreground");
-    QTest::addColumn<bool>("italic");
-    QTest::addColumn<int>("weight");
-    QTest::newRow("0") << 0 << QColor(Qt::black) << true << 50;
-    QTest::newRow("comment") << 1 << QColor(Qt::gray) << true << 50;
-    QTest::newRow("2") << 2 << QColor(Qt::red) << false << 50;
-    QTest::newRow("4") << 4 << QColor(Qt::black) << false << 75;
-    QTest::newRow("6") << 6 << QColor(255, 128, 0) << false << 75;
-    QTest::newRow("9") << 9 << QColor(255, 0, 255) << false << 50;
-}
+    // One fixed-pitch face for every type; types differ in colour, weight and slant.
+    const QTextCharFormat comment = CodeParserSyntax::defaultFormat(1);
+    QCOMPARE(comment.fontFamily(), QStringLiteral("Courier"));
+    QCOMPARE(comment.fontPointSize(), 10.0);
+    QVERIFY(comment.fontFixedPitch());
+    QCOMPARE(comment.fontStyleHint(), QFont::TypeWriter);
+    QVERIFY(comment.fontItalic());
+    QCOMPARE(CodeParserSyntax::defaultFormat(4).fontWeight(), 75);
+    QCOMPARE(CodeParserSyntax::defaultFormat(9).foreground().color(), QColor(255, 0, 255));
+    QCOMPARE(CodeParserSyntax::defaultFormat(-1), QTextCharFormat());
 
-void NodePoolTest::defaultFormats()
-{
-    QFETCH(int, type);
-    QFETCH(QColor, foreground);
-    QFETCH(bool, italic);
-    QFETCH(int, weight);
-    const QTextCharFormat format = CodeParserSyntax::defaultFormat(type);
-    QCOMPARE(format.foreground().color(), foreground);
-    QCOMPARE(format.fontItalic(), italic);
-    QCOMPARE(format.fontWeight(), weight);
-    QCOMPARE(format.fontFamily(), QStringLiteral("Courier"));
-    QCOMPARE(format.fontPointSize(), 10.0);
-    QVERIFY(format.fontFixedPitch());
-    QCOMPARE(format.fontStyleHint(), QFont::TypeWriter);
-}
-
-void NodePoolTest::sharedFormatTable()
-{
+    // The table all documents paint with starts from those, and takes changes.
     QCOMPARE(CodeParserSyntax::format(5), CodeParserSyntax::defaultFormat(5));
     QTextCharFormat keyword;
     keyword.setForeground(QColor(1, 2, 3));

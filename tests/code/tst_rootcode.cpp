@@ -72,7 +72,6 @@ class RootCodeTest : public QObject
 private slots:
     void treeModel();
     void staleIndexes();
-    void rootRowsFollowDocumentOrder();
     void versionAndType();
 };
 
@@ -128,21 +127,6 @@ void RootCodeTest::staleIndexes()
     QCOMPARE(root.rowCount(stale), 0);
     QCOMPARE(root.parent(stale), groupIndex);
     QCOMPARE(RootCode::nodeFromIndex(stale), nullptr);
-}
-
-void RootCodeTest::rootRowsFollowDocumentOrder()
-{
-    RootCode root;
-    auto *c = new Header(CodeNode::Group, &root, QStringLiteral("c"));
-    c->insertRootChild(c);
-    auto *a = new Header(CodeNode::Group, &root, QStringLiteral("a"));
-    a->insertRootChild(a);
-    auto *b = new Header(CodeNode::Group, a, QStringLiteral("b"));
-    b->insertRootChild(b);
-    QStringList rows;
-    for (int row = 0; row < root.rowCount(); ++row)
-        rows << root.data(root.index(row, 0)).toString();
-    QCOMPARE(rows, QStringList({"a", "b", "c"}));
 }
 
 void RootCodeTest::versionAndType()
