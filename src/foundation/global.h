@@ -13,4 +13,14 @@ namespace Ovra {
 // The library's version as "major.minor.patch".
 OVRA_EXPORT const char *version();
 
+// Which rules a codec follows. The library's file functions keep, by default, the reading and
+// writing rules that existing works and tests depend on, odd ones included (a WAV found by a
+// byte search, an Ogg stream without its end when the length isn't a whole block, a palette
+// that drops an entry). Our own programs ask for Complete: every value written and read back
+// whole, in the layout that other programs expect.
+enum class CodecRules {
+    Designed,
+    Complete,
+};
+
 } // namespace Ovra
