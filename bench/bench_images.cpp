@@ -122,12 +122,21 @@ void lz5DecodeCel(benchmark::State &state)
            encoded(celSprite(1024), [](const QImage &image, QIODevice *device) { return Ovra::saveLZ5(image, device, true); }));
 }
 
+// Encoding a sprite: state.range(0) is the side, state.range(1) the kind of picture.
+enum Picture { Textured, Flat, Noise };
+
+QImage picture(int kind, int size)
+{
+    return kind == Textured ? sprite(size, 1) : kind == Flat ? celSprite(size) : noise(size);
+}
+
 void encode(benchmark::State &state, bool (*save)(const QImage &, QIODevice *))
 {
-    const QImage image = noise(256);
+    const int size = int(state.range(0));
+    const QImage image = picture(int(state.range(1)), size);
     for (auto _ : state)
         benchmark::DoNotOptimize(encoded(image, save));
-    state.SetBytesProcessed(state.iterations() * 256 * 256);
+    state.SetBytesProcessed(state.iterations() * size * size);
 }
 
 void lz5EncodeRuns(benchmark::State &state)
@@ -143,6 +152,14 @@ void lz5EncodeSearch(benchmark::State &state)
 void lz5EncodeExhaustive(benchmark::State &state)
 {
     encode(state, Ovra::saveLZ5Exhaustive);
+}
+
+void encodedPictures(benchmark::internal::Benchmark *benchmark)
+{
+    benchmark->ArgNames({"side", "picture"});
+    for (int kind : {Textured, Flat, Noise})
+        for (int side : {256, 1024})
+            benchmark->Args({side, kind});
 }
 
 void fileLoad(benchmark::State &state, bool pcx)
@@ -181,9 +198,12 @@ BENCHMARK(rle8Decode)->Unit(benchmark::kMicrosecond);
 BENCHMARK(lz5Decode)->Unit(benchmark::kMicrosecond);
 BENCHMARK(rle8DecodeCel)->Unit(benchmark::kMicrosecond);
 BENCHMARK(lz5DecodeCel)->Unit(benchmark::kMicrosecond);
-BENCHMARK(lz5EncodeRuns)->Unit(benchmark::kMillisecond);
-BENCHMARK(lz5EncodeSearch)->Unit(benchmark::kMillisecond);
-BENCHMARK(lz5EncodeExhaustive)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(lz5EncodeRuns)->Unit(benchmark::kMillisecond)->Apply(encodedPictures);
+BENCHMARK(lz5EncodeSearch)->Unit(benchmark::kMillisecond)->Apply(encodedPictures);
+// The plain search is the reference the fast one must equal; one small picture of each kind
+// is enough to tell its pace.
+BENCHMARK(lz5EncodeExhaustive)->Unit(benchmark::kMillisecond)->Iterations(2)
+    ->ArgNames({"side", "picture"})->Args({256, Textured})->Args({256, Flat})->Args({256, Noise});
 BENCHMARK(pngLoad)->Unit(benchmark::kMicrosecond);
 BENCHMARK(pcxLoad)->Unit(benchmark::kMicrosecond);
 
@@ -196,8 +216,14 @@ int main(int argc, char **argv)
     reporter.addRatio("lz5Decode", "memcpyPixels");
     reporter.addRatio("rle8DecodeCel", "memcpyPixels");
     reporter.addRatio("lz5DecodeCel", "memcpyPixels");
-    reporter.addRatio("lz5EncodeSearch", "lz5EncodeRuns");
-    reporter.addRatio("lz5EncodeSearch", "lz5EncodeExhaustive/iterations:3");
+    for (const char *picture : {"0", "1", "2"}) {
+        for (const char *side : {"256", "1024"}) {
+            const std::string args = std::string("/side:") + side + "/picture:" + picture;
+            reporter.addRatio("lz5EncodeSearch" + args, "lz5EncodeRuns" + args);
+        }
+        const std::string small = std::string("/side:256/picture:") + picture;
+        reporter.addRatio("lz5EncodeSearch" + small, "lz5EncodeExhaustive" + small + "/iterations:2");
+    }
     reporter.addRatio("pcxLoad", "pngLoad");
     return runWithRatios(argc, argv, reporter);
 }

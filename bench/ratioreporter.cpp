@@ -15,8 +15,11 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
         // With repetitions the mean stands for the routine; single runs stand for themselves.
         if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "mean")
             continue;
+        // Repetitions add "/repeats:N" to the name; the ratios name the routine without it.
+        benchmark::BenchmarkName name = run.run_name;
+        name.repetitions.clear();
         // In seconds, whatever unit each benchmark prints in.
-        m_times[run.run_name.str()] = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+        m_times[name.str()] = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
     }
     ConsoleReporter::ReportRuns(runs);
 }
@@ -27,8 +30,11 @@ void RatioReporter::Finalize()
     for (const auto &[subject, reference] : m_ratios) {
         const auto s = m_times.find(subject);
         const auto r = m_times.find(reference);
-        if (s == m_times.end() || r == m_times.end() || s->second <= 0)
+        // A pair that was filtered out says so, rather than leaving the reader to wonder.
+        if (s == m_times.end() || r == m_times.end() || s->second <= 0) {
+            std::printf("ratio %s against %s: not measured in this run\n", subject.c_str(), reference.c_str());
             continue;
+        }
         std::printf("ratio %s against %s: %.2fx the speed, %.3gx the time\n", subject.c_str(),
                     reference.c_str(), r->second / s->second, s->second / r->second);
     }

@@ -124,7 +124,25 @@ public:
         if (pos + 1 >= n)
             return best;
         const int nearest = pos - std::min(pos, MaxDistance);
-        for (int p = m_previous[size_t(pos)]; p >= nearest && p >= 0; p = m_previous[size_t(p)]) {
+        int run = 1;
+        while (pos + run < n && run < MaxCopy && pixels[pos + run] == pixels[pos])
+            ++run;
+        if (run == 1) {
+            for (int p = m_previous[size_t(pos)]; p >= nearest && p >= 0; p = m_previous[size_t(p)]) {
+                if (pos - p >= 2)
+                    tryDistance(pixels, n, pos, pos - p, best);
+            }
+            return best;
+        }
+        // Inside a run of one colour a match counts only if it reaches past the run (a match
+        // of one colour is a run's business), so it must hold the same run followed by the same
+        // next byte. Those places are the earlier ones of the pair that ends the run: the
+        // exhaustive search accepts nothing else, and meets these in the same order.
+        if (pos + run >= n || run >= MaxCopy)
+            return best;
+        const int lead = run - 1;
+        for (int q = m_previous[size_t(pos + lead)]; q - lead >= nearest && q >= lead; q = m_previous[size_t(q)]) {
+            const int p = q - lead;
             if (pos - p >= 2)
                 tryDistance(pixels, n, pos, pos - p, best);
         }

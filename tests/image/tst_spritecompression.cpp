@@ -157,6 +157,18 @@ void SpriteCompressionTest::fastSearchWritesTheExhaustiveBytes()
         });
         QCOMPARE(encoded(tiled, Lz5Copies).toHex(), encoded(tiled, Lz5Exhaustive).toHex());
     }
+    // And over runs of every length that matters inside flat areas: short ones, ones about
+    // the longest copy, and ones that reach the end of the picture.
+    const int lengths[] = {1, 2, 3, 6, 7, 8, 9, 30, 256, 257, 258, 259, 300};
+    for (int round = 0; round < 24; ++round) {
+        QByteArray runs;
+        while (runs.size() < 2400) {
+            const int length = lengths[random.bounded(int(std::size(lengths)))];
+            runs.append(QByteArray(length, char(random.bounded(2 + round % 4))));
+        }
+        const QImage flat = indexed(120, 20, [&](int x, int y) { return uchar(runs.at(y * 120 + x)); });
+        QCOMPARE(encoded(flat, Lz5Copies).toHex(), encoded(flat, Lz5Exhaustive).toHex());
+    }
 }
 
 void SpriteCompressionTest::rle8TrueColour()
