@@ -1,5 +1,6 @@
 // Opening a large work of the sample engine (5,000 sprites, 500 animations, 200 sounds)
 // against reading the same files' bytes from disk, both from the page cache.
+#include "animationdocument.h"
 #include "sampleengine.h"
 #include "samplework.h"
 
@@ -15,6 +16,8 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
+
+#include <cstdio>
 
 using namespace Ovra;
 
@@ -105,8 +108,40 @@ void openAndDecodeAll(benchmark::State &state)
     }
 }
 
+// The resident size of the process in bytes.
+double residentBytes()
+{
+    long pages = 0, resident = 0;
+    if (FILE *statm = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(statm, "%ld %ld", &pages, &resident) != 2)
+            resident = 0;
+        std::fclose(statm);
+    }
+    return double(resident) * 4096.0;
+}
+
+// An animation file of state.range(0) lines parsed into its document and node tree; the
+// time should grow with the lines and no faster.
+void animationLoad(benchmark::State &state)
+{
+    const int lines = int(state.range(0));
+    const QString text = SampleWork::largeAnimationText(lines / 25, 5000);
+    double bytesPerLine = 0;
+    for (auto _ : state) {
+        const double before = residentBytes();
+        auto *document = new AnimationDocument;
+        auto *animations = new SampleAnimations(document);
+        document->fromString(text);
+        bytesPerLine = (residentBytes() - before) / lines;
+        animations->release();
+    }
+    state.counters["lines"] = lines;
+    state.counters["bytes/line"] = bytesPerLine;
+}
+
 } // namespace
 
+BENCHMARK(animationLoad)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(readBytes)->Unit(benchmark::kMillisecond);
 BENCHMARK(openProject)->Unit(benchmark::kMillisecond);
 BENCHMARK(openAndDecodeAll)->Unit(benchmark::kMillisecond);
@@ -119,5 +154,6 @@ int main(int argc, char **argv)
     RatioReporter reporter;
     reporter.addRatio("openProject", "readBytes");
     reporter.addRatio("openAndDecodeAll", "readBytes");
+    reporter.addRatio("animationLoad/1000000/iterations:1", "animationLoad/100000/iterations:1");
     return runWithRatios(argc, argv, reporter);
 }

@@ -84,8 +84,9 @@ void Animations::insertChild(CodeNode *node, uint index)
 void Animations::removeChild(CodeNode *node)
 {
     // The node may be half way through its destructor: it is compared, never cast.
+    // From the end: a document ends its nodes from the last one.
     int row = -1;
-    for (int i = 0; i < d->animations.size() && row < 0; ++i) {
+    for (int i = d->animations.size() - 1; i >= 0 && row < 0; --i) {
         if (static_cast<CodeNode *>(d->animations.at(i)) == node)
             row = i;
     }
@@ -100,8 +101,9 @@ void Animations::removeChild(CodeNode *node)
 
 void Animations::childChanged(CodeNode *node)
 {
+    // From the end: a document ends its nodes from the last one.
     int row = -1;
-    for (int i = 0; i < d->animations.size() && row < 0; ++i) {
+    for (int i = d->animations.size() - 1; i >= 0 && row < 0; --i) {
         if (static_cast<CodeNode *>(d->animations.at(i)) == node)
             row = i;
     }

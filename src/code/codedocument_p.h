@@ -8,6 +8,7 @@
 #include "foundation/messages.h"
 
 #include <QFuture>
+#include <QHash>
 #include <QMap>
 #include <QObjectUserData>
 #include <QTextCharFormat>
@@ -104,6 +105,11 @@ public:
     quint16 changeDepth = 0;
     quint16 notifyLock = 0;
     QMap<uint, CodeNodeFile *> nodeFiles;
+    // Top-level nodes by node-file kind in the first `rootRowsCounted` root rows, so that a
+    // node appended to the root (every node of a load) finds its place in its file without
+    // counting; anything but an append starts the count again.
+    QHash<uint, uint> rootNodesByKind;
+    uint rootRowsCounted = 0;
     QFuture<void> saveFuture;
     bool saveInProgress = false;
     uint errorCount = 0;
@@ -118,6 +124,7 @@ public:
     QTextBlock currentBlock;
     bool ignoreContentsChange = false;
     bool parsing = false;
+    bool wholePass = false;
     bool reparsePending = false;
     bool rehighlightPending = false;
     bool modelEnabled = true;

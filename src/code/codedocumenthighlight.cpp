@@ -132,7 +132,9 @@ void CodeDocumentPrivate::applyFormats(const QTextBlock &block)
     // Repainting is no change of the text: the pass must not hear of it.
     const bool ignoring = ignoreContentsChange;
     ignoreContentsChange = true;
-    document->markContentsDirty(block.position(), block.length());
+    // A pass over the whole text marks it all at once when it ends.
+    if (!wholePass)
+        document->markContentsDirty(block.position(), block.length());
     ignoreContentsChange = ignoring;
 }
 

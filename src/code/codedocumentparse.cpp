@@ -55,7 +55,9 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     QTextBlock last = document->findBlock(position + added + (removed > 0 ? 1 : 0));
     if (!last.isValid())
         last = document->lastBlock();
-    const int end = last.position() + last.length();
+    // Lines are told apart from `last` by identity: a line's position is a search of the
+    // document's tree, too dear to ask on every line of a long file.
+    bool afterLast = false;
 
     // The state of a line below a header depends on the run of headers directly behind
     // its node, so after a line that is or was a header, or that gained or lost its node,
@@ -64,7 +66,7 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     bool stateChanged = false;
     bool headerBehind = false;
     bool unseen = std::exchange(unseenNodeChange, false);
-    while (block.isValid() && (block.position() < end || stateChanged || headerBehind || unseen)) {
+    while (block.isValid() && (!afterLast || stateChanged || headerBehind || unseen)) {
         const int before = block.userState();
         const CodeBlockData *data = testBlockData(block);
         const CodeNode *was = data ? data->d->node : nullptr;
@@ -79,8 +81,9 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         if (was || now)
             headerBehind = wasHeader || isHeader(now) || !was || !now;
         // Where in the range unseen changes were is not known: only a line behind it ends them.
-        if (unseen && block.position() >= end && now && !isHeader(now))
+        if (unseen && afterLast && now && !isHeader(now))
             unseen = false;
+        afterLast = afterLast || block == last;
         block = block.next();
     }
     lineFormats.clear();
@@ -111,7 +114,11 @@ void CodeDocumentPrivate::wholeDocumentPass()
     const bool ignoring = ignoreContentsChange;
     ignoreContentsChange = true;
     all.beginEditBlock();
+    const bool outerWholePass = std::exchange(wholePass, true);
     parsePass(all.position(), 0, document->characterCount() - all.position());
+    wholePass = outerWholePass;
+    if (!wholePass)
+        document->markContentsDirty(0, document->characterCount());
     all.endEditBlock();
     ignoreContentsChange = ignoring;
 }

@@ -182,21 +182,33 @@ QIcon CodeDocument::nodeIcon(const CodeNode *node) const
 void CodeDocument::insertChild(CodeNode *node, uint row)
 {
     const uint key = nodeFileKey(node);
-    CodeNodeFile *file = d->nodeFiles.value(key);
-    if (!file)
-        return;
     // Its place in the file: the root rows before it that hold nodes of its kind.
     uint index = 0;
-    for (uint i = 0; i < row && i < m_root.childCount(); ++i) {
-        const CodeNode *before = m_root.childAt(i);
-        if (before != node && nodeFileKey(before) == key)
-            ++index;
+    const bool appended = row + 1 == m_root.childCount() && m_root.childAt(row) == node;
+    if (appended && d->rootRowsCounted == row) {
+        index = d->rootNodesByKind.value(key);
+    } else {
+        d->rootNodesByKind.clear();
+        for (uint i = 0; i < row && i < m_root.childCount(); ++i) {
+            const CodeNode *before = m_root.childAt(i);
+            if (before != node)
+                ++d->rootNodesByKind[nodeFileKey(before)];
+        }
+        index = d->rootNodesByKind.value(key);
     }
-    file->insertChild(node, index);
+    if (appended) {
+        ++d->rootNodesByKind[key];
+        d->rootRowsCounted = row + 1;
+    } else {
+        d->rootRowsCounted = UINT_MAX;
+    }
+    if (CodeNodeFile *file = d->nodeFiles.value(key))
+        file->insertChild(node, index);
 }
 
 void CodeDocument::removeChild(CodeNode *node)
 {
+    d->rootRowsCounted = UINT_MAX;
     // A node leaves the root while it ends, when only its type can still be read: every
     // file of its type hears of it, and only the one that holds it acts.
     for (auto it = d->nodeFiles.cbegin(); it != d->nodeFiles.cend(); ++it) {

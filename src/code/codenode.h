@@ -94,6 +94,9 @@ private:
     CodeNode *m_previous = nullptr;
     CodeNode *m_next = nullptr;
     Type m_type;
+    // The node's row under its parent as the parent last numbered it; a parent that keeps
+    // rows this way tells whether it is still true (it sits in the padding after m_type).
+    mutable int m_row = -1;
 };
 
 } // namespace Ovra

@@ -79,6 +79,8 @@ protected:
 
     friend class CodeNode;
     static void setParentOf(CodeNode *child, ParentCode *parent) { child->m_parent = parent; }
+    static int keptRow(const CodeNode *child) { return child->m_row; }
+    static void keepRow(const CodeNode *child, int row) { child->m_row = row; }
 };
 
 } // namespace Ovra

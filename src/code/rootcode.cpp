@@ -59,6 +59,17 @@ uint RootCode::childCount() const
 
 int RootCode::childIndex(const CodeNode *child) const
 {
+    if (!child || child->parent() != this)
+        return -1;
+    int row = keptRow(child);
+    if (row < 0 || row >= m_rowsKept) {
+        for (int i = m_rowsKept; i < m_childs.size(); ++i)
+            keepRow(m_childs.at(i), i);
+        m_rowsKept = m_childs.size();
+        row = keptRow(child);
+    }
+    if (row >= 0 && row < m_childs.size() && m_childs.at(row) == child)
+        return row;
     return m_childs.indexOf(const_cast<CodeNode *>(child));
 }
 
@@ -76,17 +87,25 @@ void RootCode::insertChild(CodeNode *child, uint row)
     const int at = qMin(int(row), m_childs.size());
     beginInsert(this, at);
     m_childs.insert(at, child);
+    if (at == m_rowsKept && at + 1 == m_childs.size()) {
+        keepRow(child, at);
+        ++m_rowsKept;
+    } else {
+        rowsChangedFrom(at);
+    }
     setParentOf(child, this);
     endInsert();
 }
 
 void RootCode::removeChild(CodeNode *child)
 {
-    const int row = m_childs.indexOf(child);
+    const int row = childIndex(child);
     if (row < 0)
         return;
     beginRemove(this, row);
     m_childs.removeAt(row);
+    rowsChangedFrom(row);
+    keepRow(child, -1);
     setParentOf(child, nullptr);
     endRemove();
 }

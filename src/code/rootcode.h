@@ -65,7 +65,13 @@ protected:
     virtual bool isModelShown() const;
 
 private:
+    // Each child keeps its row; the rows of the first m_rowsKept children are true. Appends
+    // keep them all; an insertion or removal in the middle makes the rest be numbered again
+    // when a row is next asked for, so a load never searches and an edit pays once.
+    void rowsChangedFrom(int row) { m_rowsKept = qMin(m_rowsKept, row); }
+
     QList<CodeNode *> m_childs;
+    mutable int m_rowsKept = 0;
     ushort m_version = 0;
     short m_fileType = 0;
 };

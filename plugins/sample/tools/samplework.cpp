@@ -272,6 +272,25 @@ bool write(const QString &directory, QString *error)
            && writeSounds(base + QStringLiteral(".sbk"), error);
 }
 
+QString largeAnimationText(int animations, int sprites)
+{
+    QString text = QStringLiteral("@version 1\n");
+    text.reserve(animations * 600);
+    for (int a = 0; a < animations; ++a) {
+        text += QStringLiteral("\nanimation %1 \"Generated %1\"\n").arg(a);
+        for (int frame = 0; frame < 10; ++frame) {
+            const int sprite = (a * 10 + frame) % qMax(sprites, 1);
+            text += QStringLiteral("    frame (%1, %2) delay=%3%4\n")
+                        .arg(sprite / 10).arg(sprite % 10).arg(4 + frame % 3)
+                        .arg(frame == 0 ? QStringLiteral(" loop") : QString());
+            text += QStringLiteral("        body (-10, -40, 10, 0)\n");
+            if (frame % 3 == 2)
+                text += QStringLiteral("        attack (4, -30, 20, -20)\n");
+        }
+    }
+    return text;
+}
+
 bool writeLarge(const QString &directory, const Size &size, QString *error)
 {
     const QDir root(directory);
@@ -289,19 +308,7 @@ bool writeLarge(const QString &directory, const Size &size, QString *error)
     }
     sprites.endChange();
 
-    QString animations = QStringLiteral("@version 1\n");
-    for (int a = 0; a < size.animations; ++a) {
-        animations += QStringLiteral("\nanimation %1 \"Generated %1\"\n").arg(a);
-        for (int frame = 0; frame < 10; ++frame) {
-            const int sprite = (a * 10 + frame) % qMax(size.sprites, 1);
-            animations += QStringLiteral("    frame (%1, %2) delay=%3%4\n")
-                              .arg(sprite / 10).arg(sprite % 10).arg(4 + frame % 3)
-                              .arg(frame == 0 ? QStringLiteral(" loop") : QString());
-            animations += QStringLiteral("        body (-10, -40, 10, 0)\n");
-            if (frame % 3 == 2)
-                animations += QStringLiteral("        attack (4, -30, 20, -20)\n");
-        }
-    }
+    const QString animations = largeAnimationText(size.animations, size.sprites);
 
     SoundBank bank;
     for (int s = 0; s < size.sounds; ++s)

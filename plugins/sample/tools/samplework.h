@@ -20,6 +20,10 @@ struct Size
 // A work of one project "bulk/bulk.ovp" with that many generated items.
 bool writeLarge(const QString &directory, const Size &size, QString *error);
 
+// The animations of a large work: `animations` of 10 frames each (25 lines an animation),
+// showing sprites of `sprites` in groups of 10.
+QString largeAnimationText(int animations, int sprites);
+
 // The project file of the work that write() makes, relative to its directory.
 QString projectFile();
 
