@@ -1,0 +1,284 @@
+#pragma once
+
+// Not part of the interface: what hq2x, hq3x and hq4x share, included by their sources only.
+//
+// hqNx looks at each pixel with its eight neighbours, marks those whose colour is far from
+// it in a YUV comparison, and fills the N x N pixels it becomes by rules chosen by that
+// pattern of marks. The filters treat the four corners of the block alike, turned by
+// quarter turns, so each filter's table holds only the pixels of the top-left part, seen
+// in the top-left frame: for each corner the pattern is turned into that frame, and so are
+// the neighbours the rules blend and the pixels they fill.
+#include <QtGlobal>
+
+#include <array>
+#include <cstdlib>
+
+namespace Ovra {
+namespace Hqx {
+
+// Neighbours numbered as on a keypad seen from above: 1 2 3 / 4 5 6 / 7 8 9, 5 the pixel.
+enum Neighbour { N1 = 1, N2, N3, N4, N5, N6, N7, N8, N9 };
+
+// The mark of each neighbour in a pattern (none for the pixel itself).
+constexpr int markBit[10] = {0, 1, 2, 4, 8, 0, 16, 32, 64, 128};
+
+// The neighbour pairs some rules compare, in the order of a quarter turn clockwise:
+// left and above, above and right, right and below, below and left.
+constexpr int pairs[4][2] = {{N4, N2}, {N2, N6}, {N6, N8}, {N8, N4}};
+
+// A rule that holds only while two neighbours look alike names them in the top-left
+// frame; if they differ, the rule's other blend is taken.
+enum Condition : quint8 {
+    Always,
+    SideTop,    // the neighbours left and above
+    TopRight,   // above and right
+    SideBottom, // left and below
+};
+constexpr int pairOf[4] = {-1, 0, 1, 3};
+
+void weightsMustAddUpToAPowerOfTwo(); // never defined: a bad table entry fails to compile
+
+constexpr quint8 shiftFor(int sum)
+{
+    return sum == 1 ? 0
+           : sum == 2 ? 1
+           : sum == 4 ? 2
+           : sum == 8 ? 3
+           : sum == 16 ? 4
+                       : (weightsMustAddUpToAPowerOfTwo(), 0);
+}
+
+// How one output pixel is made: the weights, in the four hex digits of the table's
+// entries, of the pixel itself (E), the diagonal neighbour at the frame's corner (C), the
+// one beside it (S, left in the top-left frame) and the one above it (T). 0x1000 keeps the
+// pixel; 0x2011 is (2E + S + T) / 4; 0xE011 is (14E + S + T) / 16. The sum divides by a
+// shift, channel by channel, alpha too, truncating.
+struct Blend
+{
+    quint8 pixel;
+    quint8 corner;
+    quint8 side;
+    quint8 top;
+    quint8 shift;
+
+    constexpr Blend(quint16 weights)
+        : pixel(quint8(weights >> 12))
+        , corner(quint8((weights >> 8) & 15))
+        , side(quint8((weights >> 4) & 15))
+        , top(quint8(weights & 15))
+        , shift(shiftFor((weights >> 12) + ((weights >> 8) & 15) + ((weights >> 4) & 15) + (weights & 15)))
+    {
+    }
+};
+
+struct Rule
+{
+    Condition condition;
+    Blend ifDifferent;
+    Blend ifAlike;
+
+    constexpr Rule(quint16 blend)
+        : condition(Always)
+        , ifDifferent(blend)
+        , ifAlike(blend)
+    {
+    }
+    constexpr Rule(Condition c, quint16 different, quint16 alike)
+        : condition(c)
+        , ifDifferent(different)
+        , ifAlike(alike)
+    {
+    }
+};
+
+// A pixel of the top-left part of the output block, by column and row.
+struct Cell
+{
+    int x;
+    int y;
+};
+
+// For each number of quarter turns clockwise, where each neighbour of the top-left frame
+// lies. One turn takes the top-left corner to the top-right one.
+constexpr std::array<std::array<int, 10>, 4> turnedNeighbours()
+{
+    constexpr int quarterTurn[10] = {0, N3, N6, N9, N2, N5, N8, N1, N4, N7};
+    std::array<std::array<int, 10>, 4> at{};
+    for (int n = 0; n < 10; ++n)
+        at[0][n] = n;
+    for (int turn = 1; turn < 4; ++turn) {
+        for (int n = 0; n < 10; ++n)
+            at[turn][n] = quarterTurn[at[turn - 1][n]];
+    }
+    return at;
+}
+constexpr std::array<std::array<int, 10>, 4> neighbourAt = turnedNeighbours();
+
+// Each pattern of marks as the frame of each turn sees it.
+constexpr std::array<std::array<quint8, 256>, 4> turnedPatterns()
+{
+    std::array<std::array<quint8, 256>, 4> seen{};
+    for (int turn = 0; turn < 4; ++turn) {
+        for (int marks = 0; marks < 256; ++marks) {
+            int frame = 0;
+            for (int n = N1; n <= N9; ++n) {
+                if (n != N5 && (marks & markBit[neighbourAt[turn][n]]))
+                    frame |= markBit[n];
+            }
+            seen[turn][marks] = quint8(frame);
+        }
+    }
+    return seen;
+}
+constexpr std::array<std::array<quint8, 256>, 4> patternIn = turnedPatterns();
+
+// The integer YUV form the filters compare, packed as Y << 16 | U << 8 | V. The shifts of
+// negative values round down, as the comparison has always done.
+inline quint32 toYuv(quint32 pixel)
+{
+    const int r = int((pixel >> 16) & 0xFF);
+    const int g = int((pixel >> 8) & 0xFF);
+    const int b = int(pixel & 0xFF);
+    const int y = (r + g + b) >> 2;
+    const int u = 128 + ((r - b) >> 2);
+    const int v = 128 + ((-r + 2 * g - b) >> 3);
+    return quint32((y << 16) | (u << 8) | v);
+}
+
+inline bool farApart(quint32 a, quint32 b)
+{
+    return std::abs(int(a & 0xFF0000) - int(b & 0xFF0000)) > 0x300000
+           || std::abs(int(a & 0x00FF00) - int(b & 0x00FF00)) > 0x000700
+           || std::abs(int(a & 0x0000FF) - int(b & 0x0000FF)) > 0x000006;
+}
+
+// Two channels at a time, each in 16 bits: sixteen times 255 still fits.
+inline quint32 mix(const Blend &b, quint32 e, quint32 c, quint32 s, quint32 t)
+{
+    constexpr quint32 mask = 0x00FF00FF;
+    const quint32 low = (((e & mask) * b.pixel + (c & mask) * b.corner + (s & mask) * b.side + (t & mask) * b.top)
+                         >> b.shift)
+                        & mask;
+    e >>= 8;
+    c >>= 8;
+    s >>= 8;
+    t >>= 8;
+    const quint32 high = (((e & mask) * b.pixel + (c & mask) * b.corner + (s & mask) * b.side + (t & mask) * b.top)
+                          >> b.shift)
+                         & mask;
+    return low | (high << 8);
+}
+
+// One source pixel with its neighbours (the pixel itself past the picture's edges) and
+// their YUV values, kept as three columns that move one place right at a time.
+struct Window
+{
+    quint32 pixel[10];
+    quint32 yuv[10];
+
+    void load(int column, const quint32 *above, const quint32 *row, const quint32 *below, int at)
+    {
+        // Column 0 holds neighbours 1, 4, 7; 1 holds 2, 5, 8; 2 holds 3, 6, 9.
+        pixel[1 + column] = above[at];
+        pixel[4 + column] = row[at];
+        pixel[7 + column] = below[at];
+        yuv[1 + column] = toYuv(above[at]);
+        yuv[4 + column] = toYuv(row[at]);
+        yuv[7 + column] = toYuv(below[at]);
+    }
+    void shift()
+    {
+        for (int n = 1; n <= 7; n += 3) {
+            pixel[n] = pixel[n + 1];
+            pixel[n + 1] = pixel[n + 2];
+            yuv[n] = yuv[n + 1];
+            yuv[n + 1] = yuv[n + 2];
+        }
+    }
+    int marks() const
+    {
+        int marks = 0;
+        for (int n = N1; n <= N9; ++n) {
+            if (n != N5 && pixel[n] != pixel[N5] && farApart(yuv[n], yuv[N5]))
+                marks |= markBit[n];
+        }
+        return marks;
+    }
+    // Bit k set when pair k differs.
+    int differingPairs() const
+    {
+        int differing = 0;
+        for (int k = 0; k < 4; ++k) {
+            if (farApart(yuv[pairs[k][0]], yuv[pairs[k][1]]))
+                differing |= 1 << k;
+        }
+        return differing;
+    }
+};
+
+// The filter of factor `Scale` over the rules of the cells of its top-left part. An odd
+// factor's centre pixel, which no corner reaches, keeps the pixel.
+template <int Scale, int Cells>
+void magnify(const quint32 *source, quint32 *target, int width, int height, int bytesPerLine,
+             const Rule (&rules)[256][Cells], const Cell (&cells)[Cells])
+{
+    if (!source || !target || width <= 0 || height <= 0)
+        return;
+    // Where each cell lands for each turn, as a row and a column of the block.
+    int cellRow[4][Cells];
+    int cellColumn[4][Cells];
+    for (int k = 0; k < Cells; ++k) {
+        int x = cells[k].x;
+        int y = cells[k].y;
+        for (int turn = 0; turn < 4; ++turn) {
+            cellColumn[turn][k] = x;
+            cellRow[turn][k] = y;
+            const int turned = Scale - 1 - y;
+            y = x;
+            x = turned;
+        }
+    }
+    auto *bytes = reinterpret_cast<uchar *>(target);
+    Window w;
+    for (int y = 0; y < height; ++y) {
+        const quint32 *row = source + size_t(y) * size_t(width);
+        const quint32 *above = y > 0 ? row - width : row;
+        const quint32 *below = y + 1 < height ? row + width : row;
+        quint32 *out[Scale];
+        for (int k = 0; k < Scale; ++k)
+            out[k] = reinterpret_cast<quint32 *>(bytes + (size_t(Scale) * size_t(y) + size_t(k)) * size_t(bytesPerLine));
+        w.load(0, above, row, below, 0);
+        w.load(1, above, row, below, 0);
+        for (int x = 0; x < width; ++x) {
+            if (x > 0)
+                w.shift();
+            w.load(2, above, row, below, x + 1 < width ? x + 1 : x);
+            const int marks = w.marks();
+            int differing = -1; // worked out when a rule first asks
+            const quint32 e = w.pixel[N5];
+            const int left = Scale * x;
+            for (int turn = 0; turn < 4; ++turn) {
+                const auto &at = neighbourAt[turn];
+                const quint32 c = w.pixel[at[N1]];
+                const quint32 s = w.pixel[at[N4]];
+                const quint32 t = w.pixel[at[N2]];
+                const Rule *rule = rules[patternIn[turn][marks]];
+                for (int k = 0; k < Cells; ++k) {
+                    bool alike = false;
+                    if (rule[k].condition != Always) {
+                        if (differing < 0)
+                            differing = w.differingPairs();
+                        alike = !(differing & (1 << ((pairOf[rule[k].condition] + turn) & 3)));
+                    }
+                    const Blend &blend = alike ? rule[k].ifAlike : rule[k].ifDifferent;
+                    out[cellRow[turn][k]][left + cellColumn[turn][k]] = mix(blend, e, c, s, t);
+                }
+            }
+            if (Scale % 2)
+                out[Scale / 2][left + Scale / 2] = e;
+        }
+    }
+}
+
+} // namespace Hqx
+} // namespace Ovra
