@@ -10,6 +10,7 @@
 // the neighbours the rules blend and the pixels they fill.
 #include <QtGlobal>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 
@@ -34,7 +35,22 @@ enum Condition : quint8 {
     TopRight,   // above and right
     SideBottom, // left and below
 };
-constexpr int pairOf[4] = {-1, 0, 1, 3};
+
+// For each turn, the bit of a condition's pair in the set of differing pairs. A rule that
+// always holds looks at a bit that is always set, so that no branch tells them apart.
+constexpr int alwaysDiffers = 16;
+constexpr std::array<std::array<int, 4>, 4> conditionBits()
+{
+    constexpr int pairOf[4] = {-1, 0, 1, 3};
+    std::array<std::array<int, 4>, 4> bits{};
+    for (int turn = 0; turn < 4; ++turn) {
+        bits[turn][Always] = alwaysDiffers;
+        for (int c = SideTop; c <= SideBottom; ++c)
+            bits[turn][c] = 1 << ((pairOf[c] + turn) & 3);
+    }
+    return bits;
+}
+constexpr std::array<std::array<int, 4>, 4> conditionBit = conditionBits();
 
 void weightsMustAddUpToAPowerOfTwo(); // never defined: a bad table entry fails to compile
 
@@ -74,19 +90,16 @@ struct Blend
 struct Rule
 {
     Condition condition;
-    Blend ifDifferent;
-    Blend ifAlike;
+    Blend blends[2]; // while the condition's pair looks alike, and once it differs
 
     constexpr Rule(quint16 blend)
         : condition(Always)
-        , ifDifferent(blend)
-        , ifAlike(blend)
+        , blends{blend, blend}
     {
     }
     constexpr Rule(Condition c, quint16 different, quint16 alike)
         : condition(c)
-        , ifDifferent(different)
-        , ifAlike(alike)
+        , blends{alike, different}
     {
     }
 };
@@ -147,9 +160,10 @@ inline quint32 toYuv(quint32 pixel)
 
 inline bool farApart(quint32 a, quint32 b)
 {
-    return std::abs(int(a & 0xFF0000) - int(b & 0xFF0000)) > 0x300000
-           || std::abs(int(a & 0x00FF00) - int(b & 0x00FF00)) > 0x000700
-           || std::abs(int(a & 0x0000FF) - int(b & 0x0000FF)) > 0x000006;
+    // Without short cuts: on pictures of many edges the branches would mostly be guessed wrong.
+    return (std::abs(int(a & 0xFF0000) - int(b & 0xFF0000)) > 0x300000)
+           | (std::abs(int(a & 0x00FF00) - int(b & 0x00FF00)) > 0x000700)
+           | (std::abs(int(a & 0x0000FF) - int(b & 0x0000FF)) > 0x000006);
 }
 
 // Two channels at a time, each in 16 bits: sixteen times 255 still fits.
@@ -195,23 +209,28 @@ struct Window
             yuv[n + 1] = yuv[n + 2];
         }
     }
+    // Every blend of one colour is that colour: a pixel amid its own kind needs no rules.
+    bool uniform() const
+    {
+        const quint32 e = pixel[N5];
+        return pixel[1] == e && pixel[2] == e && pixel[3] == e && pixel[4] == e && pixel[6] == e && pixel[7] == e
+               && pixel[8] == e && pixel[9] == e;
+    }
     int marks() const
     {
         int marks = 0;
         for (int n = N1; n <= N9; ++n) {
-            if (n != N5 && pixel[n] != pixel[N5] && farApart(yuv[n], yuv[N5]))
-                marks |= markBit[n];
+            if (n != N5)
+                marks |= markBit[n] * int((pixel[n] != pixel[N5]) & farApart(yuv[n], yuv[N5]));
         }
         return marks;
     }
-    // Bit k set when pair k differs.
+    // Bit k set when pair k differs, and the bit of rules that always hold.
     int differingPairs() const
     {
-        int differing = 0;
-        for (int k = 0; k < 4; ++k) {
-            if (farApart(yuv[pairs[k][0]], yuv[pairs[k][1]]))
-                differing |= 1 << k;
-        }
+        int differing = alwaysDiffers;
+        for (int k = 0; k < 4; ++k)
+            differing |= int(farApart(yuv[pairs[k][0]], yuv[pairs[k][1]])) << k;
         return differing;
     }
 };
@@ -222,7 +241,8 @@ template <int Scale, int Cells>
 void magnify(const quint32 *source, quint32 *target, int width, int height, int bytesPerLine,
              const Rule (&rules)[256][Cells], const Cell (&cells)[Cells])
 {
-    if (!source || !target || width <= 0 || height <= 0)
+    // Rows closer than a row of output would write into each other and past the target.
+    if (!source || !target || width <= 0 || height <= 0 || bytesPerLine < qint64(width) * Scale * 4)
         return;
     // Where each cell lands for each turn, as a row and a column of the block.
     int cellRow[4][Cells];
@@ -253,10 +273,15 @@ void magnify(const quint32 *source, quint32 *target, int width, int height, int 
             if (x > 0)
                 w.shift();
             w.load(2, above, row, below, x + 1 < width ? x + 1 : x);
-            const int marks = w.marks();
-            int differing = -1; // worked out when a rule first asks
             const quint32 e = w.pixel[N5];
             const int left = Scale * x;
+            if (w.uniform()) {
+                for (int k = 0; k < Scale; ++k)
+                    std::fill_n(out[k] + left, Scale, e);
+                continue;
+            }
+            const int marks = w.marks();
+            const int differing = w.differingPairs();
             for (int turn = 0; turn < 4; ++turn) {
                 const auto &at = neighbourAt[turn];
                 const quint32 c = w.pixel[at[N1]];
@@ -264,13 +289,8 @@ void magnify(const quint32 *source, quint32 *target, int width, int height, int 
                 const quint32 t = w.pixel[at[N2]];
                 const Rule *rule = rules[patternIn[turn][marks]];
                 for (int k = 0; k < Cells; ++k) {
-                    bool alike = false;
-                    if (rule[k].condition != Always) {
-                        if (differing < 0)
-                            differing = w.differingPairs();
-                        alike = !(differing & (1 << ((pairOf[rule[k].condition] + turn) & 3)));
-                    }
-                    const Blend &blend = alike ? rule[k].ifAlike : rule[k].ifDifferent;
+                    const bool differs = differing & conditionBit[turn][rule[k].condition];
+                    const Blend &blend = rule[k].blends[differs];
                     out[cellRow[turn][k]][left + cellColumn[turn][k]] = mix(blend, e, c, s, t);
                 }
             }

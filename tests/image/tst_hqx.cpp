@@ -208,6 +208,7 @@ void HqxTest::writesOnlyItsOwnPixels()
     filterOf(scale)(reinterpret_cast<const quint32 *>(image.constBits()), untouched.data(), 0, 1, 64);
     filterOf(scale)(reinterpret_cast<const quint32 *>(image.constBits()), untouched.data(), 1, -1, 64);
     filterOf(scale)(nullptr, untouched.data(), 1, 1, 64);
+    filterOf(scale)(reinterpret_cast<const quint32 *>(image.constBits()), untouched.data(), 1, 1, scale * 4 - 1);
     QCOMPARE(untouched, std::vector<quint32>(16, 0xDEADBEEF));
 }
 
