@@ -166,21 +166,17 @@ inline bool farApart(quint32 a, quint32 b)
            | (std::abs(int(a & 0x0000FF) - int(b & 0x0000FF)) > 0x000006);
 }
 
-// Two channels at a time, each in 16 bits: sixteen times 255 still fits.
-inline quint32 mix(const Blend &b, quint32 e, quint32 c, quint32 s, quint32 t)
+// A pixel with each channel in 16 bits of its own (blue, red, green, alpha from the low
+// end), so that one multiplication weighs all four: sixteen times 255 still fits.
+inline quint64 spread(quint32 pixel)
 {
-    constexpr quint32 mask = 0x00FF00FF;
-    const quint32 low = (((e & mask) * b.pixel + (c & mask) * b.corner + (s & mask) * b.side + (t & mask) * b.top)
-                         >> b.shift)
-                        & mask;
-    e >>= 8;
-    c >>= 8;
-    s >>= 8;
-    t >>= 8;
-    const quint32 high = (((e & mask) * b.pixel + (c & mask) * b.corner + (s & mask) * b.side + (t & mask) * b.top)
-                          >> b.shift)
-                         & mask;
-    return low | (high << 8);
+    return (pixel & 0x00FF00FFu) | (quint64(pixel & 0xFF00FF00u) << 24);
+}
+
+inline quint32 mix(const Blend &b, quint64 e, quint64 c, quint64 s, quint64 t)
+{
+    const quint64 sum = ((e * b.pixel + c * b.corner + s * b.side + t * b.top) >> b.shift) & 0x00FF00FF00FF00FFull;
+    return quint32(sum | (sum >> 24));
 }
 
 // One source pixel with its neighbours (the pixel itself past the picture's edges) and
@@ -282,16 +278,20 @@ void magnify(const quint32 *source, quint32 *target, int width, int height, int 
             }
             const int marks = w.marks();
             const int differing = w.differingPairs();
+            quint64 spreadOut[10];
+            for (int n = N1; n <= N9; ++n)
+                spreadOut[n] = spread(w.pixel[n]);
+            const quint64 pixel = spreadOut[N5];
             for (int turn = 0; turn < 4; ++turn) {
                 const auto &at = neighbourAt[turn];
-                const quint32 c = w.pixel[at[N1]];
-                const quint32 s = w.pixel[at[N4]];
-                const quint32 t = w.pixel[at[N2]];
+                const quint64 c = spreadOut[at[N1]];
+                const quint64 s = spreadOut[at[N4]];
+                const quint64 t = spreadOut[at[N2]];
                 const Rule *rule = rules[patternIn[turn][marks]];
                 for (int k = 0; k < Cells; ++k) {
                     const bool differs = differing & conditionBit[turn][rule[k].condition];
                     const Blend &blend = rule[k].blends[differs];
-                    out[cellRow[turn][k]][left + cellColumn[turn][k]] = mix(blend, e, c, s, t);
+                    out[cellRow[turn][k]][left + cellColumn[turn][k]] = mix(blend, pixel, c, s, t);
                 }
             }
             if (Scale % 2)
