@@ -87,6 +87,8 @@ struct Blend
     }
 };
 
+// A table entry: {blend} for a rule that always holds, or {condition, blend once the
+// condition's pair differs, blend while it looks alike}.
 struct Rule
 {
     Condition condition;
