@@ -54,7 +54,7 @@ std::vector<quint32> packed(const QImage &image)
 
 // The worst case of the hq filters: few colours at random, so that no pixel lies amid its
 // own kind and every one goes through the rules.
-QImage speckles(int width, int height)
+QImage confetti(int width, int height)
 {
     const QRgb colours[] = {qRgb(20, 10, 30), qRgb(200, 120, 40), qRgb(90, 160, 220), qRgba(255, 255, 255, 0)};
     QImage image(width, height, QImage::Format_ARGB32);
@@ -124,14 +124,14 @@ void hq4xFilter(benchmark::State &state)
     hq(state, 4, sprite(256, 256, 0));
 }
 
-void hq3xSpeckles(benchmark::State &state)
+void hq3xConfetti(benchmark::State &state)
 {
-    hq(state, 3, speckles(256, 256));
+    hq(state, 3, confetti(256, 256));
 }
 
-void hq4xSpeckles(benchmark::State &state)
+void hq4xConfetti(benchmark::State &state)
 {
-    hq(state, 4, speckles(256, 256));
+    hq(state, 4, confetti(256, 256));
 }
 
 // The HQ filter to four times the size, as the resize dialog runs it.
@@ -222,8 +222,8 @@ BENCHMARK(nearest3x)->Unit(benchmark::kMicrosecond);
 BENCHMARK(hq3xFilter)->Unit(benchmark::kMicrosecond);
 BENCHMARK(nearest4x)->Unit(benchmark::kMicrosecond);
 BENCHMARK(hq4xFilter)->Unit(benchmark::kMicrosecond);
-BENCHMARK(hq3xSpeckles)->Unit(benchmark::kMicrosecond);
-BENCHMARK(hq4xSpeckles)->Unit(benchmark::kMicrosecond);
+BENCHMARK(hq3xConfetti)->Unit(benchmark::kMicrosecond);
+BENCHMARK(hq4xConfetti)->Unit(benchmark::kMicrosecond);
 BENCHMARK(hqResize4x)->Unit(benchmark::kMillisecond);
 BENCHMARK(qtIndexed)->Unit(benchmark::kMicrosecond);
 BENCHMARK(octree)->Unit(benchmark::kMicrosecond);
@@ -239,8 +239,8 @@ int main(int argc, char **argv)
     reporter.addRatio("hq2xFilter", "nearest2x");
     reporter.addRatio("hq3xFilter", "nearest3x");
     reporter.addRatio("hq4xFilter", "nearest4x");
-    reporter.addRatio("hq3xSpeckles", "nearest3x");
-    reporter.addRatio("hq4xSpeckles", "nearest4x");
+    reporter.addRatio("hq3xConfetti", "nearest3x");
+    reporter.addRatio("hq4xConfetti", "nearest4x");
     reporter.addRatio("hqResize4x", "nearest4x");
     reporter.addRatio("octree", "qtIndexed");
     reporter.addRatio("octreeNoise", "qtIndexed");
