@@ -52,29 +52,86 @@ std::vector<quint32> packed(const QImage &image)
     return pixels;
 }
 
-void nearest2x(benchmark::State &state)
+// The worst case of the hq filters: few colours at random, so that no pixel lies amid its
+// own kind and every one goes through the rules.
+QImage confetti(int width, int height)
+{
+    const QRgb colours[] = {qRgb(20, 10, 30), qRgb(200, 120, 40), qRgb(90, 160, 220), qRgba(255, 255, 255, 0)};
+    QImage image(width, height, QImage::Format_ARGB32);
+    QRandomGenerator random(5);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, colours[random.bounded(4)]);
+    }
+    return image;
+}
+
+// Megapixels written a second, the figure the enlargements are compared by.
+void countPixels(benchmark::State &state, int scale)
+{
+    const double pixels = 256.0 * 256.0 * scale * scale;
+    state.counters["MP/s"] = benchmark::Counter(double(state.iterations()) * pixels / 1e6, benchmark::Counter::kIsRate);
+}
+
+void nearest(benchmark::State &state, int scale)
 {
     const QImage image = sprite(256, 256, 0);
     for (auto _ : state)
-        benchmark::DoNotOptimize(resizeImageNearest(image, QSize(512, 512)).constBits());
+        benchmark::DoNotOptimize(resizeImageNearest(image, QSize(256 * scale, 256 * scale)).constBits());
+    countPixels(state, scale);
 }
 
-void hq2xFilter(benchmark::State &state)
+// The filter alone, from packed pixels into a buffer made once.
+void hq(benchmark::State &state, int scale, const QImage &image)
 {
-    const QImage image = sprite(256, 256, 0);
     const std::vector<quint32> source = packed(image);
-    std::vector<quint32> target(size_t(512) * 512);
+    std::vector<quint32> target(size_t(256 * scale) * size_t(256 * scale));
+    auto *filter = scale == 2 ? hq2x : scale == 3 ? hq3x : hq4x;
     for (auto _ : state) {
-        hq2x(source.data(), target.data(), 256, 256, 512 * 4);
+        filter(source.data(), target.data(), 256, 256, 256 * scale * 4);
         benchmark::DoNotOptimize(target.data());
     }
+    countPixels(state, scale);
+}
+
+void nearest2x(benchmark::State &state)
+{
+    nearest(state, 2);
+}
+
+void nearest3x(benchmark::State &state)
+{
+    nearest(state, 3);
 }
 
 void nearest4x(benchmark::State &state)
 {
-    const QImage image = sprite(256, 256, 0);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(resizeImageNearest(image, QSize(1024, 1024)).constBits());
+    nearest(state, 4);
+}
+
+void hq2xFilter(benchmark::State &state)
+{
+    hq(state, 2, sprite(256, 256, 0));
+}
+
+void hq3xFilter(benchmark::State &state)
+{
+    hq(state, 3, sprite(256, 256, 0));
+}
+
+void hq4xFilter(benchmark::State &state)
+{
+    hq(state, 4, sprite(256, 256, 0));
+}
+
+void hq3xConfetti(benchmark::State &state)
+{
+    hq(state, 3, confetti(256, 256));
+}
+
+void hq4xConfetti(benchmark::State &state)
+{
+    hq(state, 4, confetti(256, 256));
 }
 
 // The HQ filter to four times the size, as the resize dialog runs it.
@@ -84,6 +141,7 @@ void hqResize4x(benchmark::State &state)
     RGBA palette[256];
     for (auto _ : state)
         benchmark::DoNotOptimize(resizeImage(image, QSize(1024, 1024), palette, HqNearestFilter).constBits());
+    countPixels(state, 4);
 }
 
 void octree(benchmark::State &state)
@@ -160,7 +218,12 @@ void pngFrames(benchmark::State &state)
 
 BENCHMARK(nearest2x)->Unit(benchmark::kMicrosecond);
 BENCHMARK(hq2xFilter)->Unit(benchmark::kMicrosecond);
+BENCHMARK(nearest3x)->Unit(benchmark::kMicrosecond);
+BENCHMARK(hq3xFilter)->Unit(benchmark::kMicrosecond);
 BENCHMARK(nearest4x)->Unit(benchmark::kMicrosecond);
+BENCHMARK(hq4xFilter)->Unit(benchmark::kMicrosecond);
+BENCHMARK(hq3xConfetti)->Unit(benchmark::kMicrosecond);
+BENCHMARK(hq4xConfetti)->Unit(benchmark::kMicrosecond);
 BENCHMARK(hqResize4x)->Unit(benchmark::kMillisecond);
 BENCHMARK(qtIndexed)->Unit(benchmark::kMicrosecond);
 BENCHMARK(octree)->Unit(benchmark::kMicrosecond);
@@ -174,6 +237,10 @@ int main(int argc, char **argv)
     QGuiApplication app(argc, argv); // the PNG writer is a plug-in of the GUI module
     RatioReporter reporter;
     reporter.addRatio("hq2xFilter", "nearest2x");
+    reporter.addRatio("hq3xFilter", "nearest3x");
+    reporter.addRatio("hq4xFilter", "nearest4x");
+    reporter.addRatio("hq3xConfetti", "nearest3x");
+    reporter.addRatio("hq4xConfetti", "nearest4x");
     reporter.addRatio("hqResize4x", "nearest4x");
     reporter.addRatio("octree", "qtIndexed");
     reporter.addRatio("octreeNoise", "qtIndexed");

@@ -170,10 +170,14 @@ QImage epx3x(const QImage &image)
 
 // ---- hqNx -----------------------------------------------------------------------------
 
-// The picture through hq2x. The filter works on 32-bit pixels: an indexed picture is
-// coloured by the palette first and indexed again afterwards.
-QImage hqEnlarge(const QImage &image, RGBA (&palette)[256])
+// The picture through hq2x, hq3x or hq4x by the factor, told as for EPX. The filters work
+// on 32-bit pixels: an indexed picture is coloured by the palette first and indexed again
+// afterwards, each colour matched once.
+QImage hqEnlarge(const QImage &image, float factor, RGBA (&palette)[256])
 {
+    using Filter = void (*)(const quint32 *, quint32 *, int, int, int);
+    const int scale = factor <= 2 ? 2 : factor <= 3 ? 3 : 4;
+    const Filter filter = scale == 2 ? hq2x : scale == 3 ? hq3x : hq4x;
     const bool indexed = image.format() == QImage::Format_Indexed8;
     QImage source = image;
     if (indexed)
@@ -181,20 +185,25 @@ QImage hqEnlarge(const QImage &image, RGBA (&palette)[256])
     source = source.convertToFormat(QImage::Format_ARGB32);
     const int width = source.width();
     const int height = source.height();
-    std::vector<quint32> packed(size_t(width) * size_t(height));
-    for (int y = 0; y < height; ++y)
-        memcpy(packed.data() + size_t(y) * size_t(width), source.constScanLine(y), size_t(width) * 4);
-
-    QImage enlarged(width * 2, height * 2, QImage::Format_ARGB32);
-    if (enlarged.isNull())
+    QImage enlarged(width * scale, height * scale, QImage::Format_ARGB32);
+    if (source.isNull() || enlarged.isNull())
         return QImage();
     auto *target = reinterpret_cast<quint32 *>(enlarged.bits());
-    const int bytesPerLine = enlarged.bytesPerLine();
-    hq2x(packed.data(), target, width, height, bytesPerLine);
+    // 32-bit rows are never padded, but the filters are not to depend on that.
+    if (source.bytesPerLine() == width * 4) {
+        filter(reinterpret_cast<const quint32 *>(source.constBits()), target, width, height, enlarged.bytesPerLine());
+    } else {
+        std::vector<quint32> packed(size_t(width) * size_t(height));
+        for (int y = 0; y < height; ++y)
+            memcpy(packed.data() + size_t(y) * size_t(width), source.constScanLine(y), size_t(width) * 4);
+        filter(packed.data(), target, width, height, enlarged.bytesPerLine());
+    }
     if (!indexed)
         return image.format() == QImage::Format_ARGB32 ? enlarged : enlarged.convertToFormat(image.format());
 
     QImage result(enlarged.size(), QImage::Format_Indexed8);
+    if (result.isNull())
+        return QImage();
     result.setColorTable(tableOf(palette));
     PaletteIndex nearest(palette);
     for (int y = 0; y < enlarged.height(); ++y) {
@@ -270,10 +279,7 @@ QImage resizeImage(QImage image, QSize size, RGBA (&palette)[256], ImageResizeFi
     case HqNearestFilter:
     case HqBilinearFilter: {
         const ImageResizeFilter then = filter == HqNearestFilter ? NearestNeighborFilter : BilinearFilter;
-        // Until hq3x and hq4x are in, larger factors take hq2x twice.
-        QImage enlarged = hqEnlarge(image, palette);
-        if (!enlarged.isNull() && enlargement(image, size) > 2)
-            enlarged = hqEnlarge(enlarged, palette);
+        const QImage enlarged = hqEnlarge(image, enlargement(image, size), palette);
         if (enlarged.isNull())
             return QImage();
         return finish(enlarged, size, palette, then);

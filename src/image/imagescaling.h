@@ -23,7 +23,7 @@ OVRA_EXPORT const char *imageResizeFilterName(ImageResizeFilter filter);
 
 // Scales the picture to exactly `size`. An indexed picture comes back indexed over
 // `palette`. An unknown filter, an empty size or a null picture give a null image. The
-// HQ filters enlarge by hq2x, twice for factors above 2 until hq3x and hq4x are in.
+// HQ filters enlarge by hq2x up to a factor of 2, hq3x up to 3 and hq4x above.
 OVRA_EXPORT QImage resizeImage(QImage image, QSize size, RGBA (&palette)[256], ImageResizeFilter filter);
 // Copies pixels by 16.16 fixed-point steps. The colour table is left to the caller.
 OVRA_EXPORT QImage resizeImageNearest(QImage image, QSize size);

@@ -1,5 +1,6 @@
 #include "image/hqx_p.h"
 #include "image/imagescaling.h"
+#include "image/paletteobject.h"
 
 #include <QtTest>
 
@@ -125,6 +126,7 @@ private slots:
     void hq2xSoftensACheckerboard();
     void hq2xFollowsAnEdgeOfTwoSteps();
     void hq2xTreatsEveryDirectionAlike();
+    void hqFiltersKeepIndexedPictures_data();
     void hqFiltersKeepIndexedPictures();
     void rotationByZeroIsTheSamePicture();
     void rotationKeepsIndicesAndFills();
@@ -390,25 +392,53 @@ void ImageScalingTest::hq2xTreatsEveryDirectionAlike()
     }
 }
 
+void ImageScalingTest::hqFiltersKeepIndexedPictures_data()
+{
+    QTest::addColumn<int>("filter");
+    QTest::addColumn<QSize>("size");
+    // From 9 x 6: hq2x, hq3x and hq4x exactly, and each of them followed by a plain filter.
+    const QSize sizes[] = {{18, 12}, {27, 18}, {36, 24}, {13, 7}, {20, 17}, {40, 30}};
+    for (ImageResizeFilter filter : {HqNearestFilter, HqBilinearFilter}) {
+        for (QSize size : sizes)
+            QTest::addRow("filter %d to %dx%d", int(filter), size.width(), size.height()) << int(filter) << size;
+    }
+}
+
 void ImageScalingTest::hqFiltersKeepIndexedPictures()
 {
+    QFETCH(int, filter);
+    QFETCH(QSize, size);
     Palette palette;
     const QImage source = pattern(9, 6, QImage::Format_Indexed8);
-    for (ImageResizeFilter filter : {HqNearestFilter, HqBilinearFilter}) {
-        for (QSize size : {QSize(18, 12), QSize(13, 7), QSize(40, 30)}) {
-            const QImage result = resizeImage(source, size, palette.entries, filter);
-            QCOMPARE(result.size(), size);
-            QCOMPARE(result.format(), QImage::Format_Indexed8);
-            QCOMPARE(result.colorCount(), 256);
-            QCOMPARE(result.color(3), palette.entries[3].toQRgb());
+    const QImage result = resizeImage(source, size, palette.entries, ImageResizeFilter(filter));
+    QCOMPARE(result.size(), size);
+    QCOMPARE(result.format(), QImage::Format_Indexed8);
+    QVector<QRgb> table;
+    for (const RGBA &entry : palette.entries)
+        table << entry.toQRgb();
+    QCOMPARE(result.colorTable(), table);
+
+    // The same picture in colour takes the same road; its pixels, matched against the
+    // palette, are the indices of the indexed result.
+    const QImage colour = resizeImage(pattern(9, 6, QImage::Format_ARGB32), size, palette.entries,
+                                      ImageResizeFilter(filter));
+    const bool exact = size.width() % 9 == 0 && size.height() == size.width() / 9 * 6;
+    if (exact || filter == HqNearestFilter) {
+        const PaletteObject nearest(&palette.entries);
+        QVector<int> expected;
+        for (int y = 0; y < size.height(); ++y) {
+            for (int x = 0; x < size.width(); ++x)
+                expected << nearest.index(RGBA(colour.pixel(x, y)));
         }
+        QCOMPARE(indicesOf(result), expected);
     }
-    // Exactly twice the size is hq2x alone: flat areas come back as they were.
+
+    // A flat picture stays flat, whatever the factor.
     QImage flat(4, 4, QImage::Format_Indexed8);
     flat.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
     flat.fill(5);
-    const QImage doubled = resizeImage(flat, QSize(8, 8), palette.entries, HqNearestFilter);
-    QCOMPARE(indicesOf(doubled), QVector<int>(64, 5));
+    const QImage enlarged = resizeImage(flat, size / 2, palette.entries, ImageResizeFilter(filter));
+    QCOMPARE(indicesOf(enlarged), QVector<int>(enlarged.width() * enlarged.height(), 5));
 }
 
 void ImageScalingTest::rotationByZeroIsTheSamePicture()
