@@ -1,11 +1,10 @@
 // The complete codec rules against other programs: what they write is read whole, and what
 // is written here they read whole. The programs come from scripts/setup.
+#include "otherprogram.h"
 #include "sound/soundcodecs.h"
 #include "testsounds.h"
 
 #include <QBuffer>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QtTest>
@@ -48,26 +47,6 @@ QByteArray floats(std::initializer_list<float> values)
     for (float value : values)
         bytes += QByteArray(reinterpret_cast<const char *>(&value), 4);
     return bytes;
-}
-
-struct Run
-{
-    int code = -1;
-    QByteArray err;
-};
-
-// One of the other programs; one that isn't installed is a failure, told in `err`.
-Run runProgram(const QString &name, const QStringList &arguments)
-{
-    const QString program = QStandardPaths::findExecutable(name);
-    if (program.isEmpty())
-        return {-1, name.toUtf8() + " is not installed; scripts/setup installs it"};
-    QProcess process;
-    process.start(program, arguments);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return {-1, name.toUtf8() + " did not finish"};
-    return {process.exitCode(), process.readAllStandardError()};
 }
 
 bool save(const QString &fileName, const QByteArray &bytes)
@@ -179,7 +158,7 @@ void SoundExchangeTest::wavFromSox()
     QVERIFY(save(path("in.raw"), raw));
     const QStringList shape{"-r", "8000", "-e", isFloat ? "floating-point" : "signed-integer", "-b",
                             QString::number(isFloat ? 32 : bits), "-c", QString::number(channels)};
-    const Run sox = runProgram("sox", QStringList{"-t", "raw", "-L"} + shape + QStringList{path("in.raw"), path("sox.wav")});
+    const ProgramRun sox = runProgram("sox", QStringList{"-t", "raw", "-L"} + shape + QStringList{path("in.raw"), path("sox.wav")});
     QVERIFY2(sox.code == 0, sox.err.constData());
     QFile file(path("sox.wav"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -274,15 +253,12 @@ void SoundExchangeTest::wavToSox()
     // An odd frame count: 8-bit mono data has an odd length, and a pad byte after it.
     const SoundSample sample = sineSample(11025, quint16(channels), quint16(bits), 1001, 300, 0.6);
     QVERIFY(store(path("ours.wav"), soundToWAV, sample));
-    const Run raw = runProgram("sox", {path("ours.wav"), "-t", "raw", path("sox.raw")});
+    const ProgramRun raw = runProgram("sox", {path("ours.wav"), "-t", "raw", path("sox.raw")});
     QVERIFY2(raw.code == 0 && raw.err.isEmpty(), raw.err.constData());
     QFile file(path("sox.raw"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), sample.data);
-    QProcess info;
-    info.start(QStandardPaths::findExecutable("sox"), {"--i", path("ours.wav")});
-    QVERIFY(info.waitForFinished());
-    const QString text = QString::fromUtf8(info.readAllStandardOutput());
+    const QString text = QString::fromUtf8(runProgram("sox", {"--i", path("ours.wav")}).out);
     QVERIFY2(text.contains(QStringLiteral("Channels       : %1\n").arg(channels)), qPrintable(text));
     QVERIFY2(text.contains(QStringLiteral("Precision      : %1-bit\n").arg(bits)), qPrintable(text));
     QVERIFY2(text.contains(QStringLiteral(" = 1001 samples")), qPrintable(text));
@@ -305,7 +281,7 @@ void SoundExchangeTest::flacBothWays()
     // Past two of the encoder's blocks of 10000 frames.
     const SoundSample sample = sineSample(22050, quint16(channels), quint16(bits), 23456, 440, 0.9);
     QVERIFY(store(path("in.wav"), soundToWAV, sample));
-    const Run encode = runProgram("flac", {"-s", "-f", "-o", path("theirs.flac"), path("in.wav")});
+    const ProgramRun encode = runProgram("flac", {"-s", "-f", "-o", path("theirs.flac"), path("in.wav")});
     QVERIFY2(encode.code == 0, encode.err.constData());
     const SoundSample theirs = load(path("theirs.flac"), soundFromFLAC);
     QCOMPARE(theirs.bits, sample.bits);
@@ -314,7 +290,7 @@ void SoundExchangeTest::flacBothWays()
     QVERIFY(theirs.data == sample.data);
 
     QVERIFY(store(path("ours.flac"), soundToFLAC, sample));
-    const Run decode = runProgram("flac", {"-d", "-s", "-f", "-o", path("back.wav"), path("ours.flac")});
+    const ProgramRun decode = runProgram("flac", {"-d", "-s", "-f", "-o", path("back.wav"), path("ours.flac")});
     QVERIFY2(decode.code == 0, decode.err.constData());
     const SoundSample back = load(path("back.wav"), soundFromWAV);
     QCOMPARE(back.bits, sample.bits);
@@ -344,7 +320,7 @@ void SoundExchangeTest::oggWholeForOggdec()
     const QByteArray ogg = file.readAll();
     QVERIFY(ogg.at(ogg.lastIndexOf("OggS") + 5) & 4); // the last page ends the stream
 
-    const Run oggdec = runProgram("oggdec", {"-Q", "-o", path("back.wav"), path("ours.ogg")});
+    const ProgramRun oggdec = runProgram("oggdec", {"-Q", "-o", path("back.wav"), path("ours.ogg")});
     QVERIFY2(oggdec.code == 0 && oggdec.err.isEmpty(), oggdec.err.constData());
     const SoundSample back = load(path("back.wav"), soundFromWAV);
     QCOMPARE(back.channels, sample.channels);
@@ -362,7 +338,7 @@ void SoundExchangeTest::oggFromOggenc()
 {
     const SoundSample sample = sineSample(44100, 2, 16, 50001, 440, 0.5);
     QVERIFY(store(path("in.wav"), soundToWAV, sample));
-    const Run oggenc = runProgram("oggenc", {"-Q", "-o", path("theirs.ogg"), path("in.wav")});
+    const ProgramRun oggenc = runProgram("oggenc", {"-Q", "-o", path("theirs.ogg"), path("in.wav")});
     QVERIFY2(oggenc.code == 0, oggenc.err.constData());
     const SoundSample theirs = load(path("theirs.ogg"), soundFromOGG);
     QCOMPARE(theirs.channels, quint16(2));
