@@ -23,6 +23,16 @@ QByteArray chunk(const char *id, const QByteArray &payload)
     return id + le32(quint32(payload.size())) + payload + (payload.size() % 2 ? QByteArray(1, '\0') : QByteArray());
 }
 
+QByteArray fmt(const QByteArray &payload)
+{
+    return chunk("fmt ", payload);
+}
+
+QByteArray dataChunk(const char *hex)
+{
+    return chunk("data", QByteArray::fromHex(hex));
+}
+
 QByteArray riff(const QByteArray &chunks, quint32 declared = 0)
 {
     return "RIFF" + le32(declared ? declared : quint32(chunks.size() + 4)) + "WAVE" + chunks;
@@ -158,7 +168,7 @@ void SoundExchangeTest::wavFromSox()
     QVERIFY(save(path("in.raw"), raw));
     const QStringList shape{"-r", "8000", "-e", isFloat ? "floating-point" : "signed-integer", "-b",
                             QString::number(isFloat ? 32 : bits), "-c", QString::number(channels)};
-    const ProgramRun sox = runProgram("sox", QStringList{"-t", "raw", "-L"} + shape + QStringList{path("in.raw"), path("sox.wav")});
+    const ProgramRun sox = runProgram("sox", QStringList{"-t", "raw", "-L"} + shape << path("in.raw") << path("sox.wav"));
     QVERIFY2(sox.code == 0, sox.err.constData());
     QFile file(path("sox.wav"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -180,39 +190,41 @@ void SoundExchangeTest::wavFromLayout_data()
     QTest::addColumn<int>("bits"); // 0: no sound
     QTest::addColumn<int>("channels");
     QTest::addColumn<QByteArray>("data");
-    const QByteArray pcm16 = chunk("fmt ", format(1, 1, 16));
-    const QByteArray data16 = chunk("data", QByteArray::fromHex("0100ff7f"));
+    const QByteArray pcm16 = fmt(format(1, 1, 16));
+    const QByteArray data16 = dataChunk("0100ff7f");
     auto row = [](const char *name, const QByteArray &file, int bits, int channels, const char *hex) {
         QTest::newRow(name) << file << bits << channels << QByteArray::fromHex(hex);
     };
-    row("extensible PCM 24 stereo", riff(chunk("fmt ", extensible(1, 2, 24, 24)) + chunk("data", QByteArray::fromHex("0102030405060708090a0b0c"))),
+    row("extensible PCM 24 stereo", riff(fmt(extensible(1, 2, 24, 24)) + dataChunk("0102030405060708090a0b0c")),
         24, 2, "0102030405060708090a0b0c");
-    row("20 valid bits of 24: the noise below is cleared", riff(chunk("fmt ", extensible(1, 1, 24, 20)) + chunk("data", QByteArray::fromHex("ff34120f8000"))),
+    row("20 valid bits of 24: the noise below is cleared", riff(fmt(extensible(1, 1, 24, 20)) + dataChunk("ff34120f8000")),
         24, 1, "f03412008000");
-    row("24 valid bits of 32", riff(chunk("fmt ", extensible(1, 1, 32, 24)) + chunk("data", QByteArray::fromHex("ff00008012345678"))),
+    row("24 valid bits of 32", riff(fmt(extensible(1, 1, 32, 24)) + dataChunk("ff00008012345678")),
         32, 1, "0000008000345678");
     // Full scale and beyond are clamped; a value that is not a number is silence.
-    row("float 32 with a fact chunk", riff(chunk("fmt ", format(3, 1, 32) + le16(0)) + chunk("fact", le32(6))
-                                           + chunk("data", floats({0.5f, -1.0f, 1.0f, 2.0f, -3.0f, NAN}))),
+    const QByteArray values = chunk("data", floats({0.5f, -1.0f, 1.0f, 2.0f, -3.0f, NAN}));
+    row("float 32 with a fact chunk", riff(fmt(format(3, 1, 32) + le16(0)) + chunk("fact", le32(6)) + values),
         32, 1, "00000040" "00000080" "ffffff7f" "ffffff7f" "00000080" "00000000");
     QByteArray doubles;
     for (double value : {0.5, -0.25})
         doubles += QByteArray(reinterpret_cast<const char *>(&value), 8);
-    row("extensible float 64", riff(chunk("fmt ", extensible(3, 1, 64, 64)) + chunk("data", doubles)), 32, 1, "00000040000000e0");
+    row("extensible float 64", riff(fmt(extensible(3, 1, 64, 64)) + chunk("data", doubles)), 32, 1,
+        "00000040000000e0");
     row("odd chunk padded, before the format", riff(chunk("LIST", "abc") + pcm16 + data16), 16, 1, "0100ff7f");
     row("\"data\" inside another chunk", riff(pcm16 + chunk("note", "a data b") + data16), 16, 1, "0100ff7f");
     row("format after the data", riff(data16 + pcm16), 16, 1, "0100ff7f");
-    row("data cut short: whole frames", riff(chunk("fmt ", format(1, 2, 16)) + "data" + le32(12) + QByteArray::fromHex("01000200030004000500")),
+    const QByteArray cut = "data" + le32(12) + QByteArray::fromHex("01000200030004000500");
+    row("data cut short: whole frames", riff(fmt(format(1, 2, 16)) + cut),
         16, 2, "0100020003000400");
     row("RIFF length beyond the file", riff(pcm16 + data16, 0x7FFFFFF0), 16, 1, "0100ff7f");
-    row("8 bits, odd length", riff(chunk("fmt ", format(1, 1, 8)) + chunk("data", QByteArray::fromHex("80ff00"))), 8, 1, "80ff00");
-    row("other sub-format", riff(chunk("fmt ", extensible(2, 1, 16, 16)) + data16), 0, 0, "");
-    row("GUID of another family", riff(chunk("fmt ", extensible(1, 1, 16, 16, QByteArray(14, 'x'))) + data16), 0, 0, "");
-    row("short format chunk", riff(chunk("fmt ", format(1, 1, 16).left(12)) + data16), 0, 0, "");
+    row("8 bits, odd length", riff(fmt(format(1, 1, 8)) + dataChunk("80ff00")), 8, 1, "80ff00");
+    row("other sub-format", riff(fmt(extensible(2, 1, 16, 16)) + data16), 0, 0, "");
+    row("GUID of another family", riff(fmt(extensible(1, 1, 16, 16, QByteArray(14, 'x'))) + data16), 0, 0, "");
+    row("short format chunk", riff(fmt(format(1, 1, 16).left(12)) + data16), 0, 0, "");
     row("no data chunk", riff(pcm16), 0, 0, "");
-    row("40-bit PCM", riff(chunk("fmt ", format(1, 1, 40)) + data16), 0, 0, "");
-    row("16-bit float", riff(chunk("fmt ", format(3, 1, 16)) + data16), 0, 0, "");
-    row("compressed", riff(chunk("fmt ", format(2, 1, 16)) + data16), 0, 0, "");
+    row("40-bit PCM", riff(fmt(format(1, 1, 40)) + data16), 0, 0, "");
+    row("16-bit float", riff(fmt(format(3, 1, 16)) + data16), 0, 0, "");
+    row("compressed", riff(fmt(format(2, 1, 16)) + data16), 0, 0, "");
 }
 
 void SoundExchangeTest::wavFromLayout()
