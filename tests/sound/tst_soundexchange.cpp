@@ -1,6 +1,7 @@
 // The complete codec rules against other programs: what they write is read whole, and what
 // is written here they read whole. The programs come from scripts/setup.
 #include "otherprogram.h"
+#include "testfiles.h"
 #include "sound/soundcodecs.h"
 #include "testsounds.h"
 
@@ -59,12 +60,6 @@ QByteArray floats(std::initializer_list<float> values)
     return bytes;
 }
 
-bool save(const QString &fileName, const QByteArray &bytes)
-{
-    QFile file(fileName);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
 using Reader = SoundSample (*)(QIODevice *, CodecRules);
 using Writer = bool (*)(const SoundSample &, QIODevice *, CodecRules);
 
@@ -104,6 +99,16 @@ Channel measure(const SoundSample &sample, int channel)
     measured.mean /= sample.samples;
     measured.pitch = crossings * double(sample.frequency) / sample.samples;
     return measured;
+}
+
+void depthsAndChannels(std::initializer_list<int> depths, std::initializer_list<int> channelCounts)
+{
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<int>("channels");
+    for (int bits : depths) {
+        for (int channels : channelCounts)
+            QTest::addRow("%d bits, %d channels", bits, channels) << bits << channels;
+    }
 }
 
 } // namespace
@@ -165,14 +170,12 @@ void SoundExchangeTest::wavFromSox()
             expected.data += le32(quint32(value) << 16);
         }
     }
-    QVERIFY(save(path("in.raw"), raw));
+    QVERIFY(writeFile(path("in.raw"), raw));
     const QStringList shape{"-r", "8000", "-e", isFloat ? "floating-point" : "signed-integer", "-b",
                             QString::number(isFloat ? 32 : bits), "-c", QString::number(channels)};
     const ProgramRun sox = runProgram("sox", QStringList{"-t", "raw", "-L"} + shape << path("in.raw") << path("sox.wav"));
     QVERIFY2(sox.code == 0, sox.err.constData());
-    QFile file(path("sox.wav"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(int(qFromLittleEndian<quint16>(file.readAll().constData() + 20)), tag);
+    QCOMPARE(int(qFromLittleEndian<quint16>(readFile(path("sox.wav"), QByteArray(22, '\0')).constData() + 20)), tag);
 
     const SoundSample sample = load(path("sox.wav"), soundFromWAV);
     QCOMPARE(sample.channels, expected.channels);
@@ -205,6 +208,8 @@ void SoundExchangeTest::wavFromLayout_data()
     const QByteArray values = chunk("data", floats({0.5f, -1.0f, 1.0f, 2.0f, -3.0f, NAN}));
     row("float 32 with a fact chunk", riff(fmt(format(3, 1, 32) + le16(0)) + chunk("fact", le32(6)) + values),
         32, 1, "00000040" "00000080" "ffffff7f" "ffffff7f" "00000080" "00000000");
+    row("extensible float 32 stereo", riff(fmt(extensible(3, 2, 32, 32)) + chunk("data", floats({-0.5f, 0.25f}))), 32, 2,
+        "000000c000000020");
     QByteArray doubles;
     for (double value : {0.5, -0.25})
         doubles += QByteArray(reinterpret_cast<const char *>(&value), 8);
@@ -250,12 +255,7 @@ void SoundExchangeTest::wavFromLayout()
 
 void SoundExchangeTest::wavToSox_data()
 {
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<int>("channels");
-    for (int bits : {8, 16, 24, 32}) {
-        for (int channels : {1, 2, 3})
-            QTest::addRow("%d bits, %d channels", bits, channels) << bits << channels;
-    }
+    depthsAndChannels({8, 16, 24, 32}, {1, 2, 3});
 }
 
 void SoundExchangeTest::wavToSox()
@@ -267,9 +267,7 @@ void SoundExchangeTest::wavToSox()
     QVERIFY(store(path("ours.wav"), soundToWAV, sample));
     const ProgramRun raw = runProgram("sox", {path("ours.wav"), "-t", "raw", path("sox.raw")});
     QVERIFY2(raw.code == 0 && raw.err.isEmpty(), raw.err.constData());
-    QFile file(path("sox.raw"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), sample.data);
+    QCOMPARE(readFile(path("sox.raw")), sample.data);
     const QString text = QString::fromUtf8(runProgram("sox", {"--i", path("ours.wav")}).out);
     QVERIFY2(text.contains(QStringLiteral("Channels       : %1\n").arg(channels)), qPrintable(text));
     QVERIFY2(text.contains(QStringLiteral("Precision      : %1-bit\n").arg(bits)), qPrintable(text));
@@ -278,12 +276,7 @@ void SoundExchangeTest::wavToSox()
 
 void SoundExchangeTest::flacBothWays_data()
 {
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<int>("channels");
-    for (int bits : {8, 16, 24}) {
-        for (int channels : {1, 2})
-            QTest::addRow("%d bits, %d channels", bits, channels) << bits << channels;
-    }
+    depthsAndChannels({8, 16, 24}, {1, 2});
 }
 
 void SoundExchangeTest::flacBothWays()
@@ -312,12 +305,7 @@ void SoundExchangeTest::flacBothWays()
 
 void SoundExchangeTest::oggWholeForOggdec_data()
 {
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<int>("channels");
-    for (int bits : {8, 16, 24, 32}) {
-        for (int channels : {1, 2})
-            QTest::addRow("%d bits, %d channels", bits, channels) << bits << channels;
-    }
+    depthsAndChannels({8, 16, 24, 32}, {1, 2});
 }
 
 void SoundExchangeTest::oggWholeForOggdec()
@@ -327,9 +315,7 @@ void SoundExchangeTest::oggWholeForOggdec()
     // More than one block of 65536 frames, and not a whole number of them.
     const SoundSample sample = sineSample(22050, quint16(channels), quint16(bits), 70001, 440, 0.5);
     QVERIFY(store(path("ours.ogg"), soundToOGG, sample));
-    QFile file(path("ours.ogg"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray ogg = file.readAll();
+    const QByteArray ogg = readFile(path("ours.ogg"));
     QVERIFY(ogg.at(ogg.lastIndexOf("OggS") + 5) & 4); // the last page ends the stream
 
     const ProgramRun oggdec = runProgram("oggdec", {"-Q", "-o", path("back.wav"), path("ours.ogg")});
