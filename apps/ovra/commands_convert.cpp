@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "enginehost.h"
 #include "mediafiles.h"
+#include "terminal.h"
 
 #include "image/imagecodecs.h"
 #include "image/imagescaling.h"
@@ -137,7 +138,7 @@ bool readSound(Cli::Context &context, const QString &command, const QString &fil
         context.inputError(command, fileName, error);
         return false;
     }
-    if (loadSound(&file, format.constData(), *sample) && sample->channels > 0)
+    if (loadSound(&file, format.constData(), *sample, CodecRules::Complete) && sample->channels > 0)
         return true;
     context.inputError(command, fileName, QStringLiteral("not a readable %1 sound").arg(QString::fromLatin1(format)));
     return false;
@@ -158,10 +159,18 @@ bool convertSound(SoundSample &sample, const SampleInfo &target)
     return changeSampleDepth(sample, target.bits);
 }
 
+// "1 channel", "2 channels".
+QString counted(qint64 count, const QString &one, const QString &many)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? one : many);
+}
+
 QString shapeText(const SampleInfo &info)
 {
-    return QStringLiteral("%1 Hz, %2 bits, %3 channels, %4 frames")
-        .arg(info.frequency).arg(info.bits).arg(info.channels).arg(info.samples);
+    return QStringLiteral("%1 Hz, %2, %3, %4")
+        .arg(QString::number(info.frequency), counted(info.bits, QStringLiteral("bit"), QStringLiteral("bits")),
+             counted(info.channels, QStringLiteral("channel"), QStringLiteral("channels")),
+             counted(info.samples, QStringLiteral("frame"), QStringLiteral("frames")));
 }
 
 } // namespace
@@ -356,12 +365,6 @@ int soundConvert(Cli::Context &context, const QStringList &arguments)
         target.bits = quint16(bits);
     if (channels)
         target.channels = quint16(channels);
-    // The FLAC writer takes 16-bit values by their low byte alone; 24 bits hold them whole.
-    if (conversion.outputFormat == "FLAC" && target.bits == 16) {
-        target.bits = 24;
-        context.say(QStringLiteral("%1: 16-bit values are written as 24-bit FLAC, which keeps them whole.")
-                        .arg(conversion.output));
-    }
     if (sample.bits != 8 && sample.bits != 16 && sample.bits != 24 && sample.bits != 32)
         return context.inputError(command, conversion.input, QStringLiteral("%1-bit values can't be converted").arg(sample.bits));
     if (!convertSound(sample, target)) {
@@ -370,7 +373,9 @@ int soundConvert(Cli::Context &context, const QStringList &arguments)
     }
     const int code = MediaFiles::writeOutput(
         context, command, conversion.output,
-        [&](QIODevice *device) { return saveSound(device, conversion.outputFormat.constData(), sample); },
+        [&](QIODevice *device) {
+            return saveSound(device, conversion.outputFormat.constData(), sample, CodecRules::Complete);
+        },
         QStringLiteral("sound"));
     if (code == Cli::Success)
         context.say(QStringLiteral("Wrote %1: %2.").arg(conversion.output, shapeText(sample)));
@@ -395,8 +400,15 @@ int soundPlay(Cli::Context &context, const QStringList &arguments)
     if (!readSound(context, command, fileName, format, &sample))
         return Cli::InputError;
 
-    SoundPlayer player(1);
-    const int channel = player.play(sample, false, 100);
+    context.err().flush();
+    std::unique_ptr<SoundPlayer> player;
+    {
+        const Terminal::QuietStderr quiet; // the audio libraries look for a device
+        player = std::make_unique<SoundPlayer>(1);
+    }
+    if (!player->hasOutput())
+        return context.inputError(command, fileName, QStringLiteral("there is no sound device to play on"));
+    const int channel = player->play(sample, false, 100);
     if (channel < 0)
         return context.inputError(command, fileName, QStringLiteral("the audio output doesn't take this sound"));
     const double seconds = sample.frequency ? double(sample.samples) / sample.frequency : 0;
@@ -405,9 +417,9 @@ int soundPlay(Cli::Context &context, const QStringList &arguments)
     QElapsedTimer clock;
     clock.start();
     const qint64 limit = qint64(seconds * 1000) + 5000;
-    while (player.isPlaying(channel)) {
+    while (player->isPlaying(channel)) {
         if (clock.elapsed() > limit) {
-            player.stop(channel);
+            player->stop(channel);
             return context.inputError(command, fileName, QStringLiteral("the audio output stopped playing"));
         }
         QThread::msleep(20);

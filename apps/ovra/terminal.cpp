@@ -3,6 +3,7 @@
 #include <QTextStream>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace Terminal {
@@ -25,6 +26,27 @@ QMessageBox::StandardButton safeAnswer(const Ovra::Prompt &prompt)
             return button;
     }
     return QMessageBox::NoButton;
+}
+
+QuietStderr::QuietStderr()
+{
+    std::fflush(stderr);
+    const int nothing = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nothing < 0)
+        return;
+    m_saved = dup(STDERR_FILENO);
+    if (m_saved >= 0)
+        dup2(nothing, STDERR_FILENO);
+    close(nothing);
+}
+
+QuietStderr::~QuietStderr()
+{
+    if (m_saved < 0)
+        return;
+    std::fflush(stderr);
+    dup2(m_saved, STDERR_FILENO);
+    close(m_saved);
 }
 
 namespace {

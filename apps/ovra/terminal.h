@@ -25,6 +25,20 @@ QMessageBox::StandardButton safeAnswer(const Ovra::Prompt &prompt);
 // Installs the tool's answerer; questions without a terminal are told on `err`.
 void installAnswerer(QTextStream *err);
 
+// While it lives, what libraries write straight to the process's stderr goes nowhere:
+// the audio libraries' talk while they look for a device, which the tool tells in its
+// own words.
+class QuietStderr
+{
+public:
+    QuietStderr();
+    ~QuietStderr();
+    Q_DISABLE_COPY(QuietStderr)
+
+private:
+    int m_saved = -1;
+};
+
 // One bar: "title [#####     ] 12/40". Silent when `visible` is false.
 class ProgressJob : public Ovra::Job
 {

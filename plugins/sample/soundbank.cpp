@@ -68,7 +68,7 @@ SoundSample BankSound::sample() const
     QByteArray bytes = m_bytes;
     QBuffer buffer(&bytes);
     SoundSample sample;
-    loadSound(&buffer, formatOf(m_codec), sample);
+    loadSound(&buffer, formatOf(m_codec), sample, CodecRules::Complete);
     return sample;
 }
 
@@ -77,7 +77,7 @@ SampleInfo BankSound::info() const
     if (m_codec == Wav) {
         QByteArray bytes = m_bytes;
         QBuffer buffer(&bytes);
-        return soundInfoFromWAV(&buffer);
+        return soundInfoFromWAV(&buffer, CodecRules::Complete);
     }
     return sample();
 }
@@ -86,7 +86,7 @@ bool BankSound::setSample(const SoundSample &sample)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    if (sample.data.isEmpty() || !soundToWAV(sample, &buffer))
+    if (sample.data.isEmpty() || !soundToWAV(sample, &buffer, CodecRules::Complete))
         return false;
     m_bank->beginChange();
     m_codec = Wav;
@@ -200,7 +200,7 @@ Sound *SoundBank::insert(uint index, const QVariant &identifier, const SoundSamp
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    if (sample.data.isEmpty() || !soundToWAV(sample, &buffer))
+    if (sample.data.isEmpty() || !soundToWAV(sample, &buffer, CodecRules::Complete))
         return nullptr;
     return adopt(qMin(index, count()), new BankSound(this, identifier.toPoint(), BankSound::Wav, bytes));
 }

@@ -1,4 +1,5 @@
 #include "sound/soundcodecs.h"
+#include "sound/soundcodecs_p.h"
 
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
@@ -10,98 +11,18 @@
 #include <vorbis/vorbisenc.h>
 #include <vorbis/vorbisfile.h>
 
-#include <QBuffer>
-#include <QDataStream>
 #include <QIODevice>
+#include <QtEndian>
 
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
 namespace Ovra {
+
+using namespace SoundCodecs;
+
 namespace {
-
-// No decoder makes more than this of one file: a header or a stream can claim any
-// length, and a few bytes of some formats decode to minutes of silence.
-constexpr qint64 MaxDecodedBytes = qint64(1) << 30;
-// A WAV whose data is cut short is filled up with silence, but not by more than this: a
-// declared length far beyond the file is a broken header, not a short recording.
-constexpr qint64 MaxWavPadding = qint64(64) << 20;
-
-bool openForReading(QIODevice *device)
-{
-    return device && (device->isOpen() ? device->isReadable() : device->open(QIODevice::ReadOnly));
-}
-
-bool openForWriting(QIODevice *device)
-{
-    return device && (device->isOpen() ? device->isWritable() : device->open(QIODevice::WriteOnly));
-}
-
-// The decoders start from a header of all zeros, so that a failure is no sound of any shape.
-SoundSample zeroed()
-{
-    SoundSample sample;
-    sample.bits = 0;
-    return sample;
-}
-
-// Up to `count` bytes, in pieces, so that a length read from a header never allocates
-// more than the device really has.
-QByteArray readUpTo(QIODevice *device, qint64 count)
-{
-    QByteArray bytes;
-    count = qMin(count, MaxDecodedBytes);
-    while (bytes.size() < count) {
-        // Pieces of what the device says it has (a read allocates its whole size first).
-        const qint64 piece = qBound<qint64>(4096, device->bytesAvailable(), 1 << 20);
-        const QByteArray bytesRead = device->read(qMin<qint64>(piece, count - bytes.size()));
-        if (bytesRead.isEmpty())
-            break;
-        bytes += bytesRead;
-    }
-    return bytes;
-}
-
-// ---- WAV ------------------------------------------------------------------------------
-
-struct WavHeader
-{
-    char id[4] = {};
-    quint16 tag = 0;
-    quint16 channels = 0;
-    quint32 rate = 0;
-    quint32 byteRate = 0;
-    quint16 blockAlign = 0;
-    quint16 bits = 0;
-    quint32 dataLength = 0;
-};
-
-// Reads the format chunk at the start of `body` and the data chunk's head, which is
-// wherever "data" first appears in the bytes (the format chunk's end if nowhere).
-// Leaves `in` at the first byte of the samples.
-bool readWavHeader(QDataStream &in, const QByteArray &body, bool checkId, WavHeader &header)
-{
-    quint32 formatSize = 0;
-    in.readRawData(header.id, 4);
-    in >> formatSize >> header.tag >> header.channels >> header.rate >> header.byteRate >> header.blockAlign
-        >> header.bits;
-    if (in.status() != QDataStream::Ok || header.tag != 1 || (checkId && memcmp(header.id, "fmt", 3) != 0))
-        return false;
-    const int at = body.indexOf("data");
-    if (at > 0)
-        in.device()->seek(at);
-    char dataId[4];
-    in.readRawData(dataId, 4);
-    in >> header.dataLength;
-    return true;
-}
-
-quint32 framesOf(const WavHeader &header)
-{
-    const quint32 frameBytes = quint32(header.bits) * header.channels / 8;
-    return header.byteRate == 0 || frameBytes == 0 ? 0 : header.dataLength / frameBytes;
-}
 
 // ---- Ogg Vorbis -------------------------------------------------------------------------
 
@@ -125,46 +46,124 @@ long oggTell(void *source)
     return long(static_cast<QIODevice *>(source)->pos());
 }
 
-// The encoder's blocks, written out as pages.
-void drainVorbis(vorbis_dsp_state &dsp, vorbis_block &block, ogg_stream_state &stream, QIODevice *device)
+bool writePage(QIODevice *device, const ogg_page &page)
 {
+    return device->write(reinterpret_cast<const char *>(page.header), page.header_len) == page.header_len
+           && device->write(reinterpret_cast<const char *>(page.body), page.body_len) == page.body_len;
+}
+
+// The encoder's blocks, written out as pages; false when the encoder or the device failed.
+bool drainVorbis(vorbis_dsp_state &dsp, vorbis_block &block, ogg_stream_state &stream, QIODevice *device)
+{
+    bool ok = true;
     ogg_packet packet;
     ogg_page page;
     while (vorbis_analysis_blockout(&dsp, &block) == 1) {
-        vorbis_analysis(&block, nullptr);
-        vorbis_bitrate_addblock(&block);
+        ok = vorbis_analysis(&block, nullptr) == 0 && ok;
+        ok = vorbis_bitrate_addblock(&block) == 0 && ok;
         while (vorbis_bitrate_flushpacket(&dsp, &packet)) {
-            ogg_stream_packetin(&stream, &packet);
-            while (ogg_stream_pageout(&stream, &page)) {
-                device->write(reinterpret_cast<const char *>(page.header), page.header_len);
-                device->write(reinterpret_cast<const char *>(page.body), page.body_len);
-            }
+            ok = ogg_stream_packetin(&stream, &packet) == 0 && ok;
+            while (ogg_stream_pageout(&stream, &page))
+                ok = writePage(device, page) && ok;
         }
     }
+    return ok;
 }
 
-// One value of the sample as the Vorbis writer takes it, by its byte size.
-float vorbisValue(const uchar *value, int bytes)
+// One value of the sample as the Vorbis writer takes it, by its byte size. The designed
+// rules keep the scales of the files made so far (8- and 24-bit values unsigned, in 0 to
+// 1); the complete ones centre every depth on 0 and scale it by its full range.
+float vorbisValue(const uchar *value, int bytes, CodecRules rules)
 {
+    const bool complete = rules == CodecRules::Complete;
     switch (bytes) {
     case 1:
-        return float(value[0] / 255.0);
-    case 2: {
-        qint16 v;
-        memcpy(&v, value, 2);
-        return float(v / 32767.0);
+        return complete ? float((value[0] - 128) / 128.0) : float(value[0] / 255.0);
+    case 2:
+        return float(qFromLittleEndian<qint16>(value) / (complete ? 32768.0 : 32767.0));
+    case 3: {
+        const quint32 word = quint32(value[0]) | quint32(value[1]) << 8 | quint32(value[2]) << 16;
+        if (complete)
+            return float((qint32(word << 8) >> 8) / 8388608.0);
+        return float(word * 5.960464477539063e-08);
     }
-    case 3:
-        return float((quint32(value[0]) | quint32(value[1]) << 8 | quint32(value[2]) << 16) * 5.960464477539063e-08);
-    case 4: {
-        qint32 v;
-        memcpy(&v, value, 4);
-        return float(v * 4.656612873077393e-10);
-    }
+    case 4:
+        return float(qFromLittleEndian<qint32>(value) * 4.656612873077393e-10);
     default:
         return 0;
     }
 }
+
+// One Vorbis stream being written to a device; the libraries' state is cleared with it.
+struct VorbisWriter
+{
+    vorbis_info info;
+    vorbis_comment comment;
+    vorbis_dsp_state dsp;
+    vorbis_block block;
+    ogg_stream_state stream;
+    QIODevice *device = nullptr;
+    bool started = false;
+    bool ok = true; // every call of the encoder and every write went through
+
+    VorbisWriter(QIODevice *out, const SoundSample &sample)
+        : device(out)
+    {
+        vorbis_info_init(&info);
+        vorbis_comment_init(&comment);
+        started = sample.channels > 0
+                  && vorbis_encode_init_vbr(&info, sample.channels, long(sample.frequency), 0.4f) == 0;
+        if (!started)
+            return;
+        vorbis_analysis_init(&dsp, &info);
+        vorbis_block_init(&dsp, &block);
+        ogg_stream_init(&stream, std::rand());
+    }
+    ~VorbisWriter()
+    {
+        if (started) {
+            ogg_stream_clear(&stream);
+            vorbis_block_clear(&block);
+            vorbis_dsp_clear(&dsp);
+        }
+        vorbis_comment_clear(&comment);
+        vorbis_info_clear(&info);
+    }
+    Q_DISABLE_COPY(VorbisWriter)
+
+    void writeHeaders()
+    {
+        ogg_packet header, commentHeader, codeHeader;
+        ok = vorbis_analysis_headerout(&dsp, &comment, &header, &commentHeader, &codeHeader) == 0 && ok;
+        for (ogg_packet *packet : {&header, &commentHeader, &codeHeader})
+            ok = ogg_stream_packetin(&stream, packet) == 0 && ok;
+        flush();
+    }
+    void flush()
+    {
+        ogg_page page;
+        while (ogg_stream_flush(&stream, &page))
+            ok = writePage(device, page) && ok;
+    }
+    // `frames` frames from `first` on, 0 to end the stream.
+    void encode(const SoundSample &sample, qint64 first, int frames, int valueBytes, CodecRules rules)
+    {
+        const qint64 valueCount = valueBytes ? sample.data.size() / valueBytes : 0;
+        const auto *bytes = reinterpret_cast<const uchar *>(sample.data.constData());
+        if (frames > 0) {
+            float **buffer = vorbis_analysis_buffer(&dsp, frames);
+            for (int i = 0; i < frames; ++i) {
+                for (int channel = 0; channel < sample.channels; ++channel) {
+                    const qint64 index = (first + i) * sample.channels + channel;
+                    buffer[channel][i] = index < valueCount ? vorbisValue(bytes + index * valueBytes, valueBytes, rules)
+                                                            : 0;
+                }
+            }
+        }
+        ok = vorbis_analysis_wrote(&dsp, frames) == 0 && ok;
+        ok = drainVorbis(dsp, block, stream, device) && ok;
+    }
+};
 
 // ---- FLAC ---------------------------------------------------------------------------------
 
@@ -172,7 +171,9 @@ struct FlacReading
 {
     QIODevice *device = nullptr;
     SoundSample *sample = nullptr;
+    CodecRules rules = CodecRules::Designed;
     int valueBytes = 0;
+    int shift = 0; // the complete rules put the values at the top of their bytes
     qint64 declaredBytes = 0;
     qint64 written = 0;
     bool failed = false;
@@ -236,7 +237,10 @@ FLAC__StreamDecoderWriteStatus flacWrite(const FLAC__StreamDecoder *, const FLAC
     auto *out = reinterpret_cast<uchar *>(data.data()) + reading->written;
     for (unsigned i = 0; i < frame->header.blocksize; ++i) {
         for (unsigned channel = 0; channel < channels; ++channel) {
-            const quint32 value = quint32(buffer[channel][i]);
+            quint32 value = quint32(buffer[channel][i]) << reading->shift;
+            // 8-bit FLAC values are signed; this system's are unsigned, with 128 as silence.
+            if (reading->valueBytes == 1 && reading->rules == CodecRules::Complete)
+                value ^= 0x80;
             for (int k = 0; k < reading->valueBytes; ++k)
                 *out++ = uchar(value >> (8 * k));
         }
@@ -254,9 +258,12 @@ void flacMetadata(const FLAC__StreamDecoder *, const FLAC__StreamMetadata *metad
     SoundSample &sample = *reading->sample;
     sample.channels = quint16(info.channels);
     sample.frequency = info.sample_rate;
-    // Depths between the usual ones are kept in the next whole byte.
+    // Depths between the usual ones are kept in the next whole byte: at its bottom under
+    // the designed rules, at its top (so at full scale) under the complete ones.
     reading->valueBytes = int((info.bits_per_sample + 7) / 8);
-    sample.bits = quint16(info.bits_per_sample % 8 == 0 ? info.bits_per_sample : reading->valueBytes * 8);
+    sample.bits = quint16(reading->valueBytes * 8);
+    if (reading->rules == CodecRules::Complete)
+        reading->shift = int(reading->valueBytes * 8 - info.bits_per_sample);
     sample.samples = quint32(qMin<FLAC__uint64>(info.total_samples, 0xFFFFFFFFu));
     reading->declaredBytes = qint64(sample.samples) * sample.channels * reading->valueBytes;
 }
@@ -289,6 +296,27 @@ FLAC__StreamEncoderTellStatus flacEncoderTell(const FLAC__StreamEncoder *, FLAC_
     return FLAC__STREAM_ENCODER_TELL_STATUS_OK;
 }
 
+// One value widened to 32 bits for the encoder. The designed rules take 8-bit values as
+// their unsigned byte and 16-bit values from their low byte alone, sign-extended, as the
+// files made so far have them; the complete ones take 16-bit values whole and centre
+// 8-bit values on 0, as FLAC holds them. Any other depth is 0.
+FLAC__int32 flacValue(const uchar *value, quint16 bits, CodecRules rules)
+{
+    const bool complete = rules == CodecRules::Complete;
+    switch (bits) {
+    case 8:
+        return complete ? FLAC__int32(value[0]) - 128 : value[0];
+    case 16:
+        return complete ? qFromLittleEndian<qint16>(value) : qint8(value[0]);
+    case 24:
+        return qint32(quint32(value[0]) << 8 | quint32(value[1]) << 16 | quint32(value[2]) << 24) >> 8;
+    case 32:
+        return qFromLittleEndian<qint32>(value);
+    default:
+        return 0;
+    }
+}
+
 // ---- MP3 ----------------------------------------------------------------------------------
 
 mpg123_ssize_t mp3Read(void *handle, void *buffer, size_t count)
@@ -307,86 +335,12 @@ off_t mp3Seek(void *handle, off_t offset, int whence)
 
 } // namespace
 
-SoundSample soundFromWAV(QIODevice *device)
-{
-    SoundSample sample = zeroed();
-    if (!openForReading(device))
-        return sample;
-    QDataStream file(device);
-    file.setByteOrder(QDataStream::LittleEndian);
-    char riff[4];
-    char wave[4] = {};
-    quint32 length = 0;
-    file.readRawData(riff, 4);
-    file >> length;
-    file.readRawData(wave, 4);
-    if (file.status() != QDataStream::Ok || memcmp(wave, "WAVE", 4) != 0 || length < 4)
-        return sample;
-
-    QByteArray body = readUpTo(device, qint64(length) - 4);
-    QBuffer buffer(&body);
-    buffer.open(QIODevice::ReadOnly);
-    QDataStream in(&buffer);
-    in.setByteOrder(QDataStream::LittleEndian);
-    WavHeader header;
-    if (!readWavHeader(in, body, true, header))
-        return sample;
-    const qint64 present = qMax<qint64>(buffer.size() - buffer.pos(), 0);
-    if (qint64(header.dataLength) > present + MaxWavPadding)
-        return sample;
-    sample.data = body.mid(int(buffer.pos()), int(qMin<qint64>(header.dataLength, present)));
-    // A short file keeps its length: the missing end is silence.
-    if (sample.data.size() < qint64(header.dataLength))
-        sample.data.append(QByteArray(int(header.dataLength - quint32(sample.data.size())), '\0'));
-    sample.channels = header.channels;
-    sample.bits = header.bits;
-    sample.frequency = header.rate;
-    sample.samples = framesOf(header);
-    return sample;
-}
-
-SampleInfo soundInfoFromWAV(QIODevice *device)
-{
-    if (!openForReading(device))
-        return SampleInfo();
-    SampleInfo info;
-    info.bits = 0;
-    QByteArray bytes = readUpTo(device, MaxDecodedBytes);
-    QByteArray body = bytes.mid(12);
-    QBuffer buffer(&body);
-    buffer.open(QIODevice::ReadOnly);
-    QDataStream in(&buffer);
-    in.setByteOrder(QDataStream::LittleEndian);
-    WavHeader header;
-    if (bytes.size() < 12 || !readWavHeader(in, body, false, header))
-        return info;
-    info.channels = header.channels;
-    info.bits = header.bits;
-    info.frequency = header.rate;
-    info.samples = framesOf(header);
-    return info;
-}
-
-bool soundToWAV(const SoundSample &sample, QIODevice *device)
-{
-    if (!openForWriting(device))
-        return false;
-    QDataStream out(device);
-    out.setByteOrder(QDataStream::LittleEndian);
-    const quint16 blockAlign = quint16(sample.channels * sample.bits / 8);
-    const quint32 size = quint32(sample.data.size());
-    out.writeRawData("RIFF", 4);
-    out << quint32(size + 36);
-    out.writeRawData("WAVEfmt ", 8);
-    out << quint32(16) << quint16(1) << sample.channels << sample.frequency << quint32(blockAlign * sample.frequency)
-        << blockAlign << sample.bits;
-    out.writeRawData("data", 4);
-    out << size;
-    out.writeRawData(sample.data.constData(), sample.data.size());
-    return out.status() == QDataStream::Ok;
-}
-
 SoundSample soundFromOGG(QIODevice *device)
+{
+    return soundFromOGG(device, CodecRules::Designed);
+}
+
+SoundSample soundFromOGG(QIODevice *device, CodecRules rules)
 {
     SoundSample sample = zeroed();
     if (!openForReading(device))
@@ -407,12 +361,13 @@ SoundSample soundFromOGG(QIODevice *device)
     const qint64 declared = total > 0 ? qint64(total) * sample.channels * 2 : 0;
     // Sized beforehand when the stream tells a believable length; grown as decoded when it
     // tells none or an unbelievable one.
-    const bool sized = declared > 0 && declared <= MaxDecodedBytes / 4;
+    bool sized = declared > 0 && declared <= MaxDecodedBytes / 4;
     const qint64 limit = sized ? declared : MaxDecodedBytes;
     if (sized)
         sample.data.resize(int(declared));
     qint64 filled = 0;
     int section = 0;
+    int holes = 0;
     char piece[65536];
     for (;;) {
         const qint64 room = limit - filled;
@@ -420,6 +375,9 @@ SoundSample soundFromOGG(QIODevice *device)
             break;
         char *target = sized ? sample.data.data() + filled : piece;
         const long read = ov_read(&file, target, int(qMin<qint64>(room, sizeof piece)), 0, 2, 1, &section);
+        // A gap in the stream (a page lost) is passed over under the complete rules.
+        if (read == OV_HOLE && rules == CodecRules::Complete && ++holes < 1000)
+            continue;
         if (read <= 0)
             break;
         if (!sized)
@@ -427,79 +385,60 @@ SoundSample soundFromOGG(QIODevice *device)
         filled += read;
     }
     ov_clear(&file);
+    // A stream that gave less than it told holds what it gave, under the complete rules.
+    if (sized && filled < declared && rules == CodecRules::Complete) {
+        sample.data.truncate(int(filled - filled % (sample.channels * 2)));
+        sized = false;
+    }
     sample.samples = sized ? quint32(total) : quint32(sample.data.size() / (sample.channels * 2));
     return sample;
 }
 
 bool soundToOGG(const SoundSample &sample, QIODevice *device)
 {
+    return soundToOGG(sample, device, CodecRules::Designed);
+}
+
+bool soundToOGG(const SoundSample &sample, QIODevice *device, CodecRules rules)
+{
+    const bool complete = rules == CodecRules::Complete;
+    if (complete && !SoundCodecs::isDepth(sample.bits))
+        return false;
     if (!openForWriting(device))
         return false;
-    vorbis_info info;
-    vorbis_info_init(&info);
-    if (sample.channels == 0 || vorbis_encode_init_vbr(&info, sample.channels, long(sample.frequency), 0.4f) != 0) {
-        // Nothing the encoder could set up for: no stream is written.
-        vorbis_info_clear(&info);
-        return false;
-    }
-    vorbis_comment comment;
-    vorbis_comment_init(&comment);
-    vorbis_dsp_state dsp;
-    vorbis_analysis_init(&dsp, &info);
-    vorbis_block block;
-    vorbis_block_init(&dsp, &block);
-    ogg_stream_state stream;
-    ogg_stream_init(&stream, std::rand());
+    VorbisWriter writer(device, sample);
+    if (!writer.started)
+        return false; // nothing the encoder could set up for: no stream is written
+    writer.writeHeaders();
 
-    ogg_packet header, commentHeader, codeHeader;
-    vorbis_analysis_headerout(&dsp, &comment, &header, &commentHeader, &codeHeader);
-    ogg_stream_packetin(&stream, &header);
-    ogg_stream_packetin(&stream, &commentHeader);
-    ogg_stream_packetin(&stream, &codeHeader);
-    ogg_page page;
-    while (ogg_stream_flush(&stream, &page)) {
-        device->write(reinterpret_cast<const char *>(page.header), page.header_len);
-        device->write(reinterpret_cast<const char *>(page.body), page.body_len);
-    }
-
-    // The frame count is divided by the channels once more than the data needs, and the
-    // stream only ends properly when the count is a whole number of blocks: both stand
-    // as the files made so far have them.
-    const int valueBytes = sample.bits / 8;
-    const qint64 valueCount = valueBytes ? sample.data.size() / valueBytes : 0;
-    const auto *bytes = reinterpret_cast<const uchar *>(sample.data.constData());
-    qint64 remaining = qint64(sample.samples / sample.channels);
+    // The designed rules divide the frame count by the channels once more than the data
+    // needs, and end the stream properly only when the count is a whole number of blocks:
+    // both stand as the files made so far have them. The complete rules write every frame
+    // the data holds and always end the stream.
+    const int valueBytes = complete ? (sample.bits + 7) / 8 : sample.bits / 8;
+    qint64 remaining = complete ? qMin<qint64>(sample.samples, sample.data.size() / (valueBytes * sample.channels))
+                                : qint64(sample.samples / sample.channels);
     qint64 offset = 0;
     do {
         const int frames = int(qMin<qint64>(remaining, 65536));
-        if (frames > 0) {
-            float **buffer = vorbis_analysis_buffer(&dsp, frames);
-            for (int i = 0; i < frames; ++i) {
-                for (int channel = 0; channel < sample.channels; ++channel) {
-                    const qint64 index = (offset + i) * sample.channels + channel;
-                    buffer[channel][i] = index < valueCount ? vorbisValue(bytes + index * valueBytes, valueBytes) : 0;
-                }
-            }
-            vorbis_analysis_wrote(&dsp, frames);
-            drainVorbis(dsp, block, stream, device);
-        }
+        if (frames > 0)
+            writer.encode(sample, offset, frames, valueBytes, rules);
         offset += frames;
         remaining -= 65536;
     } while (remaining > 0);
-    if (remaining == 0) {
-        vorbis_analysis_wrote(&dsp, 0);
-        drainVorbis(dsp, block, stream, device);
-    }
-
-    ogg_stream_clear(&stream);
-    vorbis_block_clear(&block);
-    vorbis_dsp_clear(&dsp);
-    vorbis_comment_clear(&comment);
-    vorbis_info_clear(&info);
-    return true;
+    if (remaining == 0 || complete)
+        writer.encode(sample, offset, 0, valueBytes, rules);
+    if (complete)
+        writer.flush();
+    return !complete || writer.ok;
 }
 
 SoundSample soundFromFLAC(QIODevice *device)
+{
+    return soundFromFLAC(device, CodecRules::Designed);
+}
+
+SoundSample soundFromFLAC(QIODevice *device, CodecRules rules)
 {
     SoundSample sample = zeroed();
     if (!openForReading(device))
@@ -510,6 +449,7 @@ SoundSample soundFromFLAC(QIODevice *device)
     FlacReading reading;
     reading.device = device;
     reading.sample = &sample;
+    reading.rules = rules;
     if (FLAC__stream_decoder_init_stream(decoder, flacRead, flacSeek, flacTell, flacLength, flacEof, flacWrite,
                                          flacMetadata, flacError, &reading)
         != FLAC__STREAM_DECODER_INIT_STATUS_OK) {
@@ -530,62 +470,60 @@ SoundSample soundFromFLAC(QIODevice *device)
         sample.data.clear();
         return sample;
     }
-    if (reading.written > sample.data.size() || sample.samples == 0)
+    // Fewer frames than the stream info promised leave silence at the end under the
+    // designed rules; the complete ones keep what was decoded.
+    if (rules == CodecRules::Complete && reading.written < sample.data.size())
+        sample.data.truncate(int(reading.written));
+    if (reading.written > sample.data.size() || sample.samples == 0
+        || (rules == CodecRules::Complete && reading.written != reading.declaredBytes))
         sample.samples = quint32(reading.written / (qint64(sample.channels) * reading.valueBytes));
     return sample;
 }
 
 bool soundToFLAC(const SoundSample &sample, QIODevice *device)
 {
+    return soundToFLAC(sample, device, CodecRules::Designed);
+}
+
+bool soundToFLAC(const SoundSample &sample, QIODevice *device, CodecRules rules)
+{
+    const bool complete = rules == CodecRules::Complete;
+    if (complete && (sample.channels == 0 || !isDepth(sample.bits)))
+        return false;
     if (!openForWriting(device))
         return false;
     FLAC__StreamEncoder *encoder = FLAC__stream_encoder_new();
     if (!encoder)
         return false;
+    const quint16 bits = complete && sample.bits == 20 ? 24 : sample.bits;
+    const int valueBytes = bits / 8;
+    const qint64 frames = valueBytes && sample.channels
+                              ? qMin<qint64>(sample.samples, sample.data.size() / (valueBytes * sample.channels))
+                              : 0;
     FLAC__stream_encoder_set_channels(encoder, sample.channels);
-    FLAC__stream_encoder_set_bits_per_sample(encoder, sample.bits);
+    FLAC__stream_encoder_set_bits_per_sample(encoder, bits);
     FLAC__stream_encoder_set_sample_rate(encoder, sample.frequency);
     FLAC__stream_encoder_set_compression_level(encoder, 8);
+    if (complete)
+        FLAC__stream_encoder_set_total_samples_estimate(encoder, FLAC__uint64(frames));
     if (FLAC__stream_encoder_init_stream(encoder, flacEncoderWrite, flacEncoderSeek, flacEncoderTell, nullptr, device)
         != FLAC__STREAM_ENCODER_INIT_STATUS_OK) {
         FLAC__stream_encoder_delete(encoder);
         return false;
     }
-    // Widened to 32 bits as the files made so far have it: 8-bit values as their unsigned
-    // byte, 16-bit values from their low byte alone, sign-extended.
-    const int valueBytes = sample.bits / 8;
-    const qint64 frames = valueBytes ? qMin<qint64>(sample.samples, sample.data.size() / (valueBytes * sample.channels))
-                                     : 0;
     const auto *bytes = reinterpret_cast<const uchar *>(sample.data.constData());
     std::vector<FLAC__int32> block(size_t(10000) * sample.channels);
-    for (qint64 first = 0; first < frames; first += 10000) {
+    bool ok = true;
+    for (qint64 first = 0; first < frames && ok; first += 10000) {
         const qint64 count = qMin<qint64>(10000, frames - first);
-        for (qint64 i = 0; i < count * sample.channels; ++i) {
-            const uchar *value = bytes + (first * sample.channels + i) * valueBytes;
-            FLAC__int32 wide = 0;
-            switch (sample.bits) {
-            case 8:
-                wide = value[0];
-                break;
-            case 16:
-                wide = qint8(value[0]);
-                break;
-            case 24:
-                wide = qint32(quint32(value[0]) << 8 | quint32(value[1]) << 16 | quint32(value[2]) << 24) >> 8;
-                break;
-            case 32:
-                memcpy(&wide, value, 4);
-                break;
-            default:
-                break;
-            }
-            block[size_t(i)] = wide;
-        }
-        FLAC__stream_encoder_process_interleaved(encoder, block.data(), uint32_t(count));
+        for (qint64 i = 0; i < count * sample.channels; ++i)
+            block[size_t(i)] = flacValue(bytes + (first * sample.channels + i) * valueBytes, bits, rules);
+        // The designed rules go on past a failure, and report none.
+        ok = FLAC__stream_encoder_process_interleaved(encoder, block.data(), uint32_t(count)) || !complete;
     }
-    FLAC__stream_encoder_finish(encoder);
+    ok = FLAC__stream_encoder_finish(encoder) && ok;
     FLAC__stream_encoder_delete(encoder);
-    return true;
+    return ok || !complete;
 }
 
 SoundSample soundFromMP3(QIODevice *device)
@@ -637,15 +575,20 @@ SoundSample soundFromMP3(QIODevice *device)
 
 bool loadSound(QIODevice *device, const char *format, SoundSample &sample)
 {
+    return loadSound(device, format, sample, CodecRules::Designed);
+}
+
+bool loadSound(QIODevice *device, const char *format, SoundSample &sample, CodecRules rules)
+{
     if (!openForReading(device) || !format)
         return false;
     const QByteArray name(format);
     if (name == "WAV") {
-        sample = soundFromWAV(device);
+        sample = soundFromWAV(device, rules);
     } else if (name == "OGG") {
-        sample = soundFromOGG(device);
+        sample = soundFromOGG(device, rules);
     } else if (name == "FLAC") {
-        sample = soundFromFLAC(device);
+        sample = soundFromFLAC(device, rules);
     } else if (name == "MP3") {
         sample = soundFromMP3(device);
     } else {
@@ -659,15 +602,20 @@ bool loadSound(QIODevice *device, const char *format, SoundSample &sample)
 
 bool saveSound(QIODevice *device, const char *format, const SoundSample &sample)
 {
+    return saveSound(device, format, sample, CodecRules::Designed);
+}
+
+bool saveSound(QIODevice *device, const char *format, const SoundSample &sample, CodecRules rules)
+{
     if (!openForWriting(device) || !format)
         return false;
     const QByteArray name(format);
     if (name == "WAV")
-        return soundToWAV(sample, device);
+        return soundToWAV(sample, device, rules);
     if (name == "OGG")
-        return soundToOGG(sample, device);
+        return soundToOGG(sample, device, rules);
     if (name == "FLAC")
-        return soundToFLAC(sample, device);
+        return soundToFLAC(sample, device, rules);
     for (Extension *extension : ExtensionManager::list(Extension::SoundSaver)) {
         if (name == extension->format() && static_cast<SoundSaverExtension *>(extension)->save(device, sample))
             return true;

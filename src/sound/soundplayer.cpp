@@ -11,8 +11,11 @@
 
 #include <mpg123.h>
 
+#include <QtGlobal>
+
 #include <cstdio>
 #include <mutex>
+#include <sstream>
 #include <vector>
 
 namespace Ovra {
@@ -125,6 +128,42 @@ sf::Uint64 SoundFileReaderMp3::read(sf::Int16 *samples, sf::Uint64 maxCount)
 
 // ---- the player ---------------------------------------------------------------------------
 
+namespace {
+
+// The players alive, and what became of the audio device when the first of them opened it.
+struct AudioOutput
+{
+    std::mutex mutex;
+    int players = 0;
+    bool available = true;
+    std::streambuf *errors = nullptr; // SFML's error stream, while it is kept quiet
+};
+
+AudioOutput &audioOutput()
+{
+    static AudioOutput output;
+    return output;
+}
+
+// Held by each player's private part as its first member, so that it goes last: the
+// player's sound objects have gone when SFML's error stream is given back.
+struct OutputUse
+{
+    OutputUse() = default;
+    Q_DISABLE_COPY(OutputUse)
+    ~OutputUse()
+    {
+        AudioOutput &output = audioOutput();
+        std::lock_guard<std::mutex> lock(output.mutex);
+        if (--output.players == 0 && output.errors) {
+            sf::err().rdbuf(output.errors);
+            output.errors = nullptr;
+        }
+    }
+};
+
+} // namespace
+
 struct SoundPlayer::Private
 {
     struct Channel
@@ -132,6 +171,8 @@ struct SoundPlayer::Private
         SoundBuffer *buffer = nullptr; // owned; null when the caller owns the sound's buffer
         sf::Sound sound;
     };
+
+    OutputUse use; // first, to go last
 
     explicit Private(unsigned count)
         : channels(count)
@@ -180,6 +221,7 @@ struct SoundPlayer::Private
     }
 
     std::vector<Channel> channels;
+    bool hasOutput = true;
     bool musicOpened = false;
     sf::Music music;
 };
@@ -188,10 +230,33 @@ SoundPlayer::SoundPlayer(unsigned channelCount)
 {
     static std::once_flag registered;
     std::call_once(registered, [] { sf::SoundFileFactory::registerReader<SoundFileReaderMp3>(); });
+    AudioOutput &output = audioOutput();
+    std::lock_guard<std::mutex> lock(output.mutex);
+    if (output.players++ > 0) {
+        d = std::make_shared<Private>(channelCount);
+        d->hasOutput = output.available;
+        return;
+    }
+    // The device opens with the first sound object. SFML says something only when that
+    // fails, and then again at every call that needs the device: it is all kept for
+    // hasOutput() to tell, while no device is there.
+    if (!qEnvironmentVariableIsSet("ALSOFT_LOGLEVEL"))
+        qputenv("ALSOFT_LOGLEVEL", "0");
+    std::stringbuf said;
+    std::streambuf *errors = sf::err().rdbuf(&said);
     d = std::make_shared<Private>(channelCount);
+    output.available = said.str().empty();
+    d->hasOutput = output.available;
+    sf::err().rdbuf(output.available ? errors : nullptr);
+    output.errors = output.available ? nullptr : errors;
 }
 
 SoundPlayer::~SoundPlayer() = default;
+
+bool SoundPlayer::hasOutput() const
+{
+    return d->hasOutput;
+}
 
 SoundBuffer *SoundPlayer::createBuffer(const SoundSample &sample) const
 {

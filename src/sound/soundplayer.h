@@ -24,6 +24,12 @@ public:
     explicit SoundPlayer(unsigned channelCount);
     ~SoundPlayer();
 
+    // Whether the audio system found an output device. Without one a sound "plays" to
+    // nothing and has stopped at once. The first player opens the device, quietly: the
+    // audio libraries' own messages about it are kept off the terminal (OpenAL's unless
+    // ALSOFT_LOGLEVEL asks for them), since this is what they would say.
+    bool hasOutput() const;
+
     // A buffer for a sound played again and again; give it back by freeBuffer(). Null
     // when the sound can't be made 16-bit or the audio system refuses it.
     SoundBuffer *createBuffer(const SoundSample &sample) const;

@@ -27,8 +27,8 @@ inline QStringList words(const char *text)
 
 // Runs the tool in `directory` with the sample engine's plug-in (given before a "--",
 // which leaves the rest to a script). The engines keep their settings in
-// `directory`/config, apart from the user's.
-inline ToolRun runOvra(const QString &directory, QStringList arguments)
+// `directory`/config, apart from the user's. `extra` settings ("NAME=value") come last.
+inline ToolRun runOvra(const QString &directory, QStringList arguments, const QStringList &extra = {})
 {
     const int scriptPart = arguments.indexOf(QStringLiteral("--"));
     const QStringList plugins{QStringLiteral("--plugins"), QStringLiteral(OVRA_PLUGIN_DIR)};
@@ -41,6 +41,8 @@ inline ToolRun runOvra(const QString &directory, QStringList arguments)
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     // The test sound device: nothing reaches a speaker, the clock runs all the same.
     environment.insert(QStringLiteral("ALSOFT_DRIVERS"), QStringLiteral("null"));
+    for (const QString &setting : extra)
+        environment.insert(setting.section(QLatin1Char('='), 0, 0), setting.section(QLatin1Char('='), 1));
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(OVRA_TOOL), arguments);
     process.closeWriteChannel();

@@ -489,7 +489,7 @@ void OvraMediaTest::soundConvertKeepsSamples_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<int>("flacBits");
-    QTest::newRow("16 bits") << 16 << 24; // widened: the FLAC writer keeps 24 bits whole
+    QTest::newRow("16 bits") << 16 << 16;
     QTest::newRow("24 bits") << 24 << 24;
     QTest::newRow("32 bits") << 32 << 32;
 }

@@ -60,6 +60,7 @@ private slots:
     void layout();
     void roundTripIsByteIdentical();
     void encodedSoundsStayAsTheyCame();
+    void eightBitFlacKeepsItsValues();
     void editing();
     void badBanks_data();
     void badBanks();
@@ -123,6 +124,34 @@ void SoundBankTest::encodedSoundsStayAsTheyCame()
     QVERIFY(vorbis->setSample(tone(1, 50, 0.1)));
     QCOMPARE(vorbis->codec(), BankSound::Wav);
     QCOMPARE(vorbis->sample().samples, 50u);
+}
+
+void SoundBankTest::eightBitFlacKeepsItsValues()
+{
+    // Unsigned with 128 as silence, the extremes included, as the bank hands sounds out.
+    SoundSample sample;
+    sample.channels = 1;
+    sample.bits = 8;
+    sample.frequency = 8000;
+    sample.data = QByteArray::fromHex("80ff00017f8081fe40c0");
+    sample.samples = quint32(sample.data.size());
+    QByteArray flac;
+    QBuffer buffer(&flac);
+    QVERIFY(saveSound(&buffer, "FLAC", sample, CodecRules::Complete));
+    Held<SoundBank> sounds(new SoundBank);
+    Sound *sound = sounds->addFile(QPoint(2, 1), BankSound::Flac, flac);
+    QVERIFY(sound);
+    QCOMPARE(sound->sample().data.toHex(), sample.data.toHex());
+    QCOMPARE(sound->info().bits, quint16(8));
+    // Edited (the first value made quieter) and kept, as WAV, with every other value as it was.
+    SoundSample edited = sound->sample();
+    edited.data[0] = char(0x90);
+    QVERIFY(sound->setSample(edited));
+    QCOMPARE(static_cast<BankSound *>(sound)->codec(), BankSound::Wav);
+    Held<SoundBank> reloaded(new SoundBank);
+    QVERIFY(reloaded->fromBytes(sounds->toBytes()));
+    QCOMPARE(reloaded->at(0)->sample().data.toHex(), QByteArray("90ff00017f8081fe40c0"));
+    QCOMPARE(reloaded->at(0)->info().samples, 10u);
 }
 
 void SoundBankTest::editing()

@@ -234,14 +234,16 @@ bool writeSounds(const QString &path, QString *error)
     // One sound of each kind the bank keeps: the step as FLAC, the tune as Ogg Vorbis.
     QByteArray flac;
     QBuffer flacBuffer(&flac);
-    if (!saveSound(&flacBuffer, "FLAC", SampleArt::step()) || !bank.addFile(QPoint(1, 3), BankSound::Flac, flac))
+    if (!saveSound(&flacBuffer, "FLAC", SampleArt::step(), CodecRules::Complete)
+        || !bank.addFile(QPoint(1, 3), BankSound::Flac, flac))
         return fail(error, QStringLiteral("Can't encode the step as FLAC"));
     QByteArray ogg;
     QBuffer oggBuffer(&ogg);
     // The Ogg stream's serial number comes from the C library's generator: seeded, so that
     // every run writes the same stream.
     std::srand(1);
-    if (!saveSound(&oggBuffer, "OGG", SampleArt::tune()) || !bank.addFile(QPoint(100, 0), BankSound::Ogg, ogg))
+    if (!saveSound(&oggBuffer, "OGG", SampleArt::tune(), CodecRules::Complete)
+        || !bank.addFile(QPoint(100, 0), BankSound::Ogg, ogg))
         return fail(error, QStringLiteral("Can't encode the tune as Ogg Vorbis"));
     return save(bank, path, error);
 }
