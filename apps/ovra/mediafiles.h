@@ -25,6 +25,9 @@ QByteArray formatOfName(const QString &fileName);
 QByteArray checkedFormat(Cli::Context &context, const QString &command, const QString &fileName, Kind kind,
                          Direction direction);
 
+// A count with its noun in the singular or the plural: "1 sprite", "3 sprites".
+QString counted(int count, const QString &one, const QString &many);
+
 // Whether two names are one file on disk (the second need not exist).
 bool sameFile(const QString &a, const QString &b);
 // An input that is there and can be read: else the input error is said and false.

@@ -378,10 +378,10 @@ void OvraMediaTest::paletteConvert()
     PaletteObject palette(&table);
     QBuffer in(&bytes);
     QVERIFY(in.open(QIODevice::ReadOnly));
-    QVERIFY(palette.fromFile(&in, qPrintable(QFileInfo(input).suffix().toUpper())));
+    QVERIFY(palette.fromFile(&in, qPrintable(QFileInfo(input).suffix().toUpper()), CodecRules::Complete));
     QBuffer expected;
     expected.open(QIODevice::WriteOnly);
-    QVERIFY(palette.toFile(&expected, qPrintable(QFileInfo(output).suffix().toUpper())));
+    QVERIFY(palette.toFile(&expected, qPrintable(QFileInfo(output).suffix().toUpper()), CodecRules::Complete));
     QCOMPARE(readFile(path(output)), expected.data());
     // And the colours are the test's own, wherever the format put them.
     RGBA reference[256];
@@ -566,7 +566,7 @@ void OvraMediaTest::failures_data()
     row("export to an unknown format", "sprites export work --format tga", "", {}, 2,
         "ovra sprites export: --format: can't write 'tga' pictures (formats: png, pcx, gif, bmp)");
     row("import onto a taken identifier", "sprites import work IN --group 10 --start 5", "new.png", {}, 2,
-        "ovra sprites import: @/work/knight/knight.osp has sprites 10, 5 already; give --replace to replace them, or other "
+        "ovra sprites import: @/work/knight/knight.osp has sprite 10, 5 already; give --replace to replace it, or other "
         "numbers with --start");
     row("import of a garbage picture", "sprites import work IN", "new.png", "\x89PNG\r\n\x1a\n not really", 3,
         "ovra sprites import: new.png: not a readable PNG picture");
@@ -588,8 +588,8 @@ void OvraMediaTest::failures_data()
         qPrintable(QStringLiteral("ovra image scale: self.png: ") + replaces));
     row("truncated palette", "palette convert IN o.gpl", "short.act", QByteArray(100, 'x'), 3,
         "ovra palette convert: short.act: not a readable ACT palette");
-    row("unwritable palette format", "palette convert IN o.pal", "good.act", act, 2,
-        "ovra palette convert: o.pal: can't write pal files as a palette (formats: act, gpl)");
+    row("unwritable palette format", "palette convert IN o.aco", "good.act", act, 2,
+        "ovra palette convert: o.aco: can't write aco files as a palette (formats: act, pal, ase, gpl)");
     row("palette onto itself", "palette convert IN ./IN", "self.act", act, 2,
         qPrintable(QStringLiteral("ovra palette convert: ./self.act: ") + replaces));
     row("garbage sound", "sound convert IN o.flac", "noise.wav", QByteArray("RIFF\x10\0\0\0WAVEjunk", 16), 3,
