@@ -488,8 +488,10 @@ void scaleFrame(GIFImage::SubImage &sub, float scale)
     sub.image.setColorTable(table);
 }
 
-// True-colour pictures are indexed last, over the palette their frame ended up with.
-void indexTrueColour(GIFImage &gif)
+// True-colour pictures are indexed last, over the palette their frame ended up with. By
+// the complete rule entry 0 is clear while matching, as it is in the file: an opaque
+// pixel of its colour then goes to its opaque twin and doesn't vanish.
+void indexTrueColour(GIFImage &gif, CodecRules rules)
 {
     for (GIFImage::SubImage &sub : gif.images()) {
         if (sub.image.format() == QImage::Format_Indexed8)
@@ -498,6 +500,8 @@ void indexTrueColour(GIFImage &gif)
         RGBA palette[256];
         for (int i = 0; i < 256; ++i)
             palette[i] = i < colors.size() ? RGBA(colors.at(i)) : RGBA(0, 0, 0, 255);
+        if (rules == CodecRules::Complete)
+            palette[0].alpha = 0;
         sub.image = mappedToPalette(sub.image, palette);
     }
 }
@@ -538,6 +542,10 @@ bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float sca
             continue;
         GIFImage::SubImage sub;
         sub.image = frame.image;
+        // Opaque true colour is matched as ARGB32 by the complete rule, so that no opaque
+        // pixel is sent to the clear entry 0.
+        if (rules == CodecRules::Complete && sub.image.format() != QImage::Format_Indexed8)
+            sub.image = sub.image.convertToFormat(QImage::Format_ARGB32);
         if (!canvas.allTrueColour)
             takeFramePalette(palettes, sub, images.isEmpty());
         else
@@ -549,7 +557,7 @@ bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float sca
         sub.top = qint16((canvas.maxY - frame.y) * scale);
         images.append(sub);
     }
-    indexTrueColour(gif);
+    indexTrueColour(gif, rules);
     return gif.save(device, rules);
 }
 
