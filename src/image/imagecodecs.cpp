@@ -36,6 +36,27 @@ bool loadGifPicture(QIODevice *device, QImage &image, CodecRules rules)
     return true;
 }
 
+// A GIF has one transparent index: pixels of other clear entries go to it, so that
+// every pixel clear in the picture is clear in the file.
+QImage withOneClearIndex(const QImage &image, int clearIndex)
+{
+    const QVector<QRgb> table = image.colorTable();
+    bool others = false;
+    for (int i = clearIndex + 1; clearIndex >= 0 && i < table.size(); ++i)
+        others = others || qAlpha(table.at(i)) == 0;
+    if (!others)
+        return image;
+    QImage result = image;
+    for (int y = 0; y < result.height(); ++y) {
+        uchar *row = result.scanLine(y);
+        for (int x = 0; x < result.width(); ++x) {
+            if (row[x] < table.size() && qAlpha(table.at(row[x])) == 0)
+                row[x] = uchar(clearIndex);
+        }
+    }
+    return result;
+}
+
 bool saveGifPicture(QIODevice *device, const QImage &image, CodecRules rules)
 {
     // A true-colour picture finds its 255 colours the way exported animations do.
@@ -49,6 +70,8 @@ bool saveGifPicture(QIODevice *device, const QImage &image, CodecRules rules)
         if (sub.transparentIndex < 0 && qAlpha(entry) == 0)
             sub.transparentIndex = qint16(gif.globalColorMap().size() - 1);
     }
+    if (rules == CodecRules::Complete && image.format() == QImage::Format_Indexed8)
+        sub.image = withOneClearIndex(image, sub.transparentIndex);
     gif.images().append(sub);
     return gif.save(device, rules);
 }

@@ -270,6 +270,9 @@ void ImageExchangeTest::oursReadByPil_data()
 
     QTest::newRow("gif, clear entry 0") << indexedPicture(5, 0) << "gif" << 0;
     QTest::newRow("gif, clear entry 3") << indexedPicture(6, 3) << "gif" << 3;
+    QImage twoClear = indexedPicture(6, 1);
+    twoClear.setColor(4, twoClear.color(4) & 0x00FFFFFF);
+    QTest::newRow("gif, clear entries 1 and 4") << twoClear << "gif" << 1;
     QTest::newRow("gif, opaque") << indexedPicture(5, -1) << "gif" << -1;
     QTest::newRow("gif, 256 colours") << indexedPicture(256, 0) << "gif" << 0;
     QTest::newRow("gif, monochrome") << monochromePicture() << "gif" << 1;
