@@ -99,6 +99,9 @@ bool readPicture(Cli::Context &context, const QString &command, const Conversion
 
 int writePicture(Cli::Context &context, const QString &command, const Conversion &conversion, const QImage &image)
 {
+    const QString refusal = MediaFiles::pictureRefusal(conversion.outputFormat, image);
+    if (!refusal.isEmpty())
+        return context.inputError(command, conversion.output, refusal);
     const int code = MediaFiles::writeOutput(
         context, command, conversion.output,
         [&](QIODevice *device) {

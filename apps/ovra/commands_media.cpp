@@ -313,6 +313,12 @@ void exportSprite(Cli::Context &context, const Sprites &sprites, uint row, Sprit
         ++job->failures;
         return;
     }
+    const QString refusal = MediaFiles::pictureRefusal(job->format, picture);
+    if (!refusal.isEmpty()) {
+        context.inputError(command, name, refusal);
+        ++job->failures;
+        return;
+    }
     const int code = MediaFiles::writeOutput(
         context, command, name,
         [&](QIODevice *device) { return saveImage(device, job->format.constData(), picture, CodecRules::Complete); },

@@ -95,6 +95,21 @@ QByteArray checkedFormat(Cli::Context &context, const QString &command, const QS
     return QByteArray();
 }
 
+QString pictureRefusal(const QByteArray &format, const QImage &image)
+{
+    if (format != "PCX" || image.format() == QImage::Format_Indexed8 || !image.hasAlphaChannel())
+        return QString();
+    const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < argb.height(); ++y) {
+        const auto *row = reinterpret_cast<const QRgb *>(argb.constScanLine(y));
+        for (int x = 0; x < argb.width(); ++x) {
+            if (qAlpha(row[x]) != 255)
+                return QStringLiteral("PCX holds no transparency; write the picture as PNG, BMP or GIF");
+        }
+    }
+    return QString();
+}
+
 QString counted(int count, const QString &one, const QString &many)
 {
     return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? one : many);
