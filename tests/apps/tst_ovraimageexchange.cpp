@@ -57,6 +57,7 @@ private slots:
     void picturesBothWays_data();
     void picturesBothWays();
     void spritesAsGif();
+    void importedWhole();
     void animationGif();
     void palettesBetweenFormats();
     void wording();
@@ -209,6 +210,31 @@ void OvraImageExchangeTest::spritesAsGif()
     QCOMPARE(refused.code, 3);
     QCOMPARE(lines(refused.err).size(), 1);
     QVERIFY(!QFileInfo::exists(path(QStringLiteral("clear.pcx"))));
+}
+
+// Pictures of the other program into the sample engine's sprites and out again as PNG:
+// the same pixels, transparency included.
+void OvraImageExchangeTest::importedWhole()
+{
+    const QList<QPair<QString, QString>> pictures{{QStringLiteral("in-clear5.gif"), QStringLiteral("transparency=5")},
+                                                  {QStringLiteral("in-p.pcx"), QString()},
+                                                  {QStringLiteral("in-mono.png"), QString()},
+                                                  {QStringLiteral("in-grey.png"), QString()},
+                                                  {QStringLiteral("in-rgba.png"), QString()}};
+    const char *const statements[] = {indexed, indexed, mono, grey, clearRgba};
+    QStringList arguments = words("sprites import work --group 800");
+    for (int i = 0; i < pictures.size(); ++i) {
+        QVERIFY(pilWrite(pictures.at(i).first, statements[i], pictures.at(i).second));
+        arguments << pictures.at(i).first;
+    }
+    ToolRun result = run(arguments);
+    QVERIFY2(result.code == 0, qPrintable(result.err));
+    result = run(words("sprites export work --only 800 -o imported"));
+    QVERIFY2(result.code == 0, qPrintable(result.err));
+    for (int i = 0; i < pictures.size(); ++i) {
+        const PilImages::Picture exported = pilRead(QStringLiteral("imported/knight_800-%1.png").arg(i));
+        QCOMPARE(PilImages::differences(exported.pixels, pilRead(pictures.at(i).first).pixels), 0);
+    }
 }
 
 void OvraImageExchangeTest::animationGif()
