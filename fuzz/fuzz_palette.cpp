@@ -6,7 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-// The first byte picks the format name; the rest is the file. Formats told by their
+// The first byte picks the format name and the rules (designed or complete); the rest is
+// the file. Formats told by their
 // first bytes (RIFF, JASC, ASEF, ROWS) are reached through any name that isn't taken.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -19,7 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     Ovra::RGBA table[256];
     memset(table, 0x5A, sizeof table);
     Ovra::PaletteObject palette(&table);
-    const bool read = palette.fromFile(&buffer, formats[data[0] % 8]);
+    const Ovra::CodecRules rules = data[0] & 8 ? Ovra::CodecRules::Complete : Ovra::CodecRules::Designed;
+    const bool read = palette.fromFile(&buffer, formats[data[0] % 8], rules);
     // A palette that was read has a transparent entry 0; one that wasn't is untouched.
     if (read ? table[0].alpha != 0 : table[0].alpha != 0x5A)
         std::abort();

@@ -91,7 +91,7 @@ bool readPicture(Cli::Context &context, const QString &command, const Conversion
         context.inputError(command, conversion.input, error);
         return false;
     }
-    if (loadImage(&file, conversion.inputFormat.constData(), *image))
+    if (loadImage(&file, conversion.inputFormat.constData(), *image, CodecRules::Complete))
         return true;
     context.inputError(command, conversion.input,
                        QStringLiteral("not a readable %1 picture").arg(QString::fromLatin1(conversion.inputFormat)));
@@ -100,9 +100,14 @@ bool readPicture(Cli::Context &context, const QString &command, const Conversion
 
 int writePicture(Cli::Context &context, const QString &command, const Conversion &conversion, const QImage &image)
 {
+    const QString refusal = MediaFiles::pictureRefusal(conversion.outputFormat, image);
+    if (!refusal.isEmpty())
+        return context.inputError(command, conversion.output, refusal);
     const int code = MediaFiles::writeOutput(
         context, command, conversion.output,
-        [&](QIODevice *device) { return saveImage(device, conversion.outputFormat.constData(), image); },
+        [&](QIODevice *device) {
+            return saveImage(device, conversion.outputFormat.constData(), image, CodecRules::Complete);
+        },
         QStringLiteral("picture"));
     if (code == Cli::Success)
         context.say(QStringLiteral("Wrote %1: %2 x %3.").arg(conversion.output).arg(image.width()).arg(image.height()));
@@ -202,14 +207,16 @@ int paletteConvert(Cli::Context &context, const QStringList &arguments)
     QString error;
     if (!MediaFiles::openInput(file, &error))
         return context.inputError(command, conversion.input, error);
-    if (!palette.fromFile(&file, conversion.inputFormat.constData())) {
+    if (!palette.fromFile(&file, conversion.inputFormat.constData(), CodecRules::Complete)) {
         return context.inputError(command, conversion.input, QStringLiteral("not a readable %1 palette")
                                                                  .arg(QString::fromLatin1(conversion.inputFormat)));
     }
     file.close();
     const int code = MediaFiles::writeOutput(
         context, command, conversion.output,
-        [&](QIODevice *device) { return palette.toFile(device, conversion.outputFormat.constData()); },
+        [&](QIODevice *device) {
+            return palette.toFile(device, conversion.outputFormat.constData(), CodecRules::Complete);
+        },
         QStringLiteral("palette"));
     if (code == Cli::Success)
         context.say(QStringLiteral("Wrote %1.").arg(conversion.output));
@@ -268,14 +275,18 @@ int imageScale(Cli::Context &context, const QStringList &arguments)
         size = QSize(qMax(1, qRound(image.width() * factor)), qMax(1, qRound(image.height() * factor)));
     if (size.width() > 16384 || size.height() > 16384)
         return context.usageError(command, QStringLiteral("the result would pass 16384 pixels on a side"));
-    // The scalers work on indexed or 32-bit pixels.
-    if (image.format() != QImage::Format_Indexed8 && image.depth() != 32)
-        image = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    // The scalers work on indexed pixels or on ARGB32: the nearest filter walks any other
+    // true colour (RGB32 too) three bytes a pixel.
+    const bool opaque = image.format() != QImage::Format_Indexed8 && !image.hasAlphaChannel();
+    if (image.format() != QImage::Format_Indexed8)
+        image = image.convertToFormat(QImage::Format_ARGB32);
     RGBA palette[256];
     paletteOf(image, palette);
-    const QImage scaled = resizeImage(image, size, palette, filter->filter);
+    QImage scaled = resizeImage(image, size, palette, filter->filter);
     if (scaled.isNull())
         return context.inputError(command, conversion.input, QStringLiteral("the %1 filter can't scale this picture").arg(filterName));
+    if (opaque)
+        scaled = scaled.convertToFormat(QImage::Format_RGB32); // an opaque picture stays one
     return writePicture(context, command, conversion, scaled);
 }
 

@@ -220,7 +220,7 @@ int writeGif(Cli::Context &context, const GifRequest &request, const QVector<Ani
         context, QStringLiteral("gif"), request.output,
         [&](QIODevice *device) {
             return saveGIF(device, frames, float(request.scale), float(request.speed), request.sharedPalette,
-                           request.loop);
+                           request.loop, CodecRules::Complete);
         },
         QStringLiteral("GIF"));
     if (code != Cli::Success)
@@ -231,7 +231,8 @@ int writeGif(Cli::Context &context, const GifRequest &request, const QVector<Ani
                            {QStringLiteral("frames"), frames.size()},
                            {QStringLiteral("loop"), request.loop}});
     } else {
-        context.say(QStringLiteral("Wrote %1: %2 frames%3.").arg(request.output).arg(frames.size())
+        context.say(QStringLiteral("Wrote %1: %2%3.").arg(request.output)
+                        .arg(MediaFiles::counted(frames.size(), QStringLiteral("frame"), QStringLiteral("frames")))
                         .arg(request.loop ? QStringLiteral(", looping") : QString()));
     }
     return Cli::Success;
@@ -312,8 +313,15 @@ void exportSprite(Cli::Context &context, const Sprites &sprites, uint row, Sprit
         ++job->failures;
         return;
     }
+    const QString refusal = MediaFiles::pictureRefusal(job->format, picture);
+    if (!refusal.isEmpty()) {
+        context.inputError(command, name, refusal);
+        ++job->failures;
+        return;
+    }
     const int code = MediaFiles::writeOutput(
-        context, command, name, [&](QIODevice *device) { return saveImage(device, job->format.constData(), picture); },
+        context, command, name,
+        [&](QIODevice *device) { return saveImage(device, job->format.constData(), picture, CodecRules::Complete); },
         QStringLiteral("picture"));
     if (code == Cli::Success)
         job->written.append(QDir::cleanPath(name));
@@ -457,7 +465,7 @@ int readPictures(Cli::Context &context, const QStringList &fileNames, QList<Pict
         Picture picture{fileName, QImage()};
         if (!MediaFiles::openInput(file, &error))
             return context.inputError(command, fileName, error);
-        if (!loadImage(&file, format.constData(), picture.image))
+        if (!loadImage(&file, format.constData(), picture.image, CodecRules::Complete))
             return context.inputError(command, fileName, QStringLiteral("not a readable %1 picture").arg(QString::fromLatin1(format)));
         *pictures << picture;
     }
@@ -477,8 +485,11 @@ int placeImport(Cli::Context &context, const Sprites &sprites, SpriteImport *job
     const QString command = QStringLiteral("sprites import");
     if (job->paletteRow >= 0) {
         if (uint(job->paletteRow) >= sprites.palettes()->count()) {
-            return context.usageError(command, QStringLiteral("--palette %1: the sprite file has %2 palettes")
-                                                   .arg(job->paletteRow).arg(sprites.palettes()->count()));
+            return context.usageError(command, QStringLiteral("--palette %1: the sprite file has %2")
+                                                   .arg(job->paletteRow)
+                                                   .arg(MediaFiles::counted(int(sprites.palettes()->count()),
+                                                                            QStringLiteral("palette"),
+                                                                            QStringLiteral("palettes"))));
         }
         job->palette = sprites.palettes()->at(uint(job->paletteRow));
     }
@@ -501,9 +512,12 @@ int placeImport(Cli::Context &context, const Sprites &sprites, SpriteImport *job
     }
     if (taken.isEmpty())
         return -1;
-    return context.usageError(command, QStringLiteral("%1 has sprites %2 already; give --replace to replace "
-                                                      "them, or other numbers with --start")
-                                           .arg(sprites.fileName(), taken.join(QStringLiteral("; "))));
+    return context.usageError(command, QStringLiteral("%1 has %2 %3 already; give --replace to replace %4, or "
+                                                      "other numbers with --start")
+                                           .arg(sprites.fileName(),
+                                                taken.size() == 1 ? QStringLiteral("sprite") : QStringLiteral("sprites"),
+                                                taken.join(QStringLiteral("; ")),
+                                                taken.size() == 1 ? QStringLiteral("it") : QStringLiteral("them")));
 }
 
 // The picture as the sprite of that identifier: the one there replaced, or a new one.
@@ -633,7 +647,9 @@ int spritesExport(Cli::Context &context, const QStringList &arguments)
         context.printJson({{QStringLiteral("directory"), QFileInfo(job.directory).absoluteFilePath()},
                            {QStringLiteral("files"), job.written}, {QStringLiteral("failed"), job.failures}});
     } else {
-        context.say(QStringLiteral("Wrote %1 pictures to %2.").arg(job.written.size()).arg(job.directory));
+        context.say(QStringLiteral("Wrote %1 to %2.")
+                        .arg(MediaFiles::counted(job.written.size(), QStringLiteral("picture"), QStringLiteral("pictures")))
+                        .arg(job.directory));
     }
     if (job.written.isEmpty() && job.failures == 0 && job.group >= 0)
         context.err() << "ovra " << command << ": no sprite matches --only " << parser.value(QStringLiteral("only")) << '\n';
@@ -684,7 +700,10 @@ int spritesImport(Cli::Context &context, const QStringList &arguments)
     } else {
         const QString first = job.added.first().toString();
         const QString range = job.added.size() > 1 ? first + QStringLiteral(" to ") + job.added.last().toString() : first;
-        context.say(QStringLiteral("Added %1 sprites to %2 (%3).").arg(job.added.size()).arg(sprites->fileName()).arg(range));
+        context.say(QStringLiteral("Added %1 to %2 (%3).")
+                        .arg(MediaFiles::counted(job.added.size(), QStringLiteral("sprite"), QStringLiteral("sprites")))
+                        .arg(sprites->fileName())
+                        .arg(range));
     }
     return Cli::Success;
 }

@@ -14,7 +14,7 @@ namespace {
 
 // The library's own formats. Palettes come from the colour tables of indexed pictures
 // too; RIFF and text palettes (.pal), swatch exchange (.ase) and swatch lists (.txt) are
-// told apart by their first bytes.
+// told apart by their first bytes. A .pal palette is written as RIFF.
 QStringList ownFormats(Kind kind, Direction direction)
 {
     switch (kind) {
@@ -22,7 +22,7 @@ QStringList ownFormats(Kind kind, Direction direction)
         return {QStringLiteral("PNG"), QStringLiteral("PCX"), QStringLiteral("GIF"), QStringLiteral("BMP")};
     case Palette:
         if (direction == Write)
-            return {QStringLiteral("ACT")};
+            return {QStringLiteral("ACT"), QStringLiteral("PAL"), QStringLiteral("ASE")};
         return {QStringLiteral("ACT"), QStringLiteral("PAL"), QStringLiteral("ACO"), QStringLiteral("ASE"),
                 QStringLiteral("TXT"), QStringLiteral("PNG"), QStringLiteral("PCX"), QStringLiteral("GIF"),
                 QStringLiteral("BMP")};
@@ -93,6 +93,26 @@ QByteArray checkedFormat(Cli::Context &context, const QString &command, const QS
                                         known.join(QStringLiteral(", ")).toLower());
     context.usageError(command, text);
     return QByteArray();
+}
+
+QString pictureRefusal(const QByteArray &format, const QImage &image)
+{
+    if (format != "PCX" || image.format() == QImage::Format_Indexed8 || !image.hasAlphaChannel())
+        return QString();
+    const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < argb.height(); ++y) {
+        const auto *row = reinterpret_cast<const QRgb *>(argb.constScanLine(y));
+        for (int x = 0; x < argb.width(); ++x) {
+            if (qAlpha(row[x]) != 255)
+                return QStringLiteral("PCX holds no transparency; write the picture as PNG, BMP or GIF");
+        }
+    }
+    return QString();
+}
+
+QString counted(int count, const QString &one, const QString &many)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? one : many);
 }
 
 bool sameFile(const QString &a, const QString &b)

@@ -6,6 +6,7 @@
 #include "cli.h"
 
 #include <QIODevice>
+#include <QImage>
 #include <QStringList>
 
 #include <functional>
@@ -24,6 +25,13 @@ QByteArray formatOfName(const QString &fileName);
 // formats there are listed) and an empty answer.
 QByteArray checkedFormat(Cli::Context &context, const QString &command, const QString &fileName, Kind kind,
                          Direction direction);
+
+// Why a picture can't go to that format whole (a PCX file holds no transparency), or
+// empty when it can.
+QString pictureRefusal(const QByteArray &format, const QImage &image);
+
+// A count with its noun in the singular or the plural: "1 sprite", "3 sprites".
+QString counted(int count, const QString &one, const QString &many);
 
 // Whether two names are one file on disk (the second need not exist).
 bool sameFile(const QString &a, const QString &b);

@@ -126,8 +126,11 @@ void applyExtensions(const QVector<PendingExtension> &pending, GIFImage::SubImag
 }
 
 // The lines of the picture just described, in the file's order, into `image`; false where
-// the file ends inside them, the rest of the picture then transparent (0).
-bool readPixels(GifFileType *gif, QImage &image)
+// the file ends inside them, the rest of the picture then transparent (0). A monochrome
+// picture is made where the header's colour resolution is 1, unless `alwaysIndexed`: that
+// field tells of the colours the maker had, not of the table's size, and some writers
+// leave it 0 for pictures of any number of colours.
+bool readPixels(GifFileType *gif, QImage &image, bool alwaysIndexed)
 {
     const GifImageDesc &desc = gif->Image;
     std::vector<GifPixelType> raster(size_t(qint64(desc.Width) * desc.Height), 0);
@@ -138,7 +141,7 @@ bool readPixels(GifFileType *gif, QImage &image)
             break;
         }
     }
-    const bool indexed = gif->SColorResolution > 1;
+    const bool indexed = alwaysIndexed || gif->SColorResolution > 1;
     image = QImage(desc.Width, desc.Height, indexed ? QImage::Format_Indexed8 : QImage::Format_Mono);
     if (!image.isNull()) {
         image.fill(0);
@@ -161,8 +164,10 @@ bool readPixels(GifFileType *gif, QImage &image)
 // ends inside keeps what was decoded and is transparent (0) below it, and so that a
 // picture larger than the rest of the file could possibly encode is refused before
 // its pixels are allocated (LZW gives at most 4096 pixels for 12 bits).
-bool readRecords(GifFileType *gif, QIODevice *device, QList<GIFImage::SubImage> &images, bool &loop)
+bool readRecords(GifFileType *gif, QIODevice *device, QList<GIFImage::SubImage> &images, bool &loop,
+                 CodecRules rules)
 {
+    const bool complete = rules == CodecRules::Complete;
     const bool sized = !device->isSequential();
     QVector<PendingExtension> pending;
     for (;;) {
@@ -186,11 +191,14 @@ bool readRecords(GifFileType *gif, QIODevice *device, QList<GIFImage::SubImage> 
         GIFImage::SubImage sub;
         sub.left = qint16(desc.Left);
         sub.top = qint16(desc.Top);
-        sub.transparentIndex = gif->SColorMap ? qint16(gif->SBackGroundColor) : qint16(-1);
+        // The background colour is what shows around the pictures, not transparency; only
+        // the designed rule takes it as the transparent index (single pictures of old saves
+        // carry it there).
+        sub.transparentIndex = gif->SColorMap && !complete ? qint16(gif->SBackGroundColor) : qint16(-1);
         applyExtensions(pending, sub, loop);
         pending.clear();
         sub.colorMap = colorsOf(desc.ColorMap);
-        const bool whole = readPixels(gif, sub.image);
+        const bool whole = readPixels(gif, sub.image, complete);
         images.append(sub);
         if (!whole)
             return false;
@@ -208,6 +216,11 @@ GIFImage::GIFImage(unsigned short width, unsigned short height, bool loop)
 
 bool GIFImage::load(QIODevice *device)
 {
+    return load(device, CodecRules::Designed);
+}
+
+bool GIFImage::load(QIODevice *device, CodecRules rules)
+{
     if (!device || (!device->isReadable() && !device->open(QIODevice::ReadOnly)))
         return false;
     m_globalColorMap.clear();
@@ -220,7 +233,7 @@ bool GIFImage::load(QIODevice *device)
     std::unique_ptr<GifFileType, GifReader> gif(DGifOpen(&stream, readFromStream, &error));
     if (!gif)
         return false;
-    const bool complete = readRecords(gif.get(), device, m_images, m_loop);
+    const bool complete = readRecords(gif.get(), device, m_images, m_loop, rules);
 
     if (m_images.size() == 1) {
         m_width = quint16(m_images.first().image.width());
@@ -235,8 +248,65 @@ bool GIFImage::load(QIODevice *device)
 
 bool GIFImage::save(QIODevice *device) const
 {
+    return save(device, CodecRules::Designed);
+}
+
+namespace {
+
+bool isMonochrome(const QImage &image)
+{
+    return image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB;
+}
+
+// The graphic control block before a picture: its transparent index, disposal and delay.
+// The fraction of a hundredth the file can't hold is carried to the next picture, so
+// that the animation as a whole lasts as long as it should.
+bool putControlBlock(GifFileType *gif, const GIFImage::SubImage &sub, float &carried)
+{
+    GraphicsControlBlock control;
+    control.DisposalMode = sub.transparentIndex >= 0 ? DISPOSE_BACKGROUND : DISPOSAL_UNSPECIFIED;
+    control.UserInputFlag = false;
+    const float delay = sub.delay + carried;
+    control.DelayTime = int(delay);
+    carried = delay - float(control.DelayTime);
+    control.TransparentColor = sub.transparentIndex;
+    GifByteType extension[4];
+    EGifGCBToExtension(&control, extension);
+    return EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, 4, extension) == GIF_OK;
+}
+
+// The pixels of one picture, by index one at a time or by whole lines. A line goes
+// through a copy: the encoder masks the indices in place.
+bool putPixels(GifFileType *gif, const QImage &image, bool byIndex)
+{
+    const int width = image.width();
+    std::vector<GifPixelType> line(size_t(qMax(width, 1)));
+    bool ok = true;
+    for (int y = 0; ok && y < image.height(); ++y) {
+        if (byIndex) {
+            for (int x = 0; ok && x < width; ++x)
+                ok = EGifPutPixel(gif, GifPixelType(image.pixelIndex(x, y))) == GIF_OK;
+        } else {
+            memcpy(line.data(), image.constScanLine(y), size_t(width));
+            ok = EGifPutLine(gif, line.data(), width) == GIF_OK;
+        }
+    }
+    return ok;
+}
+
+} // namespace
+
+bool GIFImage::save(QIODevice *device, CodecRules rules) const
+{
+    const bool complete = rules == CodecRules::Complete;
     if (m_images.isEmpty())
         return false;
+    if (complete) {
+        for (const SubImage &sub : m_images) {
+            if (sub.image.format() != QImage::Format_Indexed8 && !isMonochrome(sub.image))
+                return false;
+        }
+    }
     if (!device || (!device->isWritable() && !device->open(QIODevice::WriteOnly)))
         return false;
     QDataStream stream(device);
@@ -264,39 +334,18 @@ bool GIFImage::save(QIODevice *device) const
              && EGifPutExtensionBlock(gif, 3, endless) == GIF_OK && EGifPutExtensionTrailer(gif) == GIF_OK;
     }
 
-    // Delays are whole hundredths in the file; the fraction left over from one frame goes
-    // to the next, so that the animation as a whole lasts as long as it should.
     float carried = 0;
     for (int i = 0; ok && i < m_images.size(); ++i) {
         const SubImage &sub = m_images.at(i);
-        if (animated) {
-            GraphicsControlBlock control;
-            control.DisposalMode = sub.transparentIndex >= 0 ? DISPOSE_BACKGROUND : DISPOSAL_UNSPECIFIED;
-            control.UserInputFlag = false;
-            const float delay = sub.delay + carried;
-            control.DelayTime = int(delay);
-            carried = delay - float(control.DelayTime);
-            control.TransparentColor = sub.transparentIndex;
-            GifByteType extension[4];
-            EGifGCBToExtension(&control, extension);
-            if (EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, 4, extension) != GIF_OK)
-                break;
-        }
+        if ((animated || (complete && sub.transparentIndex >= 0)) && !putControlBlock(gif, sub, carried))
+            break;
         const ColorMap local(sub.colorMap);
-        const int width = sub.image.width();
-        const int height = sub.image.height();
-        if (EGifPutImageDesc(gif, sub.left, sub.top, width, height, false, local.object()) != GIF_OK) {
+        if (EGifPutImageDesc(gif, sub.left, sub.top, sub.image.width(), sub.image.height(), false, local.object())
+            != GIF_OK) {
             ok = false;
             break;
         }
-        for (int y = 0; ok && y < height; ++y) {
-            if (resolution < 2) {
-                for (int x = 0; ok && x < width; ++x)
-                    ok = EGifPutPixel(gif, GifPixelType(sub.image.pixelIndex(x, y))) == GIF_OK;
-            } else {
-                ok = EGifPutLine(gif, const_cast<GifPixelType *>(sub.image.constScanLine(y)), width) == GIF_OK;
-            }
-        }
+        ok = putPixels(gif, sub.image, complete ? isMonochrome(sub.image) : resolution < 2);
     }
     const bool closed = EGifCloseFile(gif, &error) == GIF_OK;
     return ok && closed;
@@ -439,8 +488,10 @@ void scaleFrame(GIFImage::SubImage &sub, float scale)
     sub.image.setColorTable(table);
 }
 
-// True-colour pictures are indexed last, over the palette their frame ended up with.
-void indexTrueColour(GIFImage &gif)
+// True-colour pictures are indexed last, over the palette their frame ended up with. By
+// the complete rule entry 0 is clear while matching, as it is in the file: an opaque
+// pixel of its colour then goes to its opaque twin and doesn't vanish.
+void indexTrueColour(GIFImage &gif, CodecRules rules)
 {
     for (GIFImage::SubImage &sub : gif.images()) {
         if (sub.image.format() == QImage::Format_Indexed8)
@@ -449,6 +500,8 @@ void indexTrueColour(GIFImage &gif)
         RGBA palette[256];
         for (int i = 0; i < 256; ++i)
             palette[i] = i < colors.size() ? RGBA(colors.at(i)) : RGBA(0, 0, 0, 255);
+        if (rules == CodecRules::Complete)
+            palette[0].alpha = 0;
         sub.image = mappedToPalette(sub.image, palette);
     }
 }
@@ -457,6 +510,12 @@ void indexTrueColour(GIFImage &gif)
 
 bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
              bool sharedPalette, bool loop)
+{
+    return saveGIF(device, frames, scale, velocity, sharedPalette, loop, CodecRules::Designed);
+}
+
+bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
+             bool sharedPalette, bool loop, CodecRules rules)
 {
     if (frames.isEmpty() || !device)
         return false;
@@ -483,6 +542,10 @@ bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float sca
             continue;
         GIFImage::SubImage sub;
         sub.image = frame.image;
+        // Opaque true colour is matched as ARGB32 by the complete rule, so that no opaque
+        // pixel is sent to the clear entry 0.
+        if (rules == CodecRules::Complete && sub.image.format() != QImage::Format_Indexed8)
+            sub.image = sub.image.convertToFormat(QImage::Format_ARGB32);
         if (!canvas.allTrueColour)
             takeFramePalette(palettes, sub, images.isEmpty());
         else
@@ -494,8 +557,8 @@ bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float sca
         sub.top = qint16((canvas.maxY - frame.y) * scale);
         images.append(sub);
     }
-    indexTrueColour(gif);
-    return gif.save(device);
+    indexTrueColour(gif, rules);
+    return gif.save(device, rules);
 }
 
 // ---- the octree -----------------------------------------------------------------------

@@ -41,8 +41,15 @@ public:
 
     // Reads a whole file. What could be read is kept even when the answer is false.
     bool load(QIODevice *device);
+    // Complete: pictures always come in Format_Indexed8 whatever the header's colour
+    // resolution says, and only a graphic control block marks a transparent index.
+    bool load(QIODevice *device, CodecRules rules);
     // Writes GIF89a; false without images or when the device refuses.
     bool save(QIODevice *device) const;
+    // Complete: every picture with a transparent index gets a graphic control block, a
+    // single one too, so that other readers see its transparency; each picture is written
+    // by its own format, and pictures neither indexed nor monochrome are refused.
+    bool save(QIODevice *device, CodecRules rules) const;
 
 private:
     bool m_loop = false;
@@ -66,6 +73,9 @@ struct OVRA_EXPORT AnimImageFrame
 // transparent colour; true-colour frames share one palette found by the octree.
 OVRA_EXPORT bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
                          bool sharedPalette, bool loop);
+// The same, writing the file by the given rules (see GIFImage::save).
+OVRA_EXPORT bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
+                         bool sharedPalette, bool loop, CodecRules rules);
 
 // A node of the colour octree: an inner node, or a leaf summing the pixels that end in it.
 struct OctreeNode

@@ -2,12 +2,11 @@
 
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
-#include "image/imagecodecs.h"
+#include "image/palettefiles_p.h"
 
 #include <QDataStream>
 #include <QIODevice>
 #include <QImage>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -24,198 +23,6 @@ bool selected(const bool *selection, int index)
 quint8 clamp255(int value)
 {
     return quint8(qBound(0, value, 255));
-}
-
-void reverse(RGBA (&table)[256])
-{
-    for (int i = 0; i < 128; ++i)
-        std::swap(table[i], table[255 - i]);
-}
-
-// Half away from zero, as all float values of palette files are rounded.
-int rounded(double value)
-{
-    return int(std::round(value));
-}
-
-bool readAct(QIODevice *device, RGBA (&table)[256])
-{
-    const QByteArray bytes = device->read(768);
-    if (bytes.size() != 768)
-        return false;
-    for (int i = 0; i < 256; ++i)
-        table[i] = RGBA(quint8(bytes[i * 3]), quint8(bytes[i * 3 + 1]), quint8(bytes[i * 3 + 2]), 255);
-    reverse(table);
-    return true;
-}
-
-bool readAco(QIODevice *device, RGBA (&table)[256])
-{
-    QDataStream in(device);
-    in.setByteOrder(QDataStream::BigEndian);
-    quint16 version = 0;
-    quint16 count = 0;
-    in >> version >> count;
-    if (in.status() != QDataStream::Ok || version != 1)
-        return false;
-    int stored = 0;
-    for (int i = 0; i < count && stored < 256 && in.status() == QDataStream::Ok; ++i) {
-        quint16 space = 0;
-        quint16 w = 0;
-        quint16 x = 0;
-        quint16 y = 0;
-        quint16 z = 0;
-        in >> space >> w >> x >> y >> z;
-        if (in.status() != QDataStream::Ok)
-            break;
-        QColor colour;
-        switch (space) {
-        case 0:
-            colour = QColor(w / 257, x / 257, y / 257);
-            break;
-        case 1:
-            colour = QColor::fromHsv(rounded(w / 182.5487f), x / 257, y / 257, 255).toRgb();
-            break;
-        case 2:
-            colour = QColor::fromCmyk(255 - w / 257, 255 - x / 257, 255 - y / 257, 255 - z / 257, 255).toRgb();
-            break;
-        case 8: {
-            const int grey = 255 - rounded(w / 39.2157f);
-            colour = QColor(clamp255(grey), clamp255(grey), clamp255(grey));
-            break;
-        }
-        default:
-            continue; // another colour space: no entry used up
-        }
-        table[stored++] = RGBA(quint8(colour.red()), quint8(colour.green()), quint8(colour.blue()), 255);
-    }
-    return true;
-}
-
-bool readRiff(QIODevice *device, RGBA (&table)[256])
-{
-    if (!device->seek(8) || device->read(8) != "PAL data")
-        return false;
-    QDataStream in(device);
-    in.setByteOrder(QDataStream::LittleEndian);
-    quint32 size = 0;
-    in >> size;
-    size -= 8;
-    if (in.status() != QDataStream::Ok || size >= 1025 || !device->seek(24))
-        return false;
-    const QByteArray bytes = device->read(size);
-    if (bytes.size() != int(size))
-        return false;
-    memcpy(table, bytes.constData(), size);
-    for (RGBA &entry : table)
-        entry.alpha = 255;
-    reverse(table);
-    return true;
-}
-
-bool readJasc(QIODevice *device, RGBA (&table)[256])
-{
-    const QStringList lines = QString::fromLatin1(device->readAll()).split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
-    if (lines.size() < 2 || lines.at(0) != QLatin1String("JASC-PAL") || lines.at(1) != QLatin1String("0100"))
-        return false;
-    static const QRegularExpression entry(QStringLiteral("^(\\d{1,3})\\s(\\d{1,3})\\s(\\d{1,3})(?:\\s(\\d{1,3}))?$"));
-    for (int k = 3; k < lines.size() && k < 259; ++k) {
-        const QRegularExpressionMatch match = entry.match(lines.at(k));
-        if (!match.hasMatch())
-            continue;
-        const QString alpha = match.captured(4);
-        table[k - 3] = RGBA(clamp255(match.captured(1).toInt()), clamp255(match.captured(2).toInt()),
-                            clamp255(match.captured(3).toInt()), alpha.isEmpty() ? 255 : clamp255(alpha.toInt()));
-    }
-    return true;
-}
-
-bool readAse(QIODevice *device, RGBA (&table)[256])
-{
-    if (!device->seek(4))
-        return false;
-    QDataStream in(device);
-    in.setByteOrder(QDataStream::BigEndian);
-    in.setFloatingPointPrecision(QDataStream::SinglePrecision);
-    quint16 major = 0;
-    quint16 minor = 0;
-    quint32 blocks = 0;
-    in >> major >> minor >> blocks;
-    if (in.status() != QDataStream::Ok || major != 1 || minor != 0)
-        return false;
-    auto channel = [](float value) { return clamp255(rounded(double(value) * 255.0)); };
-    int stored = 0;
-    for (quint32 b = 0; b < blocks && stored < 256 && in.status() == QDataStream::Ok; ++b) {
-        quint16 type = 0;
-        quint32 length = 0;
-        in >> type >> length;
-        if (type == 1) {
-            quint16 nameLength = 0;
-            in >> nameLength;
-            in.skipRawData(2 * nameLength);
-            char model[4] = {};
-            in.readRawData(model, 4);
-            const QByteArray kind(model, 4);
-            QColor colour;
-            bool known = true;
-            if (kind == "RGB ") {
-                float r = 0, g = 0, bl = 0;
-                in >> r >> g >> bl;
-                colour = QColor(channel(r), channel(g), channel(bl));
-            } else if (kind == "CMYK") {
-                float c = 0, m = 0, y = 0, k = 0;
-                in >> c >> m >> y >> k;
-                colour = QColor::fromCmyk(channel(c), channel(m), channel(y), channel(k), 255).toRgb();
-            } else if (kind == "Gray") {
-                float grey = 0;
-                in >> grey;
-                colour = QColor(channel(grey), channel(grey), channel(grey));
-            } else {
-                in.skipRawData(12);
-                known = false;
-            }
-            in.skipRawData(2); // colour type
-            if (known && in.status() == QDataStream::Ok)
-                table[stored++] = RGBA(quint8(colour.red()), quint8(colour.green()), quint8(colour.blue()), 255);
-        } else if (type == 0xC001 || type == 0xC002) {
-            quint16 nameLength = 0;
-            in >> nameLength;
-            in.skipRawData(2 * nameLength);
-        } else {
-            in.skipRawData(int(qMin<quint32>(length, INT_MAX)));
-        }
-    }
-    return true;
-}
-
-bool readRows(QIODevice *device, RGBA (&table)[256])
-{
-    const QStringList lines = QString::fromLatin1(device->readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    static const QRegularExpression entry(
-        QStringLiteral("^R:\\s?(\\d{1,3}),\\s?G:\\s?(\\d{1,3}),\\s?B:\\s?(\\d{1,3})(?:\\s?A:\\s?(\\d{1,3}))?"));
-    int stored = 0;
-    for (const QString &line : lines) {
-        if (stored >= 256)
-            break;
-        const QRegularExpressionMatch match = entry.match(line);
-        if (!match.hasMatch())
-            continue;
-        const QString alpha = match.captured(4);
-        table[stored++] = RGBA(clamp255(match.captured(1).toInt()), clamp255(match.captured(2).toInt()),
-                               clamp255(match.captured(3).toInt()), alpha.isEmpty() ? 255 : clamp255(alpha.toInt()));
-    }
-    return true;
-}
-
-bool readImagePalette(QIODevice *device, const char *format, RGBA (&table)[256])
-{
-    QImage image;
-    if (!loadImage(device, format, image) || image.format() != QImage::Format_Indexed8)
-        return false;
-    const QVector<QRgb> colours = image.colorTable();
-    for (int i = 0; i < colours.size() && i < 256; ++i)
-        table[i] = RGBA(colours.at(i));
-    return true;
 }
 
 } // namespace
@@ -501,6 +308,12 @@ unsigned char PaletteObject::index(const RGBA &color) const
 
 bool PaletteObject::fromFile(QIODevice *device, const char *format)
 {
+    return fromFile(device, format, CodecRules::Designed);
+}
+
+bool PaletteObject::fromFile(QIODevice *device, const char *format, CodecRules rules)
+{
+    using namespace PaletteFiles;
     if (!device || !device->isReadable() || !format)
         return false;
     const QByteArray name(format);
@@ -511,19 +324,19 @@ bool PaletteObject::fromFile(QIODevice *device, const char *format)
         entry = imageOrTable ? RGBA(0, 0, 0, 255) : RGBA();
     bool ok = false;
     if (name == "PNG" || name == "PCX" || name == "BMP" || name == "GIF") {
-        ok = readImagePalette(device, format, table);
+        ok = readImagePalette(device, format, table, rules);
     } else if (name == "ACT") {
-        ok = readAct(device, table);
+        ok = readAct(device, table, rules);
     } else if (name == "ACO") {
         ok = readAco(device, table);
     } else {
         const QByteArray magic = device->peek(4);
         if (magic == "RIFF") {
-            ok = readRiff(device, table);
+            ok = readRiff(device, table, rules);
         } else if (magic == "JASC") {
-            ok = readJasc(device, table);
+            ok = readJasc(device, table, rules);
         } else if (magic == "ASEF") {
-            ok = readAse(device, table);
+            ok = readAse(device, table, rules);
         } else if (magic == "ROWS") {
             ok = readRows(device, table);
         } else {
@@ -546,18 +359,28 @@ bool PaletteObject::fromFile(QIODevice *device, const char *format)
 
 bool PaletteObject::toFile(QIODevice *device, const char *format)
 {
+    return toFile(device, format, CodecRules::Designed);
+}
+
+bool PaletteObject::toFile(QIODevice *device, const char *format, CodecRules rules)
+{
+    using namespace PaletteFiles;
     if (!device || !device->isWritable() || !format)
         return false;
     const QByteArray name(format);
+    QByteArray bytes;
     if (name == "ACT") {
-        RGBA table[256];
-        toPalette(table);
-        reverse(table);
-        QByteArray bytes;
-        for (const RGBA &entry : table)
-            bytes.append(char(entry.red)).append(char(entry.green)).append(char(entry.blue));
-        return device->write(bytes) == 768;
+        bytes = actBytes(*m_palette, rules);
+    } else if (rules == CodecRules::Complete) {
+        if (name == "PAL")
+            bytes = riffBytes(*m_palette);
+        else if (name == "JASC")
+            bytes = jascBytes(*m_palette);
+        else if (name == "ASE")
+            bytes = aseBytes(*m_palette);
     }
+    if (!bytes.isEmpty())
+        return device->write(bytes) == bytes.size();
     for (Extension *extension : ExtensionManager::list(Extension::PaletteSaver)) {
         if (name == extension->format() && static_cast<PaletteSaverExtension *>(extension)->save(device, *m_palette))
             return true;

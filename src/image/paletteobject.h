@@ -74,8 +74,15 @@ public:
     // Reads a palette file by format name or by its first bytes; index 0 ends
     // transparent. On failure the palette stays as it was.
     bool fromFile(QIODevice *device, const char *format);
+    // The same by the given rules. Complete: colour tables and RIFF palettes in index
+    // order, as other programs keep them; RIFF palettes with every entry the file holds,
+    // swatch exchange files with any number of groups and blocks, JASC text with LF or
+    // CRLF line ends and as many entries as its count line says.
+    bool fromFile(QIODevice *device, const char *format, CodecRules rules);
     // Writes "ACT" itself, everything else through palette-saving extensions.
     bool toFile(QIODevice *device, const char *format);
+    // Complete: "ACT" in index order, and "PAL" (RIFF), "JASC" (text) and "ASE" as well.
+    bool toFile(QIODevice *device, const char *format, CodecRules rules);
 
 signals:
     void changing();
