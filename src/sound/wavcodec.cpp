@@ -61,7 +61,7 @@ constexpr qint64 SearchPiece = 65536;
 // isn't a WAV.
 qint64 bodyLength(QIODevice *device, CodecRules rules)
 {
-    const QByteArray head = device->read(12);
+    const QByteArray head = BoundedReader(device, 12).read(12);
     if (head.size() < 12 || memcmp(head.constData() + 8, "WAVE", 4) != 0)
         return -1;
     const quint32 length = le32(head, 4);
