@@ -547,10 +547,10 @@ void trimColourTables(GIFImage &gif)
         int end = qMax(4, sub.transparentIndex + 1);
         if (sub.image.format() != QImage::Format_Indexed8)
             end = 256;
-        for (int y = 0; y < sub.image.height() && end < 256; ++y) {
+        const int width = sub.image.width();
+        for (int y = 0; width > 0 && y < sub.image.height() && end < 256; ++y) {
             const uchar *line = sub.image.constScanLine(y);
-            for (int x = 0; x < sub.image.width(); ++x)
-                end = qMax(end, line[x] + 1);
+            end = qMax(end, *std::max_element(line, line + width) + 1);
         }
         if (!sub.colorMap.isEmpty())
             sub.colorMap.resize(qMin(end, sub.colorMap.size()));
