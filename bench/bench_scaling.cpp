@@ -1,6 +1,7 @@
 // Pixel-art enlargement, the colour octree and animated GIF export, each against a plain
 // reference of the same run: nearest-neighbour enlargement of the same sprite, Qt's own
-// reduction to 256 colours, and Qt's PNG writer over the same frames.
+// reduction to 256 colours, and Qt's PNG writer over the same frames. The exports tell
+// the sizes of their files too, by both sets of rules.
 #include "image/gifimage.h"
 #include "image/hqx_p.h"
 #include "image/imagescaling.h"
@@ -190,15 +191,51 @@ QVector<AnimImageFrame> animation()
     return frames;
 }
 
-void gifExport(benchmark::State &state)
+// The same frames drawn with one palette of 256 entries, as a work's sprites are: the
+// usual export, every frame indexed over the same table.
+QVector<AnimImageFrame> indexedAnimation()
 {
-    const QVector<AnimImageFrame> frames = animation();
+    QVector<AnimImageFrame> frames = animation();
+    QVector<QRgb> table = frames.first().image.convertToFormat(QImage::Format_Indexed8).colorTable();
+    for (int i = table.size(); i < 256; ++i)
+        table << qRgb(i, 255 - i, i / 2); // the rest of the palette, unused by these frames
+    for (AnimImageFrame &frame : frames)
+        frame.image = frame.image.convertToFormat(QImage::Format_Indexed8, table);
+    return frames;
+}
+
+// Each export also tells the size of the file it makes.
+void exportFrames(benchmark::State &state, const QVector<AnimImageFrame> &frames, CodecRules rules)
+{
+    qint64 size = 0;
     for (auto _ : state) {
         QByteArray bytes;
         QBuffer buffer(&bytes);
         buffer.open(QIODevice::WriteOnly);
-        benchmark::DoNotOptimize(saveGIF(&buffer, frames, 1, 1, false, true));
+        benchmark::DoNotOptimize(saveGIF(&buffer, frames, 1, 1, false, true, rules));
+        size = bytes.size();
     }
+    state.counters["bytes"] = double(size);
+}
+
+void gifExport(benchmark::State &state)
+{
+    exportFrames(state, animation(), CodecRules::Designed);
+}
+
+void gifExportComplete(benchmark::State &state)
+{
+    exportFrames(state, animation(), CodecRules::Complete);
+}
+
+void gifExportIndexed(benchmark::State &state)
+{
+    exportFrames(state, indexedAnimation(), CodecRules::Designed);
+}
+
+void gifExportIndexedComplete(benchmark::State &state)
+{
+    exportFrames(state, indexedAnimation(), CodecRules::Complete);
 }
 
 void pngFrames(benchmark::State &state)
@@ -230,6 +267,9 @@ BENCHMARK(octree)->Unit(benchmark::kMicrosecond);
 BENCHMARK(octreeNoise)->Unit(benchmark::kMicrosecond);
 BENCHMARK(pngFrames)->Unit(benchmark::kMillisecond);
 BENCHMARK(gifExport)->Unit(benchmark::kMillisecond);
+BENCHMARK(gifExportComplete)->Unit(benchmark::kMillisecond);
+BENCHMARK(gifExportIndexed)->Unit(benchmark::kMillisecond);
+BENCHMARK(gifExportIndexedComplete)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
 {
@@ -245,5 +285,7 @@ int main(int argc, char **argv)
     reporter.addRatio("octree", "qtIndexed");
     reporter.addRatio("octreeNoise", "qtIndexed");
     reporter.addRatio("gifExport", "pngFrames");
+    reporter.addRatio("gifExportComplete", "gifExport");
+    reporter.addRatio("gifExportIndexedComplete", "gifExportIndexed");
     return runWithRatios(argc, argv, reporter);
 }

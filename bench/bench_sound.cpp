@@ -1,20 +1,32 @@
 // The sound codecs and the rate converter on 60 seconds of stereo at 44.1 kHz, each
 // reported as a multiple of real time (how many seconds of sound one second of work
-// handles), against copying the same PCM bytes.
+// handles), against copying the same PCM bytes. First of all, the memory a WAV to WAV
+// conversion takes, as a multiple of the PCM it converts.
 #include "sound/soundcodecs.h"
 
 #include "ratioreporter.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
+#include <QDataStream>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <vector>
+
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+extern char **environ;
 
 using namespace Ovra;
 
@@ -175,8 +187,146 @@ void resampleHalf(benchmark::State &state)
     realTime(state);
 }
 
+// ---- peak memory of a conversion ---------------------------------------------------------
+//
+// A conversion runs in a process of its own, and its peak resident size comes from the
+// kernel when it ends (wait4). What the process needs before it touches any sound is
+// measured on a sound of a few frames, converted the same way: the difference between the
+// two peaks is what the large sound cost, compared with the bytes of its PCM.
+
+constexpr qint64 LargePcmBytes = qint64(200) << 20;
+constexpr double PeakGoal = 1.3;
+
+// The ratio of each measured conversion, by what ran it, for the summary after the run.
+std::vector<std::pair<std::string, double>> &peakRatios()
+{
+    static std::vector<std::pair<std::string, double>> ratios;
+    return ratios;
+}
+
+// A 16-bit stereo WAV of `pcmBytes` of noise, written in pieces.
+bool writeNoiseWav(const QString &fileName, qint64 pcmBytes)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    QByteArray head;
+    QDataStream stream(&head, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream.writeRawData("RIFF", 4);
+    stream << quint32(pcmBytes + 36);
+    stream.writeRawData("WAVEfmt ", 8);
+    stream << quint32(16) << quint16(1) << quint16(2) << quint32(44100) << quint32(44100 * 4) << quint16(4)
+           << quint16(16);
+    stream.writeRawData("data", 4);
+    stream << quint32(pcmBytes);
+    if (file.write(head) != head.size())
+        return false;
+    QByteArray piece(1 << 20, Qt::Uninitialized);
+    quint32 noise = 12345;
+    for (qint64 left = pcmBytes; left > 0; left -= piece.size()) {
+        for (int i = 0; i < piece.size(); ++i) {
+            noise = noise * 1664525u + 1013904223u;
+            piece[i] = char(noise >> 24);
+        }
+        const qint64 count = qMin<qint64>(left, piece.size());
+        if (file.write(piece.constData(), count) != count)
+            return false;
+    }
+    return true;
+}
+
+// Runs the program to its end; its peak resident size in bytes, or -1 where it couldn't
+// run or failed.
+qint64 peakOfRun(const QStringList &arguments)
+{
+    std::vector<QByteArray> words;
+    for (const QString &argument : arguments)
+        words.push_back(QFile::encodeName(argument));
+    std::vector<char *> argv;
+    for (QByteArray &word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+    // The tool makes a GUI application: no display is needed for that.
+    std::vector<QByteArray> settings{"QT_QPA_PLATFORM=offscreen"};
+    for (char **entry = environ; *entry; ++entry) {
+        if (strncmp(*entry, "QT_QPA_PLATFORM=", 16) != 0)
+            settings.emplace_back(*entry);
+    }
+    std::vector<char *> envp;
+    for (QByteArray &setting : settings)
+        envp.push_back(setting.data());
+    envp.push_back(nullptr);
+    pid_t pid = 0;
+    if (posix_spawn(&pid, argv.front(), nullptr, nullptr, argv.data(), envp.data()) != 0)
+        return -1;
+    int status = 0;
+    rusage usage{};
+    if (wait4(pid, &status, 0, &usage) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return -1;
+    return qint64(usage.ru_maxrss) * 1024; // kilobytes on Linux
+}
+
+// One WAV to WAV conversion of a large and of a tiny sound by the program `command` runs
+// (IN and OUT come last), reported as the growth of its peak over the PCM's bytes.
+void peakOfConversion(benchmark::State &state, const std::string &label, const QStringList &command)
+{
+    QTemporaryDir directory;
+    const QString large = directory.filePath(QStringLiteral("large.wav"));
+    const QString tiny = directory.filePath(QStringLiteral("tiny.wav"));
+    if (!directory.isValid() || !writeNoiseWav(large, LargePcmBytes) || !writeNoiseWav(tiny, 4000)) {
+        state.SkipWithError("the sounds couldn't be written");
+        return;
+    }
+    qint64 base = -1;
+    qint64 peak = -1;
+    for (auto _ : state) {
+        base = peakOfRun(command + QStringList{tiny, directory.filePath(QStringLiteral("tiny-out.wav"))});
+        peak = peakOfRun(command + QStringList{large, directory.filePath(QStringLiteral("large-out.wav"))});
+    }
+    const QFileInfo out(directory.filePath(QStringLiteral("large-out.wav")));
+    if (base < 0 || peak < 0 || out.size() != QFileInfo(large).size()) {
+        state.SkipWithError("the conversion failed");
+        return;
+    }
+    const double ratio = double(peak - base) / double(LargePcmBytes);
+    state.counters["PCM MB"] = double(LargePcmBytes) / (1 << 20);
+    state.counters["peak growth MB"] = double(peak - base) / (1 << 20);
+    state.counters["peak / PCM"] = ratio;
+    peakRatios().emplace_back(label, ratio);
+}
+
+void wavToWavPeakTool(benchmark::State &state)
+{
+    const QString tool = QCoreApplication::applicationDirPath() + QStringLiteral("/ovra");
+    if (!QFileInfo(tool).isExecutable()) {
+        state.SkipWithError("the ovra tool isn't built beside this program");
+        return;
+    }
+    peakOfConversion(state, "ovra sound convert", {tool, QStringLiteral("sound"), QStringLiteral("convert")});
+}
+
+// The library alone: this program run again to read and write the sound (see main).
+void wavToWavPeakLibrary(benchmark::State &state)
+{
+    peakOfConversion(state, "soundFromWAV and soundToWAV",
+                     {QCoreApplication::applicationFilePath(), QStringLiteral("--convert-wav")});
+}
+
+int convertWav(const char *input, const char *output)
+{
+    QFile in(QFile::decodeName(input));
+    QFile out(QFile::decodeName(output));
+    const SoundSample sample = soundFromWAV(&in, CodecRules::Complete);
+    return !sample.data.isEmpty() && soundToWAV(sample, &out, CodecRules::Complete) ? 0 : 1;
+}
+
 } // namespace
 
+// Before everything else, so that no earlier work's memory is in the way (each conversion
+// has a process of its own all the same).
+BENCHMARK(wavToWavPeakTool)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(wavToWavPeakLibrary)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(copyPcm)->Unit(benchmark::kMillisecond);
 BENCHMARK(wavDecode)->Unit(benchmark::kMillisecond);
 BENCHMARK(flacEncode)->Unit(benchmark::kMillisecond);
@@ -188,11 +338,21 @@ BENCHMARK(resampleHalf)->Unit(benchmark::kMillisecond)->Iterations(2);
 
 int main(int argc, char **argv)
 {
+    // Run again by wavToWavPeakLibrary: one conversion and nothing else.
+    if (argc == 4 && strcmp(argv[1], "--convert-wav") == 0)
+        return convertWav(argv[2], argv[3]);
     QCoreApplication app(argc, argv);
     RatioReporter reporter;
     for (const char *subject : {"wavDecode", "flacEncode", "flacDecode", "vorbisDecode", "mp3Decode"})
         reporter.addRatio(subject, "copyPcm");
     reporter.addRatio("vorbisEncode/iterations:2", "copyPcm");
     reporter.addRatio("resampleHalf/iterations:2", "copyPcm");
-    return runWithRatios(argc, argv, reporter);
+    const int code = runWithRatios(argc, argv, reporter);
+    bool within = true;
+    for (const auto &[label, ratio] : peakRatios()) {
+        std::printf("peak memory of a WAV to WAV conversion (%s): %.2fx the PCM (goal: at most %.1fx)\n",
+                    label.c_str(), ratio, PeakGoal);
+        within = within && ratio <= PeakGoal;
+    }
+    return code != 0 ? code : within ? 0 : 1;
 }

@@ -7,6 +7,7 @@
 
 #include <gif_lib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -506,6 +507,61 @@ void indexTrueColour(GIFImage &gif, CodecRules rules)
     }
 }
 
+// Complete rules, animations: the frames that share one palette (the usual case, sprites
+// drawn with their work's palette) take it as the global table, written once rather than
+// before every frame; a frame with colours of its own keeps its local table.
+void shareColourTables(GIFImage &gif)
+{
+    QList<GIFImage::SubImage> &images = gif.images();
+    QVector<RGB> &global = gif.globalColorMap();
+    if (global.isEmpty()) {
+        QVector<QPair<QVector<RGB>, int>> tables; // each local table, and how many frames have it
+        for (const GIFImage::SubImage &sub : qAsConst(images)) {
+            auto same = std::find_if(tables.begin(), tables.end(),
+                                     [&sub](const QPair<QVector<RGB>, int> &table) { return table.first == sub.colorMap; });
+            if (same == tables.end())
+                tables.append({sub.colorMap, 1});
+            else
+                ++same->second;
+        }
+        const auto most = std::max_element(tables.cbegin(), tables.cend(), [](const auto &a, const auto &b) {
+            return a.second < b.second;
+        });
+        if (most == tables.cend() || most->second < 2 || most->first.isEmpty())
+            return;
+        global = most->first;
+    }
+    for (GIFImage::SubImage &sub : images) {
+        if (sub.colorMap == global)
+            sub.colorMap.clear();
+    }
+}
+
+// Then each table ends after the last entry its frames use, the transparent one included:
+// a shorter table takes fewer bits, in itself and in every code of the pixels. Four
+// entries at least, so that no reader takes the file for a two-colour one.
+void trimColourTables(GIFImage &gif)
+{
+    int globalEnd = 0;
+    for (GIFImage::SubImage &sub : gif.images()) {
+        int end = qMax(4, sub.transparentIndex + 1);
+        if (sub.image.format() != QImage::Format_Indexed8)
+            end = 256;
+        const int width = sub.image.width();
+        for (int y = 0; width > 0 && y < sub.image.height() && end < 256; ++y) {
+            const uchar *line = sub.image.constScanLine(y);
+            end = qMax(end, *std::max_element(line, line + width) + 1);
+        }
+        if (!sub.colorMap.isEmpty())
+            sub.colorMap.resize(qMin(end, sub.colorMap.size()));
+        else
+            globalEnd = qMax(globalEnd, end);
+    }
+    QVector<RGB> &global = gif.globalColorMap();
+    if (globalEnd > 0 && globalEnd < global.size())
+        global.resize(globalEnd);
+}
+
 } // namespace
 
 bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
@@ -558,6 +614,10 @@ bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float sca
         images.append(sub);
     }
     indexTrueColour(gif, rules);
+    if (rules == CodecRules::Complete && images.size() > 1) {
+        shareColourTables(gif);
+        trimColourTables(gif);
+    }
     return gif.save(device, rules);
 }
 

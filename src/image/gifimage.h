@@ -73,7 +73,9 @@ struct OVRA_EXPORT AnimImageFrame
 // transparent colour; true-colour frames share one palette found by the octree.
 OVRA_EXPORT bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
                          bool sharedPalette, bool loop);
-// The same, writing the file by the given rules (see GIFImage::save).
+// The same, writing the file by the given rules (see GIFImage::save). Under the complete
+// rules an animation's frames that share a palette have it as the global colour table,
+// the others keep local ones, and every table ends after the last entry its frames use.
 OVRA_EXPORT bool saveGIF(QIODevice *device, const QVector<AnimImageFrame> &frames, float scale, float velocity,
                          bool sharedPalette, bool loop, CodecRules rules);
 

@@ -4,6 +4,7 @@
 #include "pilimages.h"
 
 #include "engine/extensionmanager.h"
+#include "image/gifimage.h"
 #include "image/paletteobject.h"
 
 #include <QBuffer>
@@ -254,6 +255,46 @@ void OvraImageExchangeTest::animationGif()
     QCOMPARE(frames.first().split(' ').first(), QByteArray("0")); // the transparent index
     for (const QByteArray &frame : frames)
         QCOMPARE(frame.trimmed().split(' ').last(), QByteArray("0")); // clear pixels in every frame
+
+    // The frames draw with the work's one palette: the file holds it once, and our reader
+    // and the imaging library see the same pixels in every frame, clear ones included.
+    GIFImage gif;
+    QFile file(path(QStringLiteral("walk.gif")));
+    QVERIFY(gif.load(&file, CodecRules::Complete));
+    QVERIFY(!gif.globalColorMap().isEmpty());
+    const QString pixels = QStringLiteral(
+        "import sys\nfrom PIL import Image\nim = Image.open(sys.argv[1])\n"
+        "for i in range(im.n_frames):\n"
+        "    im.seek(i)\n"
+        "    print(im.convert('RGBA').tobytes().hex())\n");
+    QVERIFY2(PilImages::run(pixels, {path(QStringLiteral("walk.gif"))}, &out, &error), qPrintable(error));
+    const QList<QByteArray> seen = out.trimmed().split('\n');
+    QCOMPARE(seen.size(), gif.images().size());
+    int clear = 0;
+    for (int i = 0; i < seen.size(); ++i) {
+        const GIFImage::SubImage &sub = gif.images().at(i);
+        QVERIFY(sub.colorMap.isEmpty());
+        // Each frame covers the screen: what the library composes is the frame itself.
+        QCOMPARE(sub.image.size(), QSize(gif.width(), gif.height()));
+        const QByteArray rgba = QByteArray::fromHex(seen.at(i));
+        QCOMPARE(rgba.size(), sub.image.width() * sub.image.height() * 4);
+        for (int y = 0; y < sub.image.height(); ++y) {
+            for (int x = 0; x < sub.image.width(); ++x) {
+                const int index = sub.image.pixelIndex(x, y);
+                const char *p = rgba.constData() + (y * sub.image.width() + x) * 4;
+                if (index == sub.transparentIndex) {
+                    QCOMPARE(int(uchar(p[3])), 0);
+                    ++clear;
+                    continue;
+                }
+                QVERIFY(index < gif.globalColorMap().size());
+                const RGB colour = gif.globalColorMap().at(index);
+                const char expected[] = {char(colour.red), char(colour.green), char(colour.blue), char(255)};
+                QCOMPARE(QByteArray(p, 4), QByteArray(expected, 4));
+            }
+        }
+    }
+    QVERIFY(clear > 0);
 }
 
 // A JASC text palette with LF line ends through every format the tool writes and back:

@@ -230,6 +230,80 @@ QVector<RGBA> parsedPalette(const QByteArray &file, const QByteArray &format, QS
     return colours;
 }
 
+// A frame of 9 x 6 pixels over `table`, of the indices below `used` and `used - 1` in its
+// last pixel, so that the last one used is known; `shift` tells frames apart.
+QImage animationFrame(const QVector<QRgb> &table, int used, int shift)
+{
+    QImage picture(9, 6, QImage::Format_Indexed8);
+    picture.setColorTable(table);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x)
+            picture.setPixel(x, y, uint((x * 5 + y * 3 + shift) % used));
+    }
+    picture.setPixel(8, 5, uint(used - 1));
+    return picture;
+}
+
+// 256 colours told apart from `first` on, entry `clear` clear (-1: none).
+QVector<QRgb> animationTable(int first, int clear)
+{
+    QVector<QRgb> table;
+    for (int i = 0; i < 256; ++i) {
+        const QRgb colour = entryColour((first + i) % 256).toQRgb();
+        table << (i == clear ? colour & 0x00FFFFFF : colour);
+    }
+    return table;
+}
+
+// Every frame of an animation as the imaging library composes it.
+bool pilFrames(const QString &fileName, QVector<QImage> *frames, QString *error)
+{
+    static const QString script = QStringLiteral(
+        "import sys\n"
+        "from PIL import Image\n"
+        "im = Image.open(sys.argv[1])\n"
+        "for i in range(im.n_frames):\n"
+        "    im.seek(i)\n"
+        "    frame = im.convert('RGBA')\n"
+        "    sys.stdout.buffer.write(b'%d %d\\n' % frame.size)\n"
+        "    sys.stdout.buffer.write(frame.tobytes())\n");
+    QByteArray out;
+    if (!PilImages::run(script, {fileName}, &out, error))
+        return false;
+    for (int at = 0; at < out.size();) {
+        const int end = out.indexOf('\n', at);
+        const QList<QByteArray> size = out.mid(at, end - at).split(' ');
+        const int width = size.value(0).toInt();
+        const int height = size.value(1).toInt();
+        if (end < 0 || size.size() != 2 || out.size() < end + 1 + width * height * 4) {
+            *error = QStringLiteral("python: no frame at byte %1").arg(at);
+            return false;
+        }
+        QImage frame(width, height, QImage::Format_ARGB32);
+        const auto *p = reinterpret_cast<const uchar *>(out.constData()) + end + 1;
+        for (int i = 0; i < width * height; ++i, p += 4)
+            frame.setPixel(i % width, i / width, qRgba(p[0], p[1], p[2], p[3]));
+        *frames << frame;
+        at = end + 1 + width * height * 4;
+    }
+    return true;
+}
+
+// A sub-image as our reader gives it, in colours: its own table, or the global one.
+QImage subImageColours(const GIFImage &gif, const GIFImage::SubImage &sub)
+{
+    const QVector<RGB> &colours = sub.colorMap.isEmpty() ? gif.globalColorMap() : sub.colorMap;
+    QImage picture(sub.image.size(), QImage::Format_ARGB32);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const int index = sub.image.pixelIndex(x, y);
+            const RGB colour = colours.value(index);
+            picture.setPixel(x, y, qRgba(colour.red, colour.green, colour.blue, index == sub.transparentIndex ? 0 : 255));
+        }
+    }
+    return picture;
+}
+
 } // namespace
 
 class ImageExchangeTest : public QObject
@@ -243,6 +317,8 @@ private slots:
     void pilsReadByUs_data();
     void pilsReadByUs();
     void headerResolutionZero();
+    void animationColourTables_data();
+    void animationColourTables();
     void paletteFilesRead_data();
     void paletteFilesRead();
     void paletteFilesWritten_data();
@@ -354,6 +430,78 @@ void ImageExchangeTest::headerResolutionZero()
     QImage designed;
     loadImage(&buffer, "GIF", designed, CodecRules::Designed);
     QCOMPARE(designed.format(), QImage::Format_Mono);
+}
+
+void ImageExchangeTest::animationColourTables_data()
+{
+    QTest::addColumn<QVector<QImage>>("pictures");
+    QTest::addColumn<int>("globalEntries"); // as the file holds them; -1: some, fewer than 256
+    QTest::addColumn<QVector<int>>("localEntries");
+
+    const QVector<QRgb> a = animationTable(0, 0);
+    const QVector<QRgb> b = animationTable(100, 0);
+    // Ten entries used: the table ends there, and the file holds sixteen.
+    QTest::newRow("one palette") << QVector<QImage>{animationFrame(a, 10, 0), animationFrame(a, 10, 1),
+                                                    animationFrame(a, 10, 2)}
+                                 << 16 << QVector<int>{0, 0, 0};
+    QTest::newRow("a frame of its own colours")
+        << QVector<QImage>{animationFrame(a, 10, 0), animationFrame(b, 20, 1), animationFrame(a, 10, 2)} << 16
+        << QVector<int>{0, 32, 0};
+    QTest::newRow("each frame its own colours") << QVector<QImage>{animationFrame(a, 10, 0), animationFrame(b, 20, 1)}
+                                                << 0 << QVector<int>{16, 32};
+    // The clear entry stays in the table although no pixel shows it.
+    const QVector<QRgb> clearAt40 = animationTable(0, 40);
+    QTest::newRow("clear entry past the pixels")
+        << QVector<QImage>{animationFrame(clearAt40, 10, 0), animationFrame(clearAt40, 10, 3)} << 64
+        << QVector<int>{0, 0};
+    QTest::newRow("every entry used") << QVector<QImage>{animationFrame(a, 256, 0), animationFrame(a, 256, 7)} << 256
+                                      << QVector<int>{0, 0};
+    // A single picture keeps its whole table, where it is: a palette taken out and back.
+    QTest::newRow("single picture") << QVector<QImage>{animationFrame(a, 10, 0)} << 0 << QVector<int>{256};
+    const QImage trueColour = trueColourPicture(true);
+    QTest::newRow("true colour") << QVector<QImage>{trueColour, trueColour.mirrored(true, false)} << -1
+                                 << QVector<int>{0, 0};
+}
+
+// Animations by the complete rules hold each palette once, as short as their pixels allow,
+// and show the same pixels as the designed writer's local tables: by our reader and by the
+// imaging library, transparency included.
+void ImageExchangeTest::animationColourTables()
+{
+    QFETCH(QVector<QImage>, pictures);
+    QFETCH(int, globalEntries);
+    QFETCH(QVector<int>, localEntries);
+    QVector<AnimImageFrame> frames;
+    for (const QImage &picture : pictures)
+        frames << AnimImageFrame{picture, 4, 3, 6};
+    QByteArray designed;
+    QBuffer designedBuffer(&designed);
+    QVERIFY(saveGIF(&designedBuffer, frames, 1, 1, false, true));
+    const QString fileName = path(QStringLiteral("animation.gif"));
+    QFile file(fileName);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(saveGIF(&file, frames, 1, 1, false, true, CodecRules::Complete));
+    file.close();
+    if (pictures.size() > 1)
+        QVERIFY2(file.size() < designed.size(), qPrintable(QStringLiteral("%1 bytes").arg(file.size())));
+
+    GIFImage gif;
+    QVERIFY(gif.load(&file, CodecRules::Complete));
+    QCOMPARE(gif.images().size(), pictures.size());
+    if (globalEntries >= 0)
+        QCOMPARE(gif.globalColorMap().size(), globalEntries);
+    else
+        QVERIFY(!gif.globalColorMap().isEmpty() && gif.globalColorMap().size() < 256);
+    QVector<QImage> pil;
+    QString error;
+    QVERIFY2(pilFrames(fileName, &pil, &error), qPrintable(error));
+    QCOMPARE(pil.size(), pictures.size());
+    for (int i = 0; i < pictures.size(); ++i) {
+        const GIFImage::SubImage &sub = gif.images().at(i);
+        QCOMPARE(sub.colorMap.size(), localEntries.at(i));
+        QCOMPARE(PilImages::differences(subImageColours(gif, sub), pictures.at(i)), 0);
+        QCOMPARE(PilImages::differences(pil.at(i), pictures.at(i)), 0);
+    }
 }
 
 void ImageExchangeTest::paletteFilesRead_data()

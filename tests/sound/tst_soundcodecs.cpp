@@ -1,6 +1,7 @@
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
 #include "sound/soundcodecs.h"
+#include "pipedevice.h"
 #include "testsounds.h"
 
 #include <QBuffer>
@@ -128,6 +129,8 @@ private slots:
     void wavRefusals_data();
     void wavRefusals();
     void wavInfo();
+    void wavReadAsItComes_data();
+    void wavReadAsItComes();
     void flacQuirks_data();
     void flacQuirks();
     void oggRoundTripWithinTolerance();
@@ -257,6 +260,80 @@ void SoundCodecsTest::wavInfo()
     QCOMPARE(info.channels, quint16(0));
     QFile missing(QStringLiteral("/nonexistent/dir/a.wav"));
     QCOMPARE(soundInfoFromWAV(&missing).bits, quint16(1));
+}
+
+// Files larger than the pieces the readers take at a time, from a file and from a pipe:
+// the same sound either way, and from a file the sample's bytes sized once, exactly.
+void SoundCodecsTest::wavReadAsItComes_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<bool>("complete");
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<quint32>("frames");
+    // False where the array holds more than the sound: values made smaller in place, or
+    // the data's start found by a search that read on, into the array the data stays in.
+    QTest::addColumn<bool>("sizedOnce");
+    // Bytes below 64 only: no "data" in the sound for the byte search to find.
+    QByteArray pcm(100000, Qt::Uninitialized);
+    for (int i = 0; i < pcm.size(); ++i)
+        pcm[i] = char((i * 7 + i / 251) & 0x3F);
+    const quint32 frames = quint32(pcm.size() / 2);
+    const QByteArray plain = wavFile(1, 16, 8000, pcm, 100000);
+    QTest::addRow("designed, large") << plain << false << pcm << frames << true;
+    QTest::addRow("complete, large") << plain << true << pcm << frames << true;
+    // "data" at byte 65534 of the body: across the end of the first piece searched.
+    const QByteArray across = wavFile(1, 16, 8000, pcm, 100000, "LIST" + le32(65502) + QByteArray(65502, 'x'));
+    QTest::addRow("designed, data across a piece") << across << false << pcm << frames << false;
+    QTest::addRow("complete, data across a piece") << across << true << pcm << frames << true;
+    QTest::addRow("designed, no \"data\": read after the format")
+        << QByteArray(plain).replace(36, 4, "DATA") << false << pcm << frames << false;
+    QTest::addRow("designed, short: silence after")
+        << wavFile(1, 16, 8000, pcm, 300000) << false << pcm + QByteArray(200000, '\0') << quint32(150000) << true;
+    QTest::addRow("designed, far too short") << wavFile(1, 16, 8000, pcm, pcm.size() + (64u << 20) + 2) << false
+                                             << QByteArray() << quint32(0) << true;
+    QTest::addRow("complete, cut short") << wavFile(1, 16, 8000, pcm, 300001) << true << pcm << frames << true;
+    // The data before the format: a pipe can't come back to it.
+    const QByteArray body = "data" + le32(quint32(pcm.size())) + pcm + "fmt " + le32(16) + le16(1) + le16(2)
+                            + le32(8000) + le32(32000) + le16(4) + le16(16);
+    QTest::addRow("complete, data first") << "RIFF" + le32(quint32(body.size() + 4)) + "WAVE" + body << true << pcm
+                                          << quint32(pcm.size() / 4) << true;
+    QByteArray doubles;
+    QByteArray ints;
+    for (int i = 0; i < 20000; ++i) {
+        const double value = (i % 200 - 100) / 128.0;
+        doubles += QByteArray(reinterpret_cast<const char *>(&value), 8);
+        ints += le32(quint32(qint32((i % 200 - 100) * (1 << 24))));
+    }
+    QTest::addRow("complete, float 64 made 32-bit in place")
+        << wavFile(1, 64, 8000, doubles, quint32(doubles.size()), QByteArray(), 3) << true << ints << quint32(20000)
+        << false;
+}
+
+void SoundCodecsTest::wavReadAsItComes()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(bool, complete);
+    QFETCH(QByteArray, data);
+    QFETCH(quint32, frames);
+    QFETCH(bool, sizedOnce);
+    const CodecRules rules = complete ? CodecRules::Complete : CodecRules::Designed;
+    for (const bool piped : {false, true}) {
+        QBuffer buffer(&file);
+        PipeDevice pipe(file);
+        const SoundSample sample = soundFromWAV(piped ? static_cast<QIODevice *>(&pipe) : &buffer, rules);
+        QVERIFY(sample.data == data);
+        if (data.isEmpty())
+            continue;
+        QCOMPARE(sample.samples, frames);
+        if (!piped && sizedOnce)
+            QCOMPARE(sample.data.capacity(), sample.data.size());
+        QBuffer infoBuffer(&file);
+        PipeDevice infoPipe(file);
+        const SampleInfo info = soundInfoFromWAV(piped ? static_cast<QIODevice *>(&infoPipe) : &infoBuffer, rules);
+        QCOMPARE(info.samples, frames);
+        QCOMPARE(info.bits, sample.bits);
+        QCOMPARE(info.channels, sample.channels);
+    }
 }
 
 void SoundCodecsTest::flacQuirks_data()

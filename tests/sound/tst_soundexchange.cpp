@@ -3,6 +3,7 @@
 #include "otherprogram.h"
 #include "testfiles.h"
 #include "sound/soundcodecs.h"
+#include "pipedevice.h"
 #include "testsounds.h"
 
 #include <QBuffer>
@@ -238,18 +239,23 @@ void SoundExchangeTest::wavFromLayout()
     QFETCH(int, bits);
     QFETCH(int, channels);
     QFETCH(QByteArray, data);
-    QBuffer buffer(&file);
-    const SoundSample sample = soundFromWAV(&buffer, Complete);
-    QCOMPARE(sample.data.toHex(), data.toHex());
-    buffer.close();
-    const SampleInfo info = soundInfoFromWAV(&buffer, Complete);
-    QCOMPARE(int(info.bits), bits);
-    QCOMPARE(int(info.channels), channels);
-    QCOMPARE(info.samples, bits ? quint32(data.size() / (bits / 8 * channels)) : 0u);
-    if (bits) {
-        QCOMPARE(int(sample.bits), bits);
-        QCOMPARE(sample.samples, info.samples);
-        QCOMPARE(sample.frequency, 8000u);
+    // From a file, and from a pipe that hands the bytes over a few at a time.
+    for (const bool piped : {false, true}) {
+        QBuffer buffer(&file);
+        PipeDevice pipe(file, 3);
+        const SoundSample sample = soundFromWAV(piped ? static_cast<QIODevice *>(&pipe) : &buffer, Complete);
+        QCOMPARE(sample.data.toHex(), data.toHex());
+        buffer.close();
+        PipeDevice infoPipe(file, 3);
+        const SampleInfo info = soundInfoFromWAV(piped ? static_cast<QIODevice *>(&infoPipe) : &buffer, Complete);
+        QCOMPARE(int(info.bits), bits);
+        QCOMPARE(int(info.channels), channels);
+        QCOMPARE(info.samples, bits ? quint32(data.size() / (bits / 8 * channels)) : 0u);
+        if (bits) {
+            QCOMPARE(int(sample.bits), bits);
+            QCOMPARE(sample.samples, info.samples);
+            QCOMPARE(sample.frequency, 8000u);
+        }
     }
 }
 
