@@ -95,11 +95,11 @@ QString entryNameProblem(const QString &name)
 {
     if (name.contains(QLatin1Char('\\')))
         return QStringLiteral("holds a backslash");
-    if (name.size() >= 2 && name.at(1) == QLatin1Char(':') && name.at(0).isLetter())
-        return QStringLiteral("holds a drive letter");
-    if (name.startsWith(QLatin1Char('/')))
-        return QStringLiteral("is an absolute path");
     const QString cleaned = QDir::cleanPath(name);
+    if (cleaned.size() >= 2 && cleaned.at(1) == QLatin1Char(':') && cleaned.at(0).isLetter())
+        return QStringLiteral("holds a drive letter");
+    if (cleaned.startsWith(QLatin1Char('/')))
+        return QStringLiteral("is an absolute path");
     if (cleaned.isEmpty() || cleaned == QLatin1String("."))
         return QStringLiteral("names no file");
     if (cleaned == QLatin1String("..") || cleaned.startsWith(QLatin1String("../")))

@@ -230,6 +230,9 @@ void ArchiveTest::entryNameProblem_data()
     QTest::newRow("absolute") << "/etc/passwd" << "is an absolute path";
     QTest::newRow("drive letter") << "C:/escaped.txt" << "holds a drive letter";
     QTest::newRow("drive letter, no slash") << "c:escaped.txt" << "holds a drive letter";
+    QTest::newRow("drive letter after a dot") << "./D:/escaped.txt" << "holds a drive letter";
+    QTest::newRow("absolute after cleaning") << ".//etc/passwd" << "";
+    QTest::newRow("doubled slash in front") << "//server/share" << "is an absolute path";
     QTest::newRow("backslash") << "knight\\knight.def" << "holds a backslash";
     QTest::newRow("empty") << "" << "names no file";
     QTest::newRow("only a dot") << "./" << "names no file";
