@@ -255,7 +255,6 @@ void ArchiveTest::isInsideDirectory_data()
     QTest::newRow("climbs out") << "root/../outside.def" << false;
     QTest::newRow("climbs out and back") << "root/../root/a.def" << true;
     QTest::newRow("a sibling with the root's name in front") << "rootless/a.def" << false;
-    QTest::newRow("absolute elsewhere") << "/etc/hostname" << false;
     QTest::newRow("a link to a file outside") << "root/link-out.def" << false;
     QTest::newRow("below a link to a folder outside") << "root/folder-out/c.def" << false;
     QTest::newRow("a link that stays inside") << "root/link-in.def" << true;
