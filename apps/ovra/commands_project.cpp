@@ -567,8 +567,12 @@ int restore(Cli::Context &context, const QStringList &arguments)
     }
 
     Terminal::ProgressJob job(QStringLiteral("Restoring"), !context.quiet && Terminal::stderrIsTerminal());
-    if (!project->parentProject()->restoreBackup(name, &job))
+    if (!project->parentProject()->restoreBackup(name, &job)) {
+        // A backup refused whole names the entry that stopped it; nothing was written.
+        if (!job.errors().isEmpty())
+            return context.inputError(QStringLiteral("restore"), name, job.errors().join(QStringLiteral("; ")) + QStringLiteral("; nothing was restored"));
         return context.inputError(QStringLiteral("restore"), argument, QStringLiteral("the work can't be written"));
+    }
     for (const QString &error : job.errors())
         context.inputError(QStringLiteral("restore"), argument, error);
     const QString work = QDir::cleanPath(project->parentProject()->basePath());

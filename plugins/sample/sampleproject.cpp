@@ -15,6 +15,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 using namespace Ovra;
 
@@ -29,6 +30,21 @@ GroupCode *groupOf(RootCode *root, SampleLanguage::GroupKind kind)
             return static_cast<GroupCode *>(node);
     }
     return nullptr;
+}
+
+// Why a listed file is left out of the project, or empty when it is taken: files outside
+// the work's folder (after "..", absolute names and symbolic links) are never read, and a
+// file listed before, or the project file itself, would be two documents of one file.
+QString refusalOf(const QString &path, const QString &root, const QString &projectFile, const QSet<QString> &listed)
+{
+    if (!isInsideDirectory(path, root))
+        return QStringLiteral("lies outside the work's folder; it is left out");
+    const QString real = QFileInfo(path).canonicalFilePath();
+    if (!real.isEmpty() && real == projectFile)
+        return QStringLiteral("is the project file itself; it is left out");
+    if (!real.isEmpty() && listed.contains(real))
+        return QStringLiteral("is listed twice; it is taken once");
+    return QString();
 }
 
 } // namespace
@@ -122,6 +138,11 @@ bool SampleProject::load(const QString &fileName, QString *error)
     m_loading = true;
     Engine *engine = parentProject() ? parentProject()->engine() : nullptr;
     const QDir directory = QFileInfo(fileName).absoluteDir();
+    // Works come from strangers: only files inside the work are read, each once, and
+    // never the project file a second time.
+    const QString root = parentProject() ? parentProject()->basePath() : directory.absolutePath();
+    const QString projectFile = QFileInfo(fileName).canonicalFilePath();
+    QSet<QString> listed;
     for (ValueCode *value : files->values()) {
         const int type = SampleEngine::fileTypeOfKey(value->name());
         const uint line = uint(value->block().blockNumber());
@@ -131,10 +152,16 @@ bool SampleProject::load(const QString &fileName, QString *error)
             continue;
         }
         const QString path = QDir::cleanPath(directory.absoluteFilePath(relative));
+        const QString refusal = refusalOf(path, root, projectFile, listed);
+        if (!refusal.isEmpty()) {
+            m_loadMessages->add(Message::Error, QStringLiteral("The file '%1' %2").arg(relative, refusal), line, 0);
+            continue;
+        }
         if (!QFileInfo(path).isFile()) {
             m_loadMessages->add(Message::Error, QStringLiteral("The file '%1' is missing").arg(relative), line, 0);
             continue;
         }
+        listed.insert(QFileInfo(path).canonicalFilePath());
         ProjectFile *file = engine ? engine->createFile(type, this) : nullptr;
         if (!file)
             continue;

@@ -42,8 +42,10 @@ public:
     ~SampleProject() override;
 
     // Reads the project file and every file it lists. A listed file that is missing or
-    // can't be read is left out with a message among the project's messages; only a
-    // project file that can't be read at all makes it false, with the reason in `error`.
+    // can't be read, lies outside the work's folder (symbolic links followed), is the
+    // project file itself or was listed before is left out with a message among the
+    // project's messages; only a project file that can't be read at all makes it false,
+    // with the reason in `error`.
     bool load(const QString &fileName, QString *error);
 
     QString name() const override;

@@ -3,11 +3,13 @@
 #include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 #include <zip.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 ZipArchive::ZipArchive(zip *archive, const QString &fileName, const QString &prefix, bool writable)
     : m_zip(archive)
@@ -15,6 +17,7 @@ ZipArchive::ZipArchive(zip *archive, const QString &fileName, const QString &pre
     , m_prefix(prefix)
     , m_writable(writable)
 {
+    scan();
 }
 
 ZipArchive *ZipArchive::open(const QString &fileName, QIODevice::OpenMode mode)
@@ -40,7 +43,68 @@ QString ZipArchive::inner(const QString &name) const
     QString relative = name.startsWith(m_prefix) ? name.mid(m_prefix.size()) : name;
     while (relative.startsWith(QLatin1Char('/')))
         relative.remove(0, 1);
-    return relative;
+    return relative.isEmpty() ? relative : QDir::cleanPath(relative);
+}
+
+namespace {
+
+// The Unix mode sits in the upper half of an entry's external attributes.
+constexpr zip_uint32_t fileTypeMask = 0170000;
+constexpr zip_uint32_t symbolicLinkType = 0120000;
+
+qint64 clampedSize(zip_uint64_t size)
+{
+    return size > zip_uint64_t(std::numeric_limits<qint64>::max()) ? std::numeric_limits<qint64>::max() : qint64(size);
+}
+
+} // namespace
+
+void ZipArchive::scan()
+{
+    m_stored.clear();
+    m_names.clear();
+    m_index.clear();
+    QSet<QString> directories;
+    const zip_int64_t count = m_zip ? zip_get_num_entries(m_zip, 0) : 0;
+    for (zip_int64_t i = 0; i < count; ++i) {
+        const char *raw = zip_get_name(m_zip, zip_uint64_t(i), 0);
+        if (!raw)
+            continue; // deleted since the last write
+        Entry entry;
+        entry.name = QString::fromUtf8(raw);
+        entry.directory = entry.name.endsWith(QLatin1Char('/'));
+        zip_stat_t stat;
+        zip_stat_init(&stat);
+        if (zip_stat_index(m_zip, zip_uint64_t(i), 0, &stat) == 0) {
+            if (stat.valid & ZIP_STAT_SIZE)
+                entry.size = clampedSize(stat.size);
+            if (stat.valid & ZIP_STAT_COMP_SIZE)
+                entry.storedSize = clampedSize(stat.comp_size);
+        }
+        zip_uint8_t system = 0;
+        zip_uint32_t attributes = 0;
+        if (zip_file_get_external_attributes(m_zip, zip_uint64_t(i), 0, &system, &attributes) == 0
+            && system == ZIP_OPSYS_UNIX)
+            entry.link = ((attributes >> 16) & fileTypeMask) == symbolicLinkType;
+        m_stored << entry;
+        if (entry.link || !Ovra::entryNameProblem(entry.name).isEmpty())
+            continue;
+        const QString cleaned = QDir::cleanPath(entry.name);
+        if (entry.directory) {
+            if (!directories.contains(cleaned)) {
+                directories.insert(cleaned);
+                m_names << cleaned + QLatin1Char('/');
+            }
+        } else if (!m_index.contains(cleaned)) {
+            m_index.insert(cleaned, i);
+            m_names << cleaned;
+        }
+    }
+}
+
+qint64 ZipArchive::indexOf(const QString &innerName) const
+{
+    return m_index.value(innerName, -1);
 }
 
 QString ZipArchive::absoluteFilePath(const QString &name) const
@@ -50,13 +114,12 @@ QString ZipArchive::absoluteFilePath(const QString &name) const
 
 QStringList ZipArchive::names() const
 {
-    QStringList list;
-    const zip_int64_t count = m_zip ? zip_get_num_entries(m_zip, 0) : 0;
-    for (zip_int64_t i = 0; i < count; ++i) {
-        if (const char *entry = zip_get_name(m_zip, zip_uint64_t(i), 0))
-            list << QString::fromUtf8(entry);
-    }
-    return list;
+    return m_names;
+}
+
+QList<Ovra::StoredEntries::Entry> ZipArchive::storedEntries() const
+{
+    return m_stored;
 }
 
 QStringList ZipArchive::entries(const QString &directory, const QStringList &nameFilters, QDir::Filters filters,
@@ -66,7 +129,7 @@ QStringList ZipArchive::entries(const QString &directory, const QStringList &nam
     if (!below.isEmpty() && !below.endsWith(QLatin1Char('/')))
         below += QLatin1Char('/');
     QStringList found;
-    for (const QString &entry : names()) {
+    for (const QString &entry : m_names) {
         if (!entry.startsWith(below))
             continue;
         const QString rest = entry.mid(below.size());
@@ -89,27 +152,37 @@ QStringList ZipArchive::entries(const QString &directory, const QStringList &nam
 
 QIODevice *ZipArchive::openFile(const QString &name, QIODevice::OpenMode mode)
 {
-    auto *buffer = new QBuffer;
     if (mode & QIODevice::WriteOnly) {
-        if (!m_writable) {
-            delete buffer;
+        const QString entry = inner(name);
+        if (!m_writable || !Ovra::entryNameProblem(entry).isEmpty())
             return nullptr;
-        }
+        auto *buffer = new QBuffer;
         buffer->open(QIODevice::WriteOnly);
-        m_writes.insert(buffer, inner(name));
+        m_writes.insert(buffer, entry);
         return buffer;
     }
-    zip_file *file = m_zip ? zip_fopen(m_zip, inner(name).toUtf8().constData(), 0) : nullptr;
-    if (!file) {
-        delete buffer;
+    const qint64 index = indexOf(inner(name));
+    zip_stat_t stat;
+    zip_stat_init(&stat);
+    if (index < 0 || zip_stat_index(m_zip, zip_uint64_t(index), 0, &stat) != 0 || !(stat.valid & ZIP_STAT_SIZE)
+        || stat.size > zip_uint64_t(std::numeric_limits<int>::max() / 2))
         return nullptr;
-    }
+    zip_file *file = zip_fopen_index(m_zip, zip_uint64_t(index), 0);
+    if (!file)
+        return nullptr;
+    // The size the zip declares is all that is taken: an entry that inflates past it is
+    // damaged or made to fill the memory, and is refused.
+    const qint64 declared = qint64(stat.size);
     QByteArray data;
     char chunk[4096];
     zip_int64_t read = 0;
-    while ((read = zip_fread(file, chunk, sizeof chunk)) > 0)
+    while ((read = zip_fread(file, chunk, sizeof chunk)) > 0 && data.size() <= declared)
         data.append(chunk, int(read));
+    const bool whole = read == 0 && data.size() == declared;
     zip_fclose(file);
+    if (!whole)
+        return nullptr;
+    auto *buffer = new QBuffer;
     buffer->setData(data);
     buffer->open(QIODevice::ReadOnly);
     return buffer;
@@ -130,6 +203,7 @@ void ZipArchive::closeFile(QIODevice *device)
             else
                 std::free(copy);
         }
+        scan();
     }
     m_writes.remove(device);
     delete device;
@@ -143,24 +217,27 @@ void ZipArchive::discardFile(QIODevice *device)
 
 bool ZipArchive::removeFile(const QString &name)
 {
-    if (!m_zip)
-        return false;
-    const zip_int64_t index = zip_name_locate(m_zip, inner(name).toUtf8().constData(), 0);
-    return m_writable && index >= 0 && zip_delete(m_zip, zip_uint64_t(index)) == 0;
+    const qint64 index = indexOf(inner(name));
+    const bool removed = m_zip && m_writable && index >= 0 && zip_delete(m_zip, zip_uint64_t(index)) == 0;
+    if (removed)
+        scan();
+    return removed;
 }
 
 bool ZipArchive::renameFile(const QString &oldName, const QString &newName)
 {
-    if (!m_zip)
-        return false;
-    const zip_int64_t index = zip_name_locate(m_zip, inner(oldName).toUtf8().constData(), 0);
-    return m_writable && index >= 0
-           && zip_file_rename(m_zip, zip_uint64_t(index), inner(newName).toUtf8().constData(), 0) == 0;
+    const qint64 index = indexOf(inner(oldName));
+    const QString target = inner(newName);
+    const bool renamed = m_zip && m_writable && index >= 0 && Ovra::entryNameProblem(target).isEmpty()
+                         && zip_file_rename(m_zip, zip_uint64_t(index), target.toUtf8().constData(), 0) == 0;
+    if (renamed)
+        scan();
+    return renamed;
 }
 
 bool ZipArchive::fileExists(const QString &name) const
 {
-    return m_zip && zip_name_locate(m_zip, inner(name).toUtf8().constData(), 0) >= 0;
+    return indexOf(inner(name)) >= 0;
 }
 
 bool ZipArchive::directoryExists(const QString &name) const
@@ -168,7 +245,7 @@ bool ZipArchive::directoryExists(const QString &name) const
     QString below = inner(name);
     if (!below.endsWith(QLatin1Char('/')))
         below += QLatin1Char('/');
-    for (const QString &entry : names()) {
+    for (const QString &entry : m_names) {
         if (entry.startsWith(below))
             return true;
     }
@@ -186,6 +263,7 @@ void ZipArchive::flush()
     m_zip = zip_open(QFile::encodeName(m_fileName).constData(), ZIP_CREATE, &error);
     if (!m_zip)
         m_writable = false; // gone meanwhile: nothing more can be read or written
+    scan();
 }
 
 void ZipArchive::free()

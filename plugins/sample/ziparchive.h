@@ -4,14 +4,20 @@
 // zip. The archive stands for the directory its file name names without ".zip", so names
 // below that directory are entries of the zip. Written entries reach the file when the
 // archive ends or is flushed.
+//
+// Zips come from strangers: an entry whose name would land outside the archive's root
+// (absolute, a drive letter, a backslash, climbing out with "..") or that is a symbolic
+// link is never listed, opened or created. storedEntries() still shows them all, so that
+// a restore can refuse the whole zip before it writes anything.
 #include "engine/extension.h"
 #include "foundation/archive.h"
 
+#include <QHash>
 #include <QMap>
 
 struct zip;
 
-class ZipArchive : public Ovra::Archive
+class ZipArchive : public Ovra::Archive, public Ovra::StoredEntries
 {
 public:
     // Null when the file can't be opened (or, for writing, created).
@@ -35,8 +41,10 @@ public:
     bool fileExists(const QString &name) const override;
     bool directoryExists(const QString &name) const override;
 
-    // The names of all entries.
+    // The names of the entries that can be taken out, cleaned of "." and doubled slashes,
+    // in the order of the zip; the first of two entries of one name stands for both.
     QStringList names() const;
+    QList<Entry> storedEntries() const override;
 
 protected:
     // Writes the zip out.
@@ -45,8 +53,15 @@ protected:
 private:
     ZipArchive(zip *archive, const QString &fileName, const QString &prefix, bool writable);
     QString inner(const QString &name) const;
+    // Reads the list of entries anew, after the zip was opened or changed.
+    void scan();
+    // The zip's index of an entry that can be taken out, or -1.
+    qint64 indexOf(const QString &innerName) const;
 
     zip *m_zip;
+    QList<Entry> m_stored;
+    QStringList m_names;
+    QHash<QString, qint64> m_index;
     QString m_fileName;
     QString m_prefix;
     bool m_writable;

@@ -127,6 +127,9 @@ public:
     bool wholePass = false;
     bool reparsePending = false;
     bool rehighlightPending = false;
+    // Passes over the whole text, one inside the other: each asks for the next one when its
+    // lines changed the file's settings (version, file type).
+    int wholePassDepth = 0;
     bool modelEnabled = true;
     int modelFreeze = 0;
     int publishedRows = 0;

@@ -51,6 +51,14 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     const bool outerParsing = parsing;
     parsing = true;
     const bool highlight = document->hasSyntaxHighlight();
+    // Lines that contradict each other (two version lines of different numbers) set the
+    // file's settings back and forth in every pass. The first whole pass stops at a change
+    // of them, as any pass does, for the next to start afresh; a whole pass run for such a
+    // change goes on to the end, and when it ends with the settings as it found them, the
+    // text has settled and no further pass is asked for.
+    const bool runToEnd = wholePassDepth > 1;
+    const ushort versionBefore = document->m_root.version();
+    const short fileTypeBefore = document->m_root.fileType();
 
     QTextBlock last = document->findBlock(position + added + (removed > 0 ? 1 : 0));
     if (!last.isValid())
@@ -72,7 +80,7 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         const CodeNode *was = data ? data->d->node : nullptr;
         const bool wasHeader = isHeader(was);
         parseLine(block, highlight);
-        if (reparsePending || rehighlightPending)
+        if (reparsePending || (rehighlightPending && !runToEnd))
             break;
         const CodeBlockData *below = testBlockData(block.next());
         stateChanged = below ? below->d->stateBefore != block.userState() : block.userState() != before;
@@ -88,6 +96,9 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     }
     lineFormats.clear();
     parsing = outerParsing;
+    if (rehighlightPending && runToEnd && document->m_root.version() == versionBefore
+        && document->m_root.fileType() == fileTypeBefore)
+        rehighlightPending = false;
 
     if (reparsePending) {
         reparsePending = false;
@@ -113,6 +124,7 @@ void CodeDocumentPrivate::wholeDocumentPass()
     QTextCursor all(document);
     const bool ignoring = ignoreContentsChange;
     ignoreContentsChange = true;
+    ++wholePassDepth;
     all.beginEditBlock();
     const bool outerWholePass = std::exchange(wholePass, true);
     parsePass(all.position(), 0, document->characterCount() - all.position());
@@ -120,6 +132,7 @@ void CodeDocumentPrivate::wholeDocumentPass()
     if (!wholePass)
         document->markContentsDirty(0, document->characterCount());
     all.endEditBlock();
+    --wholePassDepth;
     ignoreContentsChange = ignoring;
 }
 

@@ -2,6 +2,7 @@
 
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
+#include "foundation/archive.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -67,6 +68,9 @@ QString ProjectLocator::projectFile(const QString &path, QString *error)
         folders << folder.absoluteFilePath();
     for (const QString &folder : qAsConst(folders)) {
         for (const QFileInfo &file : QDir(folder).entryInfoList(QDir::Files)) {
+            // A link to a project elsewhere is no project of this work.
+            if (file.isSymLink() && !isInsideDirectory(file.absoluteFilePath(), root.path()))
+                continue;
             if (EngineExtension::forProjectFile(file.absoluteFilePath()))
                 found << file.absoluteFilePath();
         }

@@ -1,5 +1,7 @@
 #include "foundation/archive.h"
 
+#include <QFileInfo>
+
 namespace Ovra {
 
 void Archive::release()
@@ -88,5 +90,45 @@ QString absolutePathToRelative(const QString &pathIn, const QString &baseIn)
         return path;
     return result + path.mid(start);
 }
+
+QString entryNameProblem(const QString &name)
+{
+    if (name.contains(QLatin1Char('\\')))
+        return QStringLiteral("holds a backslash");
+    const QString cleaned = QDir::cleanPath(name);
+    if (cleaned.size() >= 2 && cleaned.at(1) == QLatin1Char(':') && cleaned.at(0).isLetter())
+        return QStringLiteral("holds a drive letter");
+    if (cleaned.startsWith(QLatin1Char('/')))
+        return QStringLiteral("is an absolute path");
+    if (cleaned.isEmpty() || cleaned == QLatin1String("."))
+        return QStringLiteral("names no file");
+    if (cleaned == QLatin1String("..") || cleaned.startsWith(QLatin1String("../")))
+        return QStringLiteral("climbs out of its folder with '..'");
+    return QString();
+}
+
+bool isInsideDirectory(const QString &path, const QString &directory)
+{
+    const QString root = QFileInfo(directory).canonicalFilePath();
+    if (root.isEmpty() || path.isEmpty())
+        return false;
+    // The deepest part of the path that is there: a file, a folder, or a link, which
+    // counts even when it leads nowhere.
+    QFileInfo info(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    while (!info.exists() && !info.isSymLink()) {
+        const QString above = info.absolutePath();
+        if (above == info.absoluteFilePath())
+            return false;
+        info = QFileInfo(above);
+    }
+    const QString real = info.canonicalFilePath();
+    if (real.isEmpty())
+        return false;
+    if (root == QLatin1String("/"))
+        return true;
+    return real == root || real.startsWith(root + QLatin1Char('/'));
+}
+
+StoredEntries::~StoredEntries() = default;
 
 } // namespace Ovra

@@ -74,4 +74,33 @@ OVRA_EXPORT QString fixFileCase(const QString &base, Archive &archive, const QSt
 // `path` relative to the directory `base`, with "../" for each level to climb.
 OVRA_EXPORT QString absolutePathToRelative(const QString &path, const QString &base);
 
+// Why a name stored in a container (a zip, a backup) can't stand for a place below the
+// container's root, or empty when it can. Refused are names that, cleaned of "." and
+// doubled slashes, are empty, absolute, hold a drive letter or a backslash (both mean
+// another root on some systems), or climb out with "..".
+OVRA_EXPORT QString entryNameProblem(const QString &name);
+
+// Whether `path` lies in `directory` or below it once "..", symbolic links and the
+// current directory are resolved. A path that doesn't exist yet is judged by the
+// deepest folder above it that does; a link that leads nowhere is never inside.
+OVRA_EXPORT bool isInsideDirectory(const QString &path, const QString &directory);
+
+// What a container knows of its entries as they are stored, refused ones included, so
+// that a caller can judge the whole container before it takes anything out of it.
+class OVRA_EXPORT StoredEntries
+{
+public:
+    struct Entry
+    {
+        QString name;          // as stored
+        qint64 size = 0;       // once inflated
+        qint64 storedSize = 0; // as it lies in the container
+        bool link = false;     // a symbolic link
+        bool directory = false;
+    };
+
+    virtual ~StoredEntries();
+    virtual QList<Entry> storedEntries() const = 0;
+};
+
 } // namespace Ovra

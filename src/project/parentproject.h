@@ -189,7 +189,11 @@ public:
     // A snapshot of all open projects under "backup/" in the root, as a zip when an
     // extension serves "ZIP", else as a directory.
     bool backup(const QString &name, JobStats *stats);
-    // Brings a backup back over the working files. False only on a read-only archive.
+    // Brings a backup back over the working files. False on a read-only archive, and for
+    // a backup refused whole before anything is written (a zip that can't be read, an
+    // entry that would land outside the work or is a link leading out, one name stored
+    // twice, more bytes than the disk has free or than any work packs into a zip): the
+    // reason, naming the entry, goes to `stats` as an error.
     bool restoreBackup(const QString &name, JobStats *stats);
 
     // TreeModel

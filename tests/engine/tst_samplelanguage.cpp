@@ -139,6 +139,7 @@ private slots:
     void reports_data();
     void reports();
     void versionLineAndGroups();
+    void contradictingVersionLinesSettle();
     void editValuesThroughGroups();
     void frameEdits_data();
     void frameEdits();
@@ -336,6 +337,27 @@ void SampleLanguageTest::versionLineAndGroups()
     loose.fromString(QStringLiteral("damage = 4\n"));
     QCOMPARE(loose.root()->next(), nullptr);
     QCOMPARE(loose.fileMessages()->count(Message::Error), 1u);
+}
+
+void SampleLanguageTest::contradictingVersionLinesSettle()
+{
+    // Two version lines of different numbers set the version back and forth in every pass
+    // over the text (once a stack overflow on loading); the document settles on the last.
+    const QString text = QStringLiteral("@version 1\n[Character: knight]\n    life = 10\n"
+                                        "@version 2\n[Move: punch]\n    damage = 4\n");
+    DefinitionDocument document;
+    document.fromString(text);
+    QCOMPARE(document.version(), ushort(2));
+    QCOMPARE(document.root()->childCount(), 2u);
+    QCOMPARE(groupAt(&document, 1)->valueAt(0)->value().toInt(), 4);
+
+    // The first line edited: the last line still decides.
+    QTextCursor cursor(document.findBlockByNumber(0));
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    cursor.insertText(QStringLiteral("@version 3"));
+    QCOMPARE(document.version(), ushort(2));
+    QCOMPARE(document.root()->childCount(), 2u);
+    QCOMPARE(document.toString().count(QStringLiteral("@version")), 2);
 }
 
 void SampleLanguageTest::editValuesThroughGroups()

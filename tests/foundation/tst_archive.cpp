@@ -26,6 +26,10 @@ private slots:
     void fixFileCase();
     void absolutePathToRelative_data();
     void absolutePathToRelative();
+    void entryNameProblem_data();
+    void entryNameProblem();
+    void isInsideDirectory_data();
+    void isInsideDirectory();
 
 private:
     QTemporaryDir m_dir;
@@ -209,6 +213,72 @@ void ArchiveTest::absolutePathToRelative()
     QFETCH(QString, base);
     QFETCH(QString, expected);
     QCOMPARE(Ovra::absolutePathToRelative(path, base), expected);
+}
+
+void ArchiveTest::entryNameProblem_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("problem");
+    QTest::newRow("plain") << "knight/knight.def" << "";
+    QTest::newRow("dot parts and doubled slashes") << "knight/.//knight.def" << "";
+    QTest::newRow("climbs and comes back") << "knight/../knight.def" << "";
+    QTest::newRow("a folder") << "knight/" << "";
+    QTest::newRow("a name with dots") << "..knight...def" << "";
+    QTest::newRow("climbs out") << "../escaped.txt" << "climbs out of its folder with '..'";
+    QTest::newRow("climbs out from below") << "knight/../../escaped.txt" << "climbs out of its folder with '..'";
+    QTest::newRow("only climbs") << ".." << "climbs out of its folder with '..'";
+    QTest::newRow("absolute") << "/etc/passwd" << "is an absolute path";
+    QTest::newRow("drive letter") << "C:/escaped.txt" << "holds a drive letter";
+    QTest::newRow("drive letter, no slash") << "c:escaped.txt" << "holds a drive letter";
+    QTest::newRow("drive letter after a dot") << "./D:/escaped.txt" << "holds a drive letter";
+    QTest::newRow("absolute after cleaning") << ".//etc/passwd" << "";
+    QTest::newRow("doubled slash in front") << "//server/share" << "is an absolute path";
+    QTest::newRow("backslash") << "knight\\knight.def" << "holds a backslash";
+    QTest::newRow("empty") << "" << "names no file";
+    QTest::newRow("only a dot") << "./" << "names no file";
+}
+
+void ArchiveTest::entryNameProblem()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, problem);
+    QCOMPARE(Ovra::entryNameProblem(name), problem);
+}
+
+void ArchiveTest::isInsideDirectory_data()
+{
+    QTest::addColumn<QString>("path"); // relative to the test's folder, or absolute
+    QTest::addColumn<bool>("inside");  // of the folder "root"
+    QTest::newRow("the root itself") << "root" << true;
+    QTest::newRow("a file") << "root/a.def" << true;
+    QTest::newRow("not there yet") << "root/new/deeper/b.def" << true;
+    QTest::newRow("climbs out") << "root/../outside.def" << false;
+    QTest::newRow("climbs out and back") << "root/../root/a.def" << true;
+    QTest::newRow("a sibling with the root's name in front") << "rootless/a.def" << false;
+    QTest::newRow("a link to a file outside") << "root/link-out.def" << false;
+    QTest::newRow("below a link to a folder outside") << "root/folder-out/c.def" << false;
+    QTest::newRow("a link that stays inside") << "root/link-in.def" << true;
+    QTest::newRow("a link that leads nowhere") << "root/dangling.def" << false;
+    QTest::newRow("empty") << "" << false;
+}
+
+void ArchiveTest::isInsideDirectory()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, inside);
+    QVERIFY(writeFile(m_root + QStringLiteral("root/a.def")));
+    QVERIFY(writeFile(m_root + QStringLiteral("outside.def")));
+    QVERIFY(writeFile(m_root + QStringLiteral("rootless/a.def")));
+    QVERIFY(QFile::link(m_root + QStringLiteral("outside.def"), m_root + QStringLiteral("root/link-out.def")));
+    QVERIFY(QFile::link(m_root + QStringLiteral("rootless"), m_root + QStringLiteral("root/folder-out")));
+    QVERIFY(QFile::link(m_root + QStringLiteral("root/a.def"), m_root + QStringLiteral("root/link-in.def")));
+    QVERIFY(QFile::link(m_root + QStringLiteral("nothing"), m_root + QStringLiteral("root/dangling.def")));
+    if (!path.isEmpty() && !QFileInfo(path).isAbsolute())
+        path.prepend(m_root);
+    QCOMPARE(Ovra::isInsideDirectory(path, m_root + QStringLiteral("root")), inside);
+    // The folder may be named through a link of its own, or with a trailing slash.
+    QVERIFY(QFile::link(m_root + QStringLiteral("root"), m_root + QStringLiteral("alias")));
+    QCOMPARE(Ovra::isInsideDirectory(path, m_root + QStringLiteral("alias/")), inside);
 }
 
 QTEST_GUILESS_MAIN(ArchiveTest)

@@ -2,6 +2,8 @@
 #include "imagetestbytes.h"
 
 #include <QBuffer>
+#include <QDir>
+#include <QFile>
 #include <QImage>
 #include <QRandomGenerator>
 #include <QtTest>
@@ -66,6 +68,8 @@ private slots:
     void decodedFiles();
     void refusedFiles_data();
     void refusedFiles();
+    void fuzzFindings_data();
+    void fuzzFindings();
     void oddPlanesStayInTheirRows();
     void png();
 };
@@ -209,6 +213,28 @@ void PcxPngTest::refusedFiles()
     const QImage before = image;
     QVERIFY(!load(file, image));
     QCOMPARE(image, cleared ? QImage() : before);
+}
+
+// The files our fuzzer once crashed on (scripts/fuzz runs them first each time): refused,
+// with the sanitizers of this test's build watching every read.
+void PcxPngTest::fuzzFindings_data()
+{
+    QTest::addColumn<QString>("file");
+    const QDir folder(QStringLiteral(FUZZREGRESSIONDIR "/pcx"));
+    const QStringList names = folder.entryList(QDir::Files);
+    QVERIFY2(!names.isEmpty(), qPrintable(folder.path()));
+    for (const QString &name : names)
+        QTest::newRow(qPrintable(name)) << folder.filePath(name);
+}
+
+void PcxPngTest::fuzzFindings()
+{
+    QFETCH(QString, file);
+    QFile device(file);
+    QVERIFY(device.open(QIODevice::ReadOnly));
+    QImage image(4, 4, QImage::Format_Indexed8);
+    bool hasPalette = false;
+    QVERIFY(!loadPCX(image, &device, &hasPalette));
 }
 
 void PcxPngTest::oddPlanesStayInTheirRows()
