@@ -11,6 +11,7 @@
 #include "engine/engine.h"
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
+#include "foundation/archive.h"
 #include "foundation/filesystemarchive.h"
 #include "foundation/messages.h"
 #include "image/sprite.h"
@@ -511,6 +512,11 @@ int backup(Cli::Context &context, const QStringList &arguments)
         name = QFileInfo(project->fileName()).completeBaseName();
 
     const QString directory = backupDirectory(*project);
+    // A work from elsewhere may bring a "backup" link that leads out of it: backups are
+    // written only inside the work's own folder.
+    if (!isInsideDirectory(directory, project->parentProject()->basePath()))
+        return context.inputError(QStringLiteral("backup"), argument,
+                                  QStringLiteral("its backup folder leads outside the work; nothing was written"));
     // Backups are named to the second; one of the same name taken in the same second
     // would be written into the earlier one, so wait for the next second.
     while (backupExists(directory, stampedName(QDateTime::currentDateTime(), name)))

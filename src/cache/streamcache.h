@@ -113,7 +113,7 @@ protected:
     QList<Item *> m_items;
     mutable QMutex m_mutex;
 
-    friend class StreamCacheData;
+    friend struct StreamCacheData;
 };
 
 // The handle by which a model object holds exactly one cached block, counted by

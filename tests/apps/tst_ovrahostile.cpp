@@ -67,6 +67,7 @@ private slots:
     void listedFilesOutsideTheWork_data();
     void listedFilesOutsideTheWork();
     void linkedProjectElsewhereIsNotFound();
+    void backupFolderLinkedElsewhere();
     void scriptsDoNotRunWhenAWorkOpens();
 
 private:
@@ -301,6 +302,18 @@ void OvraHostileTest::linkedProjectElsewhereIsNotFound()
     const ToolRun found = ovra({QStringLiteral("info"), QStringLiteral("nest/lonely")});
     QCOMPARE(found.code, 0);
     QVERIFY2(found.out.startsWith(QLatin1String("Knight 1.0 (nest/lonely/link.ovp)")), qPrintable(found.out));
+}
+
+void OvraHostileTest::backupFolderLinkedElsewhere()
+{
+    QVERIFY(QDir().mkpath(path(QStringLiteral("nest/sibling/backups"))));
+    QVERIFY(QFile::link(path(QStringLiteral("nest/sibling/backups")), work(QStringLiteral("backup"))));
+    const auto before = around();
+    const ToolRun backup = ovra({QStringLiteral("backup"), QLatin1String(workPath)});
+    QCOMPARE(backup.code, 3);
+    QVERIFY2(backup.err.contains(QLatin1String("its backup folder leads outside the work; nothing was written")),
+             qPrintable(backup.err));
+    QCOMPARE(around(), before);
 }
 
 void OvraHostileTest::scriptsDoNotRunWhenAWorkOpens()
