@@ -1,4 +1,5 @@
 #include "image/spritecompression.h"
+#include "image/spritecompression_bulk_p.h"
 #include "image/spritecompression_p.h"
 
 #include <QIODevice>
@@ -414,13 +415,15 @@ inline void copyWords(uchar *out, size_t distance, size_t count)
     }
 }
 
-// RLE8 into contiguous rows: one flat stretch of `size` bytes.
-void decodeRle8Flat(ByteSource &in, uchar *out, size_t size)
+// RLE8 into contiguous rows: one flat stretch of `size` bytes. The bulk of the stream goes
+// by the path asked for; the items near either end go here, one by one.
+void decodeRle8Flat(ByteSource &in, uchar *out, size_t size, DecodePath path)
 {
     const uchar *p = in.cursor();
     const uchar *const end = in.end();
     uchar *o = out;
     uchar *const last = out + size;
+    SpriteBulk::decodeRle8(path, p, end, o, last);
     bool pastEnd = false;
     while (p < end && o < last) {
         const uchar first = *p++;
@@ -626,7 +629,9 @@ bool saveRLE5(const QImage &, QIODevice *)
     return false;
 }
 
-bool loadRLE8(QImage &image, QIODevice *device)
+namespace {
+
+bool loadRLE8By(DecodePath path, QImage &image, QIODevice *device)
 {
     if (!openForReading(device))
         return false;
@@ -650,7 +655,7 @@ bool loadRLE8(QImage &image, QIODevice *device)
     const int padding = image.isNull() ? 0 : (image.bytesPerLine() - rowBytes) & 0xFF;
     // Rows without padding, as most sprites have, are one stretch of bytes.
     if (rowBytes > 0 && rowBytes < 0x10000 && image.bytesPerLine() == rowBytes) {
-        decodeRle8Flat(in, image.bits(), size_t(rowBytes) * size_t(image.height()));
+        decodeRle8Flat(in, image.bits(), size_t(rowBytes) * size_t(image.height()), path);
         return in.ok();
     }
     RowWriter writer(image, rowBytes, padding);
@@ -668,6 +673,18 @@ bool loadRLE8(QImage &image, QIODevice *device)
         }
     }
     return in.ok();
+}
+
+} // namespace
+
+bool loadRLE8(QImage &image, QIODevice *device)
+{
+    return loadRLE8By(fastestDecodePath(), image, device);
+}
+
+bool loadRLE8Using(DecodePath path, QImage &image, QIODevice *device)
+{
+    return decodePathAvailable(path) && loadRLE8By(path, image, device);
 }
 
 bool saveRLE8(const QImage &image, QIODevice *device)

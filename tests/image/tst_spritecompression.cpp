@@ -80,6 +80,61 @@ QImage decoded(Loader load, const QByteArray &stream, int width, int height,
     return image;
 }
 
+// What a decoder leaves: its result, every byte of the picture (padding included) and how
+// much of the device it read.
+struct Decoding
+{
+    bool ok = false;
+    QByteArray bytes;
+    qint64 consumed = -1;
+    bool operator==(const Decoding &other) const
+    {
+        return ok == other.ok && bytes == other.bytes && consumed == other.consumed;
+    }
+};
+
+Decoding decodedBy(DecodePath path, const QByteArray &stream, int width, int height, QImage::Format format)
+{
+    QImage image(width, height, format);
+    memset(image.bits(), 0xAA, size_t(image.sizeInBytes()));
+    QByteArray data = stream;
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::ReadOnly);
+    Decoding decoding;
+    decoding.ok = loadRLE8Using(path, image, &buffer);
+    decoding.bytes = QByteArray(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes()));
+    decoding.consumed = buffer.pos();
+    return decoding;
+}
+
+// Every other path against the careful one; an empty string when all agree.
+QString pathsDisagree(const QByteArray &stream, int width, int height, QImage::Format format = QImage::Format_Indexed8)
+{
+    const Decoding careful = decodedBy(DecodePath::Careful, stream, width, height, format);
+    for (DecodePath path : {DecodePath::Portable, DecodePath::Avx2, DecodePath::Avx512}) {
+        if (decodePathAvailable(path) && !(decodedBy(path, stream, width, height, format) == careful))
+            return QStringLiteral("path %1 differs for %2 bytes into %3x%4 (format %5)")
+                .arg(int(path)).arg(stream.size()).arg(width).arg(height).arg(int(format));
+    }
+    return QString();
+}
+
+// Pixels an RLE8 stream stands for, to size pictures around its end.
+int rle8Length(const QByteArray &stream)
+{
+    int length = 0;
+    for (int i = 0; i < stream.size(); ++i) {
+        const uchar byte = uchar(stream.at(i));
+        if ((byte & 0xC0) == 0x40) {
+            length += byte & 0x3F;
+            ++i;
+        } else {
+            ++length;
+        }
+    }
+    return length;
+}
+
 void addPatterns()
 {
     QTest::addColumn<QImage>("image");
@@ -126,6 +181,9 @@ private slots:
     void randomStreamsStayInTheirBuffers();
     void closedAndUnopenableDevices();
     void bytesBehindTheStreamStay();
+    void rle8PathsAgree_data();
+    void rle8PathsAgree();
+    void rle8PathsAgreeOnRandomStreams();
 };
 
 void SpriteCompressionTest::roundTrip()
@@ -391,6 +449,95 @@ void SpriteCompressionTest::bytesBehindTheStreamStay()
         QVERIFY(loaders[codec](target, &buffer));
         QCOMPARE(buffer.readAll(), QByteArray("NEXT"));
     }
+}
+
+void SpriteCompressionTest::rle8PathsAgree_data()
+{
+    QTest::addColumn<QByteArray>("stream");
+    // Stretches of 1 to 70 marked bytes between literals: every parity of stretch and
+    // every place of it against the 64-byte blocks.
+    QByteArray chains;
+    for (int length = 1; length <= 70; ++length) {
+        chains.append(char(0x11));
+        for (int k = 0; k < length; ++k)
+            chains.append(char(0x40 + (k * 7 + length) % 64));
+    }
+    QTest::addRow("chains of marked bytes") << chains;
+    // A run after 0 to 80 literals: its value byte falls on every byte of a block, the
+    // first of the next block included.
+    QByteArray straddling;
+    for (int literals = 0; literals <= 80; ++literals) {
+        straddling.append(QByteArray(literals, char(0x85)));
+        straddling.append(char(0x40 | (literals % 64))).append(char(0x41 + literals % 3));
+    }
+    QTest::addRow("runs straddling blocks") << straddling;
+    // Runs of count 0, whose value byte may itself be marked, between single literals:
+    // blocks that write less than 64 bytes.
+    QByteArray zeros;
+    for (int i = 0; i < 400; ++i)
+        zeros.append(char(0x40)).append(char(i % 3 == 0 ? 0x7F : 0x40 + i % 64)).append(char(i % 5 == 0 ? 0x3F : 0xC0));
+    QTest::addRow("runs of count 0") << zeros;
+    QTest::addRow("literals only") << QByteArray(700, char(0x9C));
+    // Blocks of the longest runs: thousands of bytes out of 64 in.
+    QByteArray longRuns;
+    for (int i = 0; i < 120; ++i)
+        longRuns.append(char(0x7F)).append(char(i % 2 ? 0x7F : 0x40)).append(char(0x7E)).append(char(0x05));
+    QTest::addRow("longest runs") << longRuns;
+    // One long stretch of marked bytes across many blocks.
+    QByteArray stretch(1000, '\0');
+    for (int i = 0; i < stretch.size(); ++i)
+        stretch[i] = char(0x40 + (i * 13) % 64);
+    QTest::addRow("one stretch of marked bytes") << stretch;
+}
+
+void SpriteCompressionTest::rle8PathsAgree()
+{
+    // Each stream cut at every length near its end, so that it ends anywhere, inside a run
+    // too; into pictures whose end falls anywhere near the stream's end, with rows without
+    // padding (indexed and four-byte pixels) and with padding.
+    QFETCH(QByteArray, stream);
+    for (int cut = std::max(0, int(stream.size()) - 140); cut <= stream.size(); ++cut) {
+        const QByteArray part = stream.left(cut);
+        const int length = rle8Length(part);
+        for (int n = std::max(4, length - 200) & ~3; n <= length + 200; n += 4 * (1 + cut % 3)) {
+            const QString flat = pathsDisagree(part, n, 1);
+            QVERIFY2(flat.isEmpty(), qPrintable(flat));
+            const QString wide = pathsDisagree(part, n / 4, 1, QImage::Format_ARGB32);
+            QVERIFY2(wide.isEmpty(), qPrintable(wide));
+        }
+    }
+    for (const auto &[width, format] : {std::pair{13, QImage::Format_Indexed8}, {7, QImage::Format_RGB32}}) {
+        const QString padded = pathsDisagree(stream, width, int(stream.size()) / width, format);
+        QVERIFY2(padded.isEmpty(), qPrintable(padded));
+    }
+}
+
+void SpriteCompressionTest::rle8PathsAgreeOnRandomStreams()
+{
+    // Random streams with few to many marked bytes and short to long counts, the bytes
+    // behind them left for the container, into pictures of every size about their length.
+    QRandomGenerator random(64);
+    for (int round = 0; round < 600; ++round) {
+        const int marked = 1 + round % 9; // out of 10
+        const int countMask = round % 4 == 0 ? 0x3F : 0x07;
+        QByteArray stream(64 + random.bounded(900), '\0');
+        for (char &byte : stream) {
+            const bool mark = random.bounded(10) < marked;
+            const int value = random.bounded(256);
+            byte = char(mark ? 0x40 | (value & countMask) : ((value & 0xC0) == 0x40 ? value ^ 0x40 : value));
+        }
+        const int length = rle8Length(stream);
+        const int n = 4 * std::max(1, (length + int(random.bounded(257)) - 128) / 4);
+        const QString flat = pathsDisagree(stream, n, 1);
+        QVERIFY2(flat.isEmpty(), qPrintable(flat));
+        const QString square = pathsDisagree(stream, 16, std::max(1, n / 16), QImage::Format_ARGB32);
+        QVERIFY2(square.isEmpty(), qPrintable(square));
+    }
+    // And the fast path on a whole picture's stream against the picture itself.
+    const QImage image = indexed(512, 64, [](int x, int y) { return uchar((x / 3 + y) % 7 == 0 ? 0x41 : (x * y) % 97); });
+    bool ok = false;
+    QVERIFY(samePixels(image, decoded(loadRLE8, encoded(image, Rle8), 512, 64, QImage::Format_Indexed8, &ok)));
+    QVERIFY(ok);
 }
 
 QTEST_MAIN(SpriteCompressionTest)
