@@ -5,12 +5,9 @@
 
 namespace Ovra {
 
-
-CodeBlockData::CodeBlockData(CodeDocumentPrivate *owner, const QTextBlock &block)
-    : d(new CodeBlockDataPrivate)
+CodeBlockData::CodeBlockData(CodeBlockDataPrivate *data)
+    : d(data)
 {
-    d->owner = owner;
-    d->block = block;
 }
 
 CodeBlockData::~CodeBlockData()

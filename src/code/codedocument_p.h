@@ -11,10 +11,33 @@
 #include <QHash>
 #include <QMap>
 #include <QObjectUserData>
+#include <QPlainTextDocumentLayout>
+#include <QSet>
 #include <QTextCharFormat>
 #include <QVector>
 
 namespace Ovra {
+
+// A run of columns of one format in a line's highlighting; `format` indexes the
+// document's table of formats.
+struct FormatRun
+{
+    int start = 0;
+    int length = 0;
+    int format = 0;
+
+    bool operator==(const FormatRun &other) const
+    {
+        return start == other.start && length == other.length && format == other.format;
+    }
+};
+
+inline uint qHash(const FormatRun &run, uint seed = 0)
+{
+    return ::qHash(run.start, seed) ^ ::qHash(run.length, seed + 1) ^ ::qHash(run.format, seed + 2);
+}
+
+using FormatRuns = QVector<FormatRun>;
 
 struct CodeBlockDataPrivate
 {
@@ -33,6 +56,45 @@ struct CodeBlockDataPrivate
     QList<CodeLink *> links;
     QVector<CodeBlockData::SyntaxMessage> syntaxMessages;
     QVector<CodeBlockData::Parenthesis> parenthesis;
+    // The line's highlighting, kept here rather than in a QTextLayout per line: its layout
+    // gets it when the line is laid out (see CodeDocumentLayout). Lines that look alike
+    // share one vector.
+    FormatRuns formats;
+    // The runs differ from what the line's layout holds.
+    bool formatsPending = false;
+    // The line has been laid out: a change of its formats must reach the view.
+    bool laidOut = false;
+};
+
+// A line's data and its private part in one allocation. The part is a base so that it
+// outlives the destructor of CodeBlockData, which still reads it.
+struct CodeBlockDataStorage
+{
+    CodeBlockDataPrivate part;
+};
+
+class CodeBlockDataInOne final : private CodeBlockDataStorage, public CodeBlockData
+{
+public:
+    CodeBlockDataInOne(CodeDocumentPrivate *owner, const QTextBlock &block)
+        : CodeBlockData(&part)
+    {
+        part.owner = owner;
+        part.block = block;
+    }
+};
+
+// The document's layout: a plain text layout that hands each line its formats just
+// before it lays the line out, which every view does before painting it.
+class CodeDocumentLayout : public QPlainTextDocumentLayout
+{
+public:
+    CodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner);
+
+    QRectF blockBoundingRect(const QTextBlock &block) const override;
+
+private:
+    CodeDocumentPrivate *m_owner;
 };
 
 // Stored on the document's QObject under UserDataId rather than in the private part, so
@@ -88,7 +150,14 @@ public:
     int removeLineMessages(CodeBlockData *data);
     void updateFoldingIndent(CodeBlockData *data);
     void paintColumns(int start, int end, const QTextCharFormat &format);
-    void applyFormats(const QTextBlock &block);
+    // Keeps the formats the parser painted into the line's data.
+    void storeFormats(const QTextBlock &block, CodeBlockData *data);
+    // The line's formats as its layout takes them.
+    QVector<QTextLayout::FormatRange> formatRanges(const QTextBlock &block, const FormatRuns &runs) const;
+    // Gives the line's layout its formats when they changed since it got them last.
+    void handFormats(const QTextBlock &block);
+    int formatIndex(const QTextCharFormat &format);
+    FormatRuns sharedRuns(const FormatRuns &runs);
 
     QList<CodeNodeFile *> distinctNodeFiles() const;
 
@@ -121,6 +190,12 @@ public:
     // 0 for the default format. Indexes keep the per-column work to a word.
     QVector<quint16> lineFormats;
     QVector<QTextCharFormat> lineFormatTable;
+    // Every format the lines use, once; runs of lines name them by index.
+    QVector<QTextCharFormat> formatTable;
+    // The runs that lines share. Runs no line holds any more go when the set has grown
+    // to `sharedRunsLimit`.
+    QSet<FormatRuns> runsInUse;
+    int sharedRunsLimit = 1024;
     QTextBlock currentBlock;
     bool ignoreContentsChange = false;
     bool parsing = false;

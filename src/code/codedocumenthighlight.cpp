@@ -90,15 +90,18 @@ void CodeDocumentPrivate::updateFoldingIndent(CodeBlockData *data)
     }
 }
 
-void CodeDocumentPrivate::applyFormats(const QTextBlock &block)
+void CodeDocumentPrivate::storeFormats(const QTextBlock &block, CodeBlockData *data)
 {
-    QVector<QTextLayout::FormatRange> ranges;
+    FormatRuns runs;
     const QTextCharFormat plain;
     const int columns = lineFormats.size();
+    // The line's formats by their index in the document's table, looked up once a line.
+    QVector<int> tableIndex(lineFormatTable.size(), -1);
     for (int column = 0; column < columns;) {
         const QTextCharFormat &format = lineFormatTable.at(lineFormats.at(column));
         // Runs of one index, joined where two indexes hold equal formats.
         quint16 index = lineFormats.at(column);
+        const quint16 first = index;
         int end = column + 1;
         for (; end < columns; ++end) {
             const quint16 next = lineFormats.at(end);
@@ -108,17 +111,71 @@ void CodeDocumentPrivate::applyFormats(const QTextBlock &block)
                 index = next;
             }
         }
-        if (format != plain)
-            ranges.append(QTextLayout::FormatRange{column, end - column, format});
+        if (format != plain) {
+            int &shared = tableIndex[first];
+            if (shared < 0)
+                shared = formatIndex(format);
+            runs.append(FormatRun{column, end - column, shared});
+        }
         column = end;
     }
-    QTextLayout *layout = block.layout();
-    if (!layout)
+    CodeBlockDataPrivate *part = data->d;
+    if (runs == part->formats)
         return;
+    part->formats = runs.isEmpty() ? FormatRuns() : sharedRuns(runs);
+    part->formatsPending = true;
+    // A line not laid out yet gets its formats when it is; one that is must be laid out
+    // again. A pass over the whole text marks it all at once when it ends.
+    if (!part->laidOut || wholePass)
+        return;
+    // Repainting is no change of the text: the pass must not hear of it.
+    const bool ignoring = ignoreContentsChange;
+    ignoreContentsChange = true;
+    document->markContentsDirty(block.position(), block.length());
+    ignoreContentsChange = ignoring;
+}
+
+int CodeDocumentPrivate::formatIndex(const QTextCharFormat &format)
+{
+    for (int i = formatTable.size() - 1; i >= 0; --i) {
+        if (formatTable.at(i) == format)
+            return i;
+    }
+    formatTable.append(format);
+    return formatTable.size() - 1;
+}
+
+FormatRuns CodeDocumentPrivate::sharedRuns(const FormatRuns &runs)
+{
+    const auto found = runsInUse.constFind(runs);
+    if (found != runsInUse.constEnd())
+        return *found;
+    if (runsInUse.size() >= sharedRunsLimit) {
+        // Runs only the set still holds belong to no line.
+        for (auto it = runsInUse.begin(); it != runsInUse.end();) {
+            if (it->isDetached())
+                it = runsInUse.erase(it);
+            else
+                ++it;
+        }
+        sharedRunsLimit = qMax(1024, runsInUse.size() * 2);
+    }
+    runsInUse.insert(runs);
+    return runs;
+}
+
+QVector<QTextLayout::FormatRange> CodeDocumentPrivate::formatRanges(const QTextBlock &block,
+                                                                      const FormatRuns &runs) const
+{
+    QVector<QTextLayout::FormatRange> ranges;
+    ranges.reserve(runs.size());
+    for (const FormatRun &run : runs)
+        ranges.append(QTextLayout::FormatRange{run.start, run.length, formatTable.value(run.format)});
     // Text being composed by an input method stays where it is: ranges behind it move on.
-    const int preeditAt = layout->preeditAreaPosition() - block.position();
+    const QTextLayout *layout = block.layout();
     const int preeditLength = layout->preeditAreaText().size();
-    if (preeditLength > 0 && preeditAt >= 0) {
+    const int preeditAt = preeditLength > 0 ? layout->preeditAreaPosition() : -1;
+    if (preeditAt >= 0) {
         for (QTextLayout::FormatRange &range : ranges) {
             if (range.start >= preeditAt)
                 range.start += preeditLength;
@@ -126,16 +183,37 @@ void CodeDocumentPrivate::applyFormats(const QTextBlock &block)
                 range.length += preeditLength;
         }
     }
-    if (ranges.isEmpty() && layout->formats().isEmpty())
+    return ranges;
+}
+
+void CodeDocumentPrivate::handFormats(const QTextBlock &block)
+{
+    CodeBlockData *data = testBlockData(block);
+    if (!data)
         return;
-    layout->setFormats(ranges);
-    // Repainting is no change of the text: the pass must not hear of it.
-    const bool ignoring = ignoreContentsChange;
-    ignoreContentsChange = true;
-    // A pass over the whole text marks it all at once when it ends.
-    if (!wholePass)
-        document->markContentsDirty(block.position(), block.length());
-    ignoreContentsChange = ignoring;
+    CodeBlockDataPrivate *part = data->d;
+    part->laidOut = true;
+    if (!part->formatsPending)
+        return;
+    part->formatsPending = false;
+    QTextLayout *layout = block.layout();
+    if (part->formats.isEmpty() && layout->formats().isEmpty())
+        return;
+    // This drops the layout's lines: the line is laid out anew, with its formats.
+    layout->setFormats(formatRanges(block, part->formats));
+}
+
+CodeDocumentLayout::CodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner)
+    : QPlainTextDocumentLayout(document)
+    , m_owner(owner)
+{
+}
+
+QRectF CodeDocumentLayout::blockBoundingRect(const QTextBlock &block) const
+{
+    if (block.isValid())
+        m_owner->handFormats(block);
+    return QPlainTextDocumentLayout::blockBoundingRect(block);
 }
 
 bool CodeDocument::hasSyntaxHighlight() const

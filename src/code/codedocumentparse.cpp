@@ -207,7 +207,7 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
         endInsertRows();
     }
     updateFoldingIndent(currentData);
-    applyFormats(block);
+    storeFormats(block, currentData);
     currentData = nullptr;
 }
 
