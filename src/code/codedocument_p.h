@@ -190,6 +190,8 @@ public:
     // 0 for the default format. Indexes keep the per-column work to a word.
     QVector<quint16> lineFormats;
     QVector<QTextCharFormat> lineFormatTable;
+    FormatRuns lineRuns;
+    QVector<int> lineTableIndex;
     // Every format the lines use, once; runs of lines name them by index.
     QVector<QTextCharFormat> formatTable;
     // The runs that lines share. Runs no line holds any more go when the set has grown
@@ -197,6 +199,23 @@ public:
     QSet<FormatRuns> runsInUse;
     int sharedRunsLimit = 1024;
     QTextBlock currentBlock;
+    // The text a pass over the whole document reads its lines from: a line's own text()
+    // looks its position up in the document's tree, dear on every line of a long file.
+    struct PassText
+    {
+        QString text;
+        int at = -1; // where `next` starts, or -1: lines are read from the document
+        int characters = 0;
+        QTextBlock next;
+
+        // Where the line ends in `text`; -1 when it can't be read from there.
+        int lineEnd(const QTextBlock &block) const;
+        QString line(const QTextBlock &block) const;
+        void advance(const QTextBlock &block);
+    };
+    PassText passText;
+    // The text being put into the document by a load, while it is.
+    QString loadingText;
     bool ignoreContentsChange = false;
     bool parsing = false;
     bool wholePass = false;

@@ -92,11 +92,14 @@ void CodeDocumentPrivate::updateFoldingIndent(CodeBlockData *data)
 
 void CodeDocumentPrivate::storeFormats(const QTextBlock &block, CodeBlockData *data)
 {
-    FormatRuns runs;
+    // Both buffers live on from line to line: most lines allocate nothing here.
+    FormatRuns &runs = lineRuns;
+    runs.clear();
     const QTextCharFormat plain;
     const int columns = lineFormats.size();
     // The line's formats by their index in the document's table, looked up once a line.
-    QVector<int> tableIndex(lineFormatTable.size(), -1);
+    QVector<int> &tableIndex = lineTableIndex;
+    tableIndex.fill(-1, lineFormatTable.size());
     for (int column = 0; column < columns;) {
         const QTextCharFormat &format = lineFormatTable.at(lineFormats.at(column));
         // Runs of one index, joined where two indexes hold equal formats.

@@ -66,6 +66,13 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     bool stateChanged = false;
     bool headerBehind = false;
     bool unseen = std::exchange(unseenNodeChange, false);
+    // A pass over the whole text reads the lines from the text being loaded, or else from
+    // one copy of the document's.
+    const PassText outerText = std::exchange(passText, PassText());
+    if (block == document->begin() && (wholePass || last == document->lastBlock())) {
+        const QString text = loadingText.isNull() ? document->toRawText() : loadingText;
+        passText = PassText{text, 0, document->characterCount(), block};
+    }
     while (block.isValid() && (!afterLast || stateChanged || headerBehind || unseen)) {
         const int before = block.userState();
         const CodeBlockData *data = testBlockData(block);
@@ -84,8 +91,10 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         if (unseen && afterLast && now && !isHeader(now))
             unseen = false;
         afterLast = afterLast || block == last;
+        passText.advance(block);
         block = block.next();
     }
+    passText = outerText;
     lineFormats.clear();
     parsing = outerParsing;
 
@@ -147,7 +156,7 @@ bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *s
         CodeDocumentPrivate::unlinkNode(old);
     if (!previous || previous == old)
         previous = &document->m_root;
-    CodeNode *node = parser->parse(block.text(), block, old, previous, &document->m_root, syntax);
+    CodeNode *node = parser->parse(passText.line(block), block, old, previous, &document->m_root, syntax);
     data->d->node = node;
     if (old && node != old) {
         // The old node keeps its links to its neighbours: a header that ends finds the
@@ -157,6 +166,48 @@ bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *s
         CodeDocumentPrivate::relinkNode(old);
     }
     return node != old;
+}
+
+namespace {
+
+// The characters that end a line when text is put into a document.
+bool endsLine(QChar c)
+{
+    return c == QLatin1Char('\n') || c == QLatin1Char('\r') || c == QChar::ParagraphSeparator
+        || c == QChar(0xFDD0) || c == QChar(0xFDD1);
+}
+
+} // namespace
+
+int CodeDocumentPrivate::PassText::lineEnd(const QTextBlock &block) const
+{
+    // Only while the document is as it was when the pass began, and the pass is at this
+    // line: its text starts where the one before it ended, and a line end follows it.
+    if (at < 0 || block != next || block.document()->characterCount() != characters)
+        return -1;
+    const int end = at + block.length() - 1;
+    if (end > text.size() || (end < text.size() ? !endsLine(text.at(end)) : block.next().isValid()))
+        return -1;
+    return end;
+}
+
+QString CodeDocumentPrivate::PassText::line(const QTextBlock &block) const
+{
+    const int end = lineEnd(block);
+    return end < 0 ? block.text() : text.mid(at, end - at);
+}
+
+void CodeDocumentPrivate::PassText::advance(const QTextBlock &block)
+{
+    const int end = lineEnd(block);
+    if (end < 0) {
+        at = -1;
+        return;
+    }
+    // "\r\n" is one line end.
+    const bool pair = text.at(end) == QLatin1Char('\r') && end + 1 < text.size() && text.at(end + 1) == QLatin1Char('\n');
+    at = end + (pair ? 2 : 1);
+    next = block.next();
 }
 
 void CodeDocumentPrivate::unlinkNode(CodeNode *node)

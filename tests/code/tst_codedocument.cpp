@@ -125,6 +125,8 @@ private slots:
     void versionChangeRehighlightsOnce();
     void modelIconsAndGate();
     void parserEdges();
+    void linesReachTheParserAsTheyStand_data();
+    void linesReachTheParserAsTheyStand();
     void badInputSurvivesASave_data();
     void badInputSurvivesASave();
     void secondBackgroundSaveWaits();
@@ -520,6 +522,41 @@ void CodeDocumentTest::parserEdges()
     document.setSyntaxHighlight(false);
     QCOMPARE(document.messages()->count(Message::Error), 0u);
     QVERIFY(shownFormats(document.findBlockByNumber(0)).isEmpty());
+}
+
+void CodeDocumentTest::linesReachTheParserAsTheyStand_data()
+{
+    QTest::addColumn<QString>("text");
+    const QString lines = QStringLiteral("[Stats]\nspeed = 1 ; fast\n\npair = (1, 2)\n");
+    QTest::newRow("line feeds") << lines;
+    QTest::newRow("no line end at the end") << QStringLiteral("[Stats]\nspeed = 1");
+    QTest::newRow("carriage returns and line feeds") << QString(lines).replace(QLatin1Char('\n'), QLatin1String("\r\n"));
+    QTest::newRow("carriage returns alone") << QString(lines).replace(QLatin1Char('\n'), QLatin1Char('\r'));
+    QTest::newRow("mixed, doubled") << QStringLiteral("a\r\n\r\nb\n\rc\r\r\nd\n\n");
+    QTest::newRow("paragraph and line separators")
+        << QStringLiteral("a = 1\u2029b = 2\u2028c\n");
+    QTest::newRow("frame marks and no-break spaces")
+        << QStringLiteral("a\ufdd0b\ufdd1\u00a0c\n");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("only line ends") << QStringLiteral("\n\r\n\r");
+}
+
+// Long passes read lines out of one text rather than each from the document: every line
+// still reaches the parser exactly as its block holds it.
+void CodeDocumentTest::linesReachTheParserAsTheyStand()
+{
+    QFETCH(QString, text);
+    TestDocument document;
+    const int before = document.parser.calls;
+    document.fromString(text);
+    QCOMPARE(document.parser.wrongTexts, 0);
+    QVERIFY(document.parser.calls - before >= document.blockCount());
+    // A whole pass over the document as it stands, and one after an edit.
+    document.reparse();
+    QTextCursor(&document).insertText(QStringLiteral("x\n"));
+    document.rehighlight();
+    QCOMPARE(document.parser.wrongTexts, 0);
+    QVERIFY(document.toString().startsWith(QLatin1String("x\n")));
 }
 
 void CodeDocumentTest::badInputSurvivesASave_data()
