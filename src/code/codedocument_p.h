@@ -158,6 +158,7 @@ public:
     void handFormats(const QTextBlock &block);
     int formatIndex(const QTextCharFormat &format);
     FormatRuns sharedRuns(const FormatRuns &runs);
+    FormatRuns sharedRunsOf(const FormatRuns &runs);
 
     QList<CodeNodeFile *> distinctNodeFiles() const;
 
@@ -197,6 +198,7 @@ public:
     // The runs that lines share. Runs no line holds any more go when the set has grown
     // to `sharedRunsLimit`.
     QSet<FormatRuns> runsInUse;
+    FormatRuns lastSharedRuns;
     int sharedRunsLimit = 1024;
     QTextBlock currentBlock;
     // The text a pass over the whole document reads its lines from: a line's own text()

@@ -150,6 +150,15 @@ int CodeDocumentPrivate::formatIndex(const QTextCharFormat &format)
 
 FormatRuns CodeDocumentPrivate::sharedRuns(const FormatRuns &runs)
 {
+    // Neighbouring lines often look alike: the last runs handed out come first.
+    if (runs == lastSharedRuns)
+        return lastSharedRuns;
+    lastSharedRuns = sharedRunsOf(runs);
+    return lastSharedRuns;
+}
+
+FormatRuns CodeDocumentPrivate::sharedRunsOf(const FormatRuns &runs)
+{
     const auto found = runsInUse.constFind(runs);
     if (found != runsInUse.constEnd())
         return *found;

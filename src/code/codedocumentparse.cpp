@@ -181,9 +181,9 @@ bool endsLine(QChar c)
 
 int CodeDocumentPrivate::PassText::lineEnd(const QTextBlock &block) const
 {
-    // Only while the document is as it was when the pass began, and the pass is at this
-    // line: its text starts where the one before it ended, and a line end follows it.
-    if (at < 0 || block != next || block.document()->characterCount() != characters)
+    // Only while the pass is at this line: its text starts where the one before it ended,
+    // and a line end follows it.
+    if (at < 0 || block != next)
         return -1;
     const int end = at + block.length() - 1;
     if (end > text.size() || (end < text.size() ? !endsLine(text.at(end)) : block.next().isValid()))
@@ -199,8 +199,10 @@ QString CodeDocumentPrivate::PassText::line(const QTextBlock &block) const
 
 void CodeDocumentPrivate::PassText::advance(const QTextBlock &block)
 {
+    // A document changed while the line was parsed no longer matches the text (the size
+    // costs a walk of the document's tree, so it is asked once a line).
     const int end = lineEnd(block);
-    if (end < 0) {
+    if (end < 0 || block.document()->characterCount() != characters) {
         at = -1;
         return;
     }
