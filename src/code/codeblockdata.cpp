@@ -12,7 +12,8 @@ CodeBlockData::CodeBlockData(CodeBlockDataPrivate *data)
 
 CodeBlockData::~CodeBlockData()
 {
-    qDeleteAll(d->links);
+    if (d->extras)
+        qDeleteAll(d->extras->links);
     // A line removed from the text takes its node and its messages with it. While the
     // whole document goes, the tree has been taken down already.
     if (d->owner && !d->owner->destroying) {
@@ -25,7 +26,8 @@ CodeBlockData::~CodeBlockData()
     }
     // While the whole document goes, marks learn of it from their owners instead.
     if (!d->owner || !d->owner->destroying) {
-        for (CodeMark *mark : qAsConst(d->marks))
+        const QList<CodeMark *> marks = d->extras ? d->extras->marks : QList<CodeMark *>();
+        for (CodeMark *mark : marks)
             mark->blockRemoved();
     }
 }
@@ -60,14 +62,24 @@ QTextBlock CodeBlockData::block() const
     return d->block;
 }
 
+namespace {
+
+const CodeBlockExtras &noExtras()
+{
+    static const CodeBlockExtras none;
+    return none;
+}
+
+} // namespace
+
 const QList<CodeMark *> &CodeBlockData::marks() const
 {
-    return d->marks;
+    return (d->extras ? *d->extras : noExtras()).marks;
 }
 
 const QList<CodeLink *> &CodeBlockData::links() const
 {
-    return d->links;
+    return (d->extras ? *d->extras : noExtras()).links;
 }
 
 const QVector<CodeBlockData::SyntaxMessage> &CodeBlockData::syntaxMessages() const

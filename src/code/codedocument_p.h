@@ -16,6 +16,8 @@
 #include <QTextCharFormat>
 #include <QVector>
 
+#include <memory>
+
 namespace Ovra {
 
 // A run of columns of one format in a line's highlighting; `format` indexes the
@@ -39,31 +41,95 @@ inline uint qHash(const FormatRun &run, uint seed = 0)
 
 using FormatRuns = QVector<FormatRun>;
 
+inline bool operator==(const CodeBlockData::Parenthesis &a, const CodeBlockData::Parenthesis &b)
+{
+    return a.type == b.type && a.character == b.character && a.position == b.position;
+}
+
+inline uint qHash(const CodeBlockData::Parenthesis &parenthesis, uint seed = 0)
+{
+    return ::qHash(parenthesis.position, seed) ^ ::qHash(parenthesis.character.unicode(), seed + parenthesis.type);
+}
+
+// Lines that look alike share one vector: those in use are kept in a set, which drops the
+// ones no line holds any more whenever it has doubled.
+template <typename T>
+class SharedVectors
+{
+public:
+    QVector<T> share(const QVector<T> &vector)
+    {
+        if (vector.isEmpty())
+            return QVector<T>();
+        // Neighbouring lines often look alike: the last one handed out comes first.
+        if (vector == m_last)
+            return m_last;
+        const auto found = m_inUse.constFind(vector);
+        if (found != m_inUse.constEnd()) {
+            m_last = *found;
+            return m_last;
+        }
+        if (m_inUse.size() >= m_limit) {
+            for (auto it = m_inUse.begin(); it != m_inUse.end();) {
+                if (it->isDetached()) // only the set holds it
+                    it = m_inUse.erase(it);
+                else
+                    ++it;
+            }
+            m_limit = qMax(1024, m_inUse.size() * 2);
+        }
+        m_inUse.insert(vector);
+        m_last = vector;
+        return m_last;
+    }
+
+private:
+    QSet<QVector<T>> m_inUse;
+    QVector<T> m_last;
+    int m_limit = 1024;
+};
+
+// What few lines have: marks beside them and links found in them.
+struct CodeBlockExtras
+{
+    QList<CodeMark *> marks;
+    QList<CodeLink *> links;
+};
+
 struct CodeBlockDataPrivate
 {
+    // Kept small and in this order: a long file has one of these a line.
     CodeBlockData *nextWithMessages = nullptr;
     CodeDocumentPrivate *owner = nullptr;
     CodeNode *node = nullptr;
-    bool folded = false;
-    bool parsed = false;
     uint foldingIndent = 0;
     // The state of the line above when this line was parsed: a pass runs on into this
     // line when that no longer holds. The line's own state may have come from a block
     // that an edit split or joined, so it cannot tell.
     int stateBefore = -2;
+    bool folded = false;
+    bool parsed = false;
+    // The line's formats differ from what its layout holds.
+    bool formatsPending = false;
+    // The line has been laid out: a change of its formats must reach the view.
+    bool laidOut = false;
     QTextBlock block;
-    QList<CodeMark *> marks;
-    QList<CodeLink *> links;
+    std::unique_ptr<CodeBlockExtras> extras; // made on first need
     QVector<CodeBlockData::SyntaxMessage> syntaxMessages;
+    // Shared by lines that look alike, as the formats are.
     QVector<CodeBlockData::Parenthesis> parenthesis;
     // The line's highlighting, kept here rather than in a QTextLayout per line: its layout
     // gets it when the line is laid out (see CodeDocumentLayout). Lines that look alike
     // share one vector.
     FormatRuns formats;
-    // The runs differ from what the line's layout holds.
-    bool formatsPending = false;
-    // The line has been laid out: a change of its formats must reach the view.
-    bool laidOut = false;
+
+    CodeBlockExtras &madeExtras()
+    {
+        if (!extras)
+            extras = std::make_unique<CodeBlockExtras>();
+        return *extras;
+    }
+    bool hasMark(const CodeMark *mark) const { return extras && extras->marks.contains(const_cast<CodeMark *>(mark)); }
 };
 
 // A line's data and its private part in one allocation. The part is a base so that it
@@ -157,8 +223,6 @@ public:
     // Gives the line's layout its formats when they changed since it got them last.
     void handFormats(const QTextBlock &block);
     int formatIndex(const QTextCharFormat &format);
-    FormatRuns sharedRuns(const FormatRuns &runs);
-    FormatRuns sharedRunsOf(const FormatRuns &runs);
 
     QList<CodeNodeFile *> distinctNodeFiles() const;
 
@@ -192,14 +256,12 @@ public:
     QVector<quint16> lineFormats;
     QVector<QTextCharFormat> lineFormatTable;
     FormatRuns lineRuns;
+    QVector<CodeBlockData::Parenthesis> lineParentheses;
     QVector<int> lineTableIndex;
     // Every format the lines use, once; runs of lines name them by index.
     QVector<QTextCharFormat> formatTable;
-    // The runs that lines share. Runs no line holds any more go when the set has grown
-    // to `sharedRunsLimit`.
-    QSet<FormatRuns> runsInUse;
-    FormatRuns lastSharedRuns;
-    int sharedRunsLimit = 1024;
+    SharedVectors<FormatRun> sharedRuns;
+    SharedVectors<CodeBlockData::Parenthesis> sharedParentheses;
     QTextBlock currentBlock;
     // The text a pass over the whole document reads its lines from: a line's own text()
     // looks its position up in the document's tree, dear on every line of a long file.

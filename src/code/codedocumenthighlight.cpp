@@ -34,7 +34,7 @@ void CodeDocumentPrivate::paintColumns(int start, int end, const QTextCharFormat
 void CodeDocumentPrivate::parenthesis(bool opening, QChar character, int position)
 {
     if (currentData)
-        currentData->d->parenthesis.append(
+        lineParentheses.append(
             CodeBlockData::Parenthesis{opening ? CodeBlockData::Parenthesis::Opening
                                                : CodeBlockData::Parenthesis::Closing,
                                        character, position});
@@ -43,7 +43,7 @@ void CodeDocumentPrivate::parenthesis(bool opening, QChar character, int positio
 void CodeDocumentPrivate::link(CodeLink *link)
 {
     if (currentData)
-        currentData->d->links.append(link);
+        currentData->d->madeExtras().links.append(link);
     else
         delete link;
 }
@@ -125,7 +125,7 @@ void CodeDocumentPrivate::storeFormats(const QTextBlock &block, CodeBlockData *d
     CodeBlockDataPrivate *part = data->d;
     if (runs == part->formats)
         return;
-    part->formats = runs.isEmpty() ? FormatRuns() : sharedRuns(runs);
+    part->formats = sharedRuns.share(runs);
     part->formatsPending = true;
     // A line not laid out yet gets its formats when it is; one that is must be laid out
     // again. A pass over the whole text marks it all at once when it ends.
@@ -146,34 +146,6 @@ int CodeDocumentPrivate::formatIndex(const QTextCharFormat &format)
     }
     formatTable.append(format);
     return formatTable.size() - 1;
-}
-
-FormatRuns CodeDocumentPrivate::sharedRuns(const FormatRuns &runs)
-{
-    // Neighbouring lines often look alike: the last runs handed out come first.
-    if (runs == lastSharedRuns)
-        return lastSharedRuns;
-    lastSharedRuns = sharedRunsOf(runs);
-    return lastSharedRuns;
-}
-
-FormatRuns CodeDocumentPrivate::sharedRunsOf(const FormatRuns &runs)
-{
-    const auto found = runsInUse.constFind(runs);
-    if (found != runsInUse.constEnd())
-        return *found;
-    if (runsInUse.size() >= sharedRunsLimit) {
-        // Runs only the set still holds belong to no line.
-        for (auto it = runsInUse.begin(); it != runsInUse.end();) {
-            if (it->isDetached())
-                it = runsInUse.erase(it);
-            else
-                ++it;
-        }
-        sharedRunsLimit = qMax(1024, runsInUse.size() * 2);
-    }
-    runsInUse.insert(runs);
-    return runs;
 }
 
 QVector<QTextLayout::FormatRange> CodeDocumentPrivate::formatRanges(const QTextBlock &block,

@@ -231,7 +231,7 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
         return;
     currentData = blockData(block);
     const int row = removeLineMessages(currentData);
-    currentData->d->parenthesis.clear();
+    lineParentheses.clear();
     currentData->d->parsed = false;
     QTextBlock(block).setUserState(0);
 
@@ -259,6 +259,7 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
         }
         endInsertRows();
     }
+    currentData->d->parenthesis = sharedParentheses.share(lineParentheses);
     updateFoldingIndent(currentData);
     storeFormats(block, currentData);
     currentData = nullptr;
