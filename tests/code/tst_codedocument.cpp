@@ -11,6 +11,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QAbstractTextDocumentLayout>
+#include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QRandomGenerator>
@@ -125,6 +126,7 @@ private slots:
     void versionChangeRehighlightsOnce();
     void modelIconsAndGate();
     void parserEdges();
+    void viewPaintsTheFormats();
     void linesReachTheParserAsTheyStand_data();
     void linesReachTheParserAsTheyStand();
     void badInputSurvivesASave_data();
@@ -522,6 +524,36 @@ void CodeDocumentTest::parserEdges()
     document.setSyntaxHighlight(false);
     QCOMPARE(document.messages()->count(Message::Error), 0u);
     QVERIFY(shownFormats(document.findBlockByNumber(0)).isEmpty());
+}
+
+// Loading gives no line a layout with formats: a view still paints each line with its
+// formats, which the document's layout hands over as it lays the line out.
+void CodeDocumentTest::viewPaintsTheFormats()
+{
+    TestDocument document;
+    document.fromString(QStringLiteral("pair = (1, 2) ; note\n"));
+    QPlainTextEdit editor;
+    editor.setDocument(&document);
+    editor.resize(320, 120);
+    editor.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&editor));
+    // Pixels of the key, in the blue of its format.
+    const auto bluePixels = [&editor] {
+        const QImage shot = editor.viewport()->grab().toImage();
+        int count = 0;
+        for (int y = 0; y < shot.height(); ++y) {
+            for (int x = 0; x < shot.width(); ++x) {
+                const QColor colour = shot.pixelColor(x, y);
+                count += colour.blue() > 160 && colour.red() < 90 && colour.green() < 90;
+            }
+        }
+        return count;
+    };
+    QVERIFY(bluePixels() > 0);
+    document.setSyntaxHighlight(false);
+    QCOMPARE(bluePixels(), 0);
+    document.setSyntaxHighlight(true);
+    QVERIFY(bluePixels() > 0);
 }
 
 void CodeDocumentTest::linesReachTheParserAsTheyStand_data()
