@@ -215,7 +215,9 @@ public:
     bool parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
     int removeLineMessages(CodeBlockData *data);
     void updateFoldingIndent(CodeBlockData *data);
-    void paintColumns(int start, int end, const QTextCharFormat &format);
+    // Paints the columns of the line being parsed in a format of the document's table.
+    void paintColumns(int start, int end, int format);
+    int tokenFormatIndex(TokenType type);
     // Keeps the formats the parser painted into the line's data.
     void storeFormats(const QTextBlock &block, CodeBlockData *data);
     // The line's formats as its layout takes them.
@@ -251,15 +253,20 @@ public:
     uint otherCount = 0;
     QVector<CodeBlockData::SyntaxMessage> pendingMessages;
     CodeBlockData *firstMessageBlock = nullptr;
-    // The formats of the line being parsed: an index into lineFormatTable per column,
-    // 0 for the default format. Indexes keep the per-column work to a word.
+    // The formats of the line being parsed: an index into formatTable per column, 0 for
+    // the plain format. Indexes keep the per-column work to a word.
     QVector<quint16> lineFormats;
-    QVector<QTextCharFormat> lineFormatTable;
     FormatRuns lineRuns;
     QVector<CodeBlockData::Parenthesis> lineParentheses;
-    QVector<int> lineTableIndex;
-    // Every format the lines use, once; runs of lines name them by index.
+    // Every format the lines use, once, the plain one first; runs of lines name them by
+    // index. The formats of token types are looked up once while they stay the same.
     QVector<QTextCharFormat> formatTable;
+    struct TokenFormat
+    {
+        QTextCharFormat format;
+        int index = -1;
+    };
+    TokenFormat tokenFormats[TokenTypeCount];
     SharedVectors<FormatRun> sharedRuns;
     SharedVectors<CodeBlockData::Parenthesis> sharedParentheses;
     QTextBlock currentBlock;

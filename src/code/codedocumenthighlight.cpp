@@ -14,21 +14,30 @@ void CodeDocumentPrivate::token(TokenType type, int start, int end)
 {
     if (type != Comment && currentData)
         currentData->d->parsed = true;
-    paintColumns(start, end, CodeParserSyntax::format(type));
+    paintColumns(start, end, tokenFormatIndex(type));
 }
 
-void CodeDocumentPrivate::paintColumns(int start, int end, const QTextCharFormat &format)
+int CodeDocumentPrivate::tokenFormatIndex(TokenType type)
+{
+    const QTextCharFormat format = CodeParserSyntax::format(type);
+    if (type < 0 || type >= TokenTypeCount)
+        return formatIndex(format);
+    // A token type's format may change at any time: the cached one is compared, which
+    // costs little while it is the same (they share their data).
+    TokenFormat &cached = tokenFormats[type];
+    if (cached.index < 0 || !(cached.format == format))
+        cached = TokenFormat{format, formatIndex(format)};
+    return cached.index;
+}
+
+void CodeDocumentPrivate::paintColumns(int start, int end, int format)
 {
     start = qMax(start, 0);
     end = qMin(end, lineFormats.size());
-    if (start >= end)
+    // A document with that many formats paints no new ones.
+    if (start >= end || format < 0)
         return;
-    if (lineFormatTable.size() == 1 || !(lineFormatTable.last() == format)) {
-        if (lineFormatTable.size() == 0xFFFF)
-            return; // a line with that many formats keeps the ones it has
-        lineFormatTable.append(format);
-    }
-    std::fill(lineFormats.begin() + start, lineFormats.begin() + end, quint16(lineFormatTable.size() - 1));
+    std::fill(lineFormats.begin() + start, lineFormats.begin() + end, quint16(format));
 }
 
 void CodeDocumentPrivate::parenthesis(bool opening, QChar character, int position)
@@ -92,34 +101,18 @@ void CodeDocumentPrivate::updateFoldingIndent(CodeBlockData *data)
 
 void CodeDocumentPrivate::storeFormats(const QTextBlock &block, CodeBlockData *data)
 {
-    // Both buffers live on from line to line: most lines allocate nothing here.
+    // The buffer lives on from line to line: most lines allocate nothing here.
     FormatRuns &runs = lineRuns;
     runs.clear();
-    const QTextCharFormat plain;
     const int columns = lineFormats.size();
-    // The line's formats by their index in the document's table, looked up once a line.
-    QVector<int> &tableIndex = lineTableIndex;
-    tableIndex.fill(-1, lineFormatTable.size());
+    // Runs of one format; equal formats have one index, and the plain one is 0.
     for (int column = 0; column < columns;) {
-        const QTextCharFormat &format = lineFormatTable.at(lineFormats.at(column));
-        // Runs of one index, joined where two indexes hold equal formats.
-        quint16 index = lineFormats.at(column);
-        const quint16 first = index;
+        const quint16 format = lineFormats.at(column);
         int end = column + 1;
-        for (; end < columns; ++end) {
-            const quint16 next = lineFormats.at(end);
-            if (next != index) {
-                if (!(lineFormatTable.at(next) == format))
-                    break;
-                index = next;
-            }
-        }
-        if (format != plain) {
-            int &shared = tableIndex[first];
-            if (shared < 0)
-                shared = formatIndex(format);
-            runs.append(FormatRun{column, end - column, shared});
-        }
+        while (end < columns && lineFormats.at(end) == format)
+            ++end;
+        if (format != 0)
+            runs.append(FormatRun{column, end - column, format});
         column = end;
     }
     CodeBlockDataPrivate *part = data->d;
@@ -140,10 +133,15 @@ void CodeDocumentPrivate::storeFormats(const QTextBlock &block, CodeBlockData *d
 
 int CodeDocumentPrivate::formatIndex(const QTextCharFormat &format)
 {
+    if (formatTable.isEmpty())
+        formatTable.append(QTextCharFormat()); // the plain format is 0
     for (int i = formatTable.size() - 1; i >= 0; --i) {
         if (formatTable.at(i) == format)
             return i;
     }
+    // Columns hold the index in 16 bits.
+    if (formatTable.size() == 0xFFFF)
+        return -1;
     formatTable.append(format);
     return formatTable.size() - 1;
 }

@@ -226,7 +226,6 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
 {
     currentBlock = block;
     lineFormats.fill(0, qMax(block.length() - 1, 0));
-    lineFormatTable.resize(1);
     if (!parser)
         return;
     currentData = blockData(block);
