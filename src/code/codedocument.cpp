@@ -20,7 +20,10 @@ CodeDocumentPrivate::CodeDocumentPrivate(CodeDocument *document)
 {
 }
 
-CodeDocumentPrivate::~CodeDocumentPrivate() = default;
+CodeDocumentPrivate::~CodeDocumentPrivate()
+{
+    forgetCodeDocumentLayoutOwner(document->documentLayout());
+}
 
 CodeBlockData *CodeDocumentPrivate::testBlockData(const QTextBlock &block)
 {
@@ -47,7 +50,7 @@ QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED
     setUserData(CodeDocumentUserData::UserDataId, data);
 QT_WARNING_POP
-    setDocumentLayout(new CodeDocumentLayout(this, d));
+    setDocumentLayout(makeCodeDocumentLayout(this, d));
     QFont font(QStringLiteral("Courier"), 10);
     font.setFixedPitch(true);
     font.setStyleHint(QFont::TypeWriter, QFont::PreferDefault);

@@ -11,12 +11,13 @@
 #include <QHash>
 #include <QMap>
 #include <QObjectUserData>
-#include <QPlainTextDocumentLayout>
 #include <QSet>
 #include <QTextCharFormat>
 #include <QVector>
 
 #include <memory>
+
+class QAbstractTextDocumentLayout;
 
 namespace Ovra {
 
@@ -119,7 +120,7 @@ struct CodeBlockDataPrivate
     // Shared by lines that look alike, as the formats are.
     QVector<CodeBlockData::Parenthesis> parenthesis;
     // The line's highlighting, kept here rather than in a QTextLayout per line: its layout
-    // gets it when the line is laid out (see CodeDocumentLayout). Lines that look alike
+    // gets it when the line is laid out (see makeCodeDocumentLayout). Lines that look alike
     // share one vector.
     FormatRuns formats;
 
@@ -152,16 +153,9 @@ public:
 
 // The document's layout: a plain text layout that hands each line its formats just
 // before it lays the line out, which every view does before painting it.
-class CodeDocumentLayout : public QPlainTextDocumentLayout
-{
-public:
-    CodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner);
-
-    QRectF blockBoundingRect(const QTextBlock &block) const override;
-
-private:
-    CodeDocumentPrivate *m_owner;
-};
+QAbstractTextDocumentLayout *makeCodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner);
+// The document's private part goes before its layout does: the layout lets go of it.
+void forgetCodeDocumentLayoutOwner(QAbstractTextDocumentLayout *layout);
 
 // Stored on the document's QObject under UserDataId rather than in the private part, so
 // that a background save reads the codec without touching anything else.

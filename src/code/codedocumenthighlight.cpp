@@ -6,6 +6,7 @@
 #include "code/codedocument_p.h"
 #include "code/codedocumenthelpers_p.h"
 
+#include <QPlainTextDocumentLayout>
 #include <QTextLayout>
 
 namespace Ovra {
@@ -185,17 +186,41 @@ void CodeDocumentPrivate::handFormats(const QTextBlock &block)
     layout->setFormats(formatRanges(block, part->formats));
 }
 
-CodeDocumentLayout::CodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner)
-    : QPlainTextDocumentLayout(document)
-    , m_owner(owner)
+namespace {
+
+class CodeDocumentLayout : public QPlainTextDocumentLayout
 {
+public:
+    CodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner)
+        : QPlainTextDocumentLayout(document)
+        , m_owner(owner)
+    {
+    }
+
+    QRectF blockBoundingRect(const QTextBlock &block) const override
+    {
+        if (m_owner && block.isValid())
+            m_owner->handFormats(block);
+        return QPlainTextDocumentLayout::blockBoundingRect(block);
+    }
+
+    void forgetOwner() { m_owner = nullptr; }
+
+private:
+    CodeDocumentPrivate *m_owner;
+};
+
+} // namespace
+
+QAbstractTextDocumentLayout *makeCodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner)
+{
+    return new CodeDocumentLayout(document, owner);
 }
 
-QRectF CodeDocumentLayout::blockBoundingRect(const QTextBlock &block) const
+void forgetCodeDocumentLayoutOwner(QAbstractTextDocumentLayout *layout)
 {
-    if (block.isValid())
-        m_owner->handFormats(block);
-    return QPlainTextDocumentLayout::blockBoundingRect(block);
+    if (auto *own = dynamic_cast<CodeDocumentLayout *>(layout))
+        own->forgetOwner();
 }
 
 bool CodeDocument::hasSyntaxHighlight() const
