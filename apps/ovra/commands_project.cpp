@@ -322,6 +322,16 @@ struct CheckRun
     bool inputFailed = false;
 };
 
+// A sprite container may leave the check of a sprite's pixels to the first time they are
+// shown: each is shown once, so that a damaged one is among the file's messages.
+void showEverySprite(ProjectFile *file)
+{
+    if (auto *sprites = dynamic_cast<Sprites *>(file)) {
+        for (uint i = 0; i < sprites->count(); ++i)
+            sprites->at(i)->image();
+    }
+}
+
 // A single file read on its own, by the engine whose filters name its suffix.
 void checkSingleFile(Cli::Context &context, const QString &argument, CheckRun &run)
 {
@@ -336,6 +346,8 @@ void checkSingleFile(Cli::Context &context, const QString &argument, CheckRun &r
                 continue;
             const QString path = QFileInfo(argument).absoluteFilePath();
             const bool read = file->fromFile(FileSystemArchive::instance(), path, 0, nullptr);
+            if (read)
+                showEverySprite(file);
             const Messages *messages = file->fileMessages();
             const uint count = messages ? messages->count(Message::All) : 0;
             for (uint i = 0; i < count; ++i)
@@ -383,6 +395,8 @@ int check(Cli::Context &context, const QStringList &arguments)
                 run.inputFailed = true;
                 continue;
             }
+            for (ProjectFile *file : project->files())
+                showEverySprite(file);
             run.findings << projectFindings(*project, argument);
             run.files += codeDocuments(*project).size();
             continue;

@@ -125,7 +125,7 @@ void ContainerSprite::setAxis(const QPoint &axis)
 
 QImage ContainerSprite::image() const
 {
-    if (isEmpty())
+    if (isEmpty() || !m_container->streamIsSound(this))
         return QImage();
     return decodeSpritePixels(*m_pixels, m_palette ? m_palette->qtColorTable() : QVector<QRgb>());
 }
@@ -240,7 +240,8 @@ bool SpriteContainer::fromBytes(const QByteArray &bytes)
     m_messages->clear();
     SpriteContainerData data;
     QString reason;
-    if (!readSpriteContainer(bytes, data, reason)) {
+    // Streams are checked as their sprites are first shown: opening shows none.
+    if (!readSpriteContainer(bytes, data, reason, StreamCheck::OnFirstUse)) {
         m_messages->add(Message::Error, reason, 0, 0);
         return false;
     }
@@ -584,7 +585,26 @@ void SpriteContainer::releasePalette(ContainerPalette *palette)
     for (ContainerSprite *sprite : qAsConst(m_sprites)) {
         if (sprite->m_palette != palette)
             continue;
-        const QImage picture = sprite->image().convertToFormat(QImage::Format_ARGB32);
+        QImage picture = sprite->image().convertToFormat(QImage::Format_ARGB32);
+        // A damaged stream has no looks to keep, and no palette to keep them with: it turns
+        // transparent at its size (its message is out, and undo brings the stream back).
+        if (picture.isNull()) {
+            picture = QImage(sprite->m_pixels->width, sprite->m_pixels->height, QImage::Format_ARGB32);
+            picture.fill(Qt::transparent);
+        }
         setPixels(sprite, encodeSpritePixels(picture), nullptr, Archive::NoShare);
     }
+}
+
+bool SpriteContainer::streamIsSound(const ContainerSprite *sprite) const
+{
+    const SpritePixels &pixels = *sprite->m_pixels;
+    // Told once for the stream, however often its sprites are asked for their picture.
+    if (pixels.check != SpritePixels::Unchecked)
+        return pixels.check == SpritePixels::Sound;
+    QString reason;
+    if (spriteStreamIsSound(pixels, reason))
+        return true;
+    m_messages->add(Message::Error, QStringLiteral("Sprite %1 doesn't decode: %2.").arg(sprite->index()).arg(reason), 0, 0);
+    return false;
 }

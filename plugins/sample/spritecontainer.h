@@ -67,6 +67,7 @@ public:
     bool isEmpty() const override { return !m_pixels || m_pixels->isNull(); }
     QPoint axis() const override { return m_axis; }
     void setAxis(const QPoint &axis) override;
+    // Null, with a message of the container, for a stream that doesn't unpack to its picture.
     QImage image() const override;
     Ovra::ImageInfo imageProperties() const override;
     bool imageIsShared() const override;
@@ -240,6 +241,9 @@ private:
     ContainerPalette *ownPalette(Ovra::Palette *palette, QPoint identifier);
     // The sprites of the palette become true colour, looking as before.
     void releasePalette(ContainerPalette *palette);
+    // Whether the sprite's stream unpacks to its picture, checked on first use; a damaged
+    // one puts "Sprite N doesn't decode: ..." among the file's messages, once.
+    bool streamIsSound(const ContainerSprite *sprite) const;
 
     QList<ContainerSprite *> m_sprites;
     std::unique_ptr<ContainerPalettes> m_palettes;

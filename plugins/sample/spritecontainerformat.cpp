@@ -209,10 +209,11 @@ QString reservedSetText()
 class ContainerReader
 {
 public:
-    ContainerReader(const QByteArray &bytes, QString &reason)
+    ContainerReader(const QByteArray &bytes, QString &reason, StreamCheck streams)
         : m_bytes(bytes)
         , m_in(bytes)
         , m_reason(reason)
+        , m_streams(streams)
     {
         m_in.setByteOrder(QDataStream::LittleEndian);
     }
@@ -357,8 +358,10 @@ private:
         pixels.stream = m_bytes.mid(int(m_at), int(length));
         m_in.skipRawData(int(length));
         m_at += length;
+        if (m_streams == StreamCheck::OnFirstUse)
+            return true;
         QString why;
-        if (!checkSpriteStream(pixels, why))
+        if (!spriteStreamIsSound(pixels, why))
             return refuse(QStringLiteral("Sprite %1 doesn't decode: %2.").arg(i).arg(why));
         return true;
     }
@@ -378,6 +381,7 @@ private:
     const QByteArray &m_bytes;
     QDataStream m_in;
     QString &m_reason;
+    const StreamCheck m_streams;
     qint64 m_at = HeaderSize;
     SpriteContainerData m_read;
 };
@@ -414,10 +418,19 @@ QByteArray writeSpriteContainer(const SpriteContainerData &data)
     return bytes;
 }
 
-bool readSpriteContainer(const QByteArray &bytes, SpriteContainerData &data, QString &reason)
+bool readSpriteContainer(const QByteArray &bytes, SpriteContainerData &data, QString &reason, StreamCheck streams)
 {
-    ContainerReader reader(bytes, reason);
+    ContainerReader reader(bytes, reason, streams);
     return reader.read(data);
+}
+
+bool spriteStreamIsSound(const SpritePixels &pixels, QString &reason)
+{
+    if (pixels.check == SpritePixels::Unchecked)
+        pixels.check = checkSpriteStream(pixels, reason) ? SpritePixels::Sound : SpritePixels::Damaged;
+    else if (pixels.check == SpritePixels::Damaged)
+        checkSpriteStream(pixels, reason); // the reason again: a damaged stream is rare
+    return pixels.check == SpritePixels::Sound;
 }
 
 bool checkSpriteStream(const SpritePixels &pixels, QString &reason)
@@ -501,6 +514,7 @@ SpritePixels encodeSpritePixels(const QImage &image)
     pixels.width = quint16(image.width());
     pixels.height = quint16(image.height());
     pixels.codec = SpritePixels::Raw;
+    pixels.check = SpritePixels::Sound; // our own encoders fill the picture exactly
     if (image.format() != QImage::Format_Indexed8) {
         const QImage picture = image.convertToFormat(QImage::Format_ARGB32);
         pixels.format = SpritePixels::TrueColor;

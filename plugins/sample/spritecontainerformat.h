@@ -18,11 +18,16 @@ struct SpritePixels
     enum Format : quint8 { NoFormat = 0, Indexed = 1, TrueColor = 2 };
     enum Codec : quint8 { NoCodec = 0, Raw = 1, Rle8 = 2, Lz5 = 3 };
 
+    // What is known of the stream: one read without its check is checked on first use.
+    // It says nothing of what the pixels are, so equality leaves it out.
+    enum Check : quint8 { Unchecked = 0, Sound = 1, Damaged = 2 };
+
     quint16 width = 0;
     quint16 height = 0;
     quint8 format = NoFormat;
     quint8 codec = NoCodec;
     QByteArray stream;
+    mutable quint8 check = Unchecked;
 
     bool isNull() const { return format == NoFormat; }
     // The bytes the stream unpacks to.
@@ -62,14 +67,23 @@ struct SpriteContainerData
     QVector<SpriteContainerSprite> sprites;
 };
 
+// When the reader checks that every stream unpacks to exactly its picture: at once, or
+// left to the first use of each (the streams stay Unchecked), so that opening a large
+// file costs no more than its structure.
+enum class StreamCheck { AtRead, OnFirstUse };
+
 // The file of the data. Palettes are written without their trailing unused entries.
 QByteArray writeSpriteContainer(const SpriteContainerData &data);
 // The data of a file; false, with the reason, for bytes that aren't one or that wouldn't
-// be written back the same. Every stream is checked to unpack to exactly its picture.
-bool readSpriteContainer(const QByteArray &bytes, SpriteContainerData &data, QString &reason);
+// be written back the same. The structure (header, sizes, codecs, lengths, palettes and
+// links) is always checked; the streams as `streams` says.
+bool readSpriteContainer(const QByteArray &bytes, SpriteContainerData &data, QString &reason,
+                         StreamCheck streams = StreamCheck::AtRead);
 
 // Whether the stream unpacks to exactly the bytes of its picture, without unpacking it.
 bool checkSpriteStream(const SpritePixels &pixels, QString &reason);
+// The same, once for the pixels: the answer is kept in their `check`.
+bool spriteStreamIsSound(const SpritePixels &pixels, QString &reason);
 
 // The picture of the pixels, indexed ones with the colour table given; null when the
 // stream doesn't decode.

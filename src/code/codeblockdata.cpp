@@ -5,17 +5,15 @@
 
 namespace Ovra {
 
-
-CodeBlockData::CodeBlockData(CodeDocumentPrivate *owner, const QTextBlock &block)
-    : d(new CodeBlockDataPrivate)
+CodeBlockData::CodeBlockData(CodeBlockDataPrivate *data)
+    : d(data)
 {
-    d->owner = owner;
-    d->block = block;
 }
 
 CodeBlockData::~CodeBlockData()
 {
-    qDeleteAll(d->links);
+    if (d->extras)
+        qDeleteAll(d->extras->links);
     // A line removed from the text takes its node and its messages with it. While the
     // whole document goes, the tree has been taken down already.
     if (d->owner && !d->owner->destroying) {
@@ -28,7 +26,8 @@ CodeBlockData::~CodeBlockData()
     }
     // While the whole document goes, marks learn of it from their owners instead.
     if (!d->owner || !d->owner->destroying) {
-        for (CodeMark *mark : qAsConst(d->marks))
+        const QList<CodeMark *> marks = d->extras ? d->extras->marks : QList<CodeMark *>();
+        for (CodeMark *mark : marks)
             mark->blockRemoved();
     }
 }
@@ -63,14 +62,24 @@ QTextBlock CodeBlockData::block() const
     return d->block;
 }
 
+namespace {
+
+const CodeBlockExtras &noExtras()
+{
+    static const CodeBlockExtras none;
+    return none;
+}
+
+} // namespace
+
 const QList<CodeMark *> &CodeBlockData::marks() const
 {
-    return d->marks;
+    return (d->extras ? *d->extras : noExtras()).marks;
 }
 
 const QList<CodeLink *> &CodeBlockData::links() const
 {
-    return d->links;
+    return (d->extras ? *d->extras : noExtras()).links;
 }
 
 const QVector<CodeBlockData::SyntaxMessage> &CodeBlockData::syntaxMessages() const

@@ -8,8 +8,6 @@
 #include <QTextBlockUserData>
 #include <QVector>
 
-#include <memory>
-
 namespace Ovra {
 
 class CodeDocumentPrivate;
@@ -57,7 +55,6 @@ public:
         int position = -1;
     };
 
-    CodeBlockData(CodeDocumentPrivate *owner, const QTextBlock &block);
     ~CodeBlockData() override;
 
     CodeNode *node() const;
@@ -75,7 +72,10 @@ public:
 private:
     friend class CodeDocument;
     friend class CodeDocumentPrivate;
-    std::unique_ptr<CodeBlockDataPrivate> d;
+    friend class CodeBlockDataInOne;
+    // Made by the document only, with the private part in the same allocation.
+    explicit CodeBlockData(CodeBlockDataPrivate *data);
+    CodeBlockDataPrivate *const d;
 };
 
 } // namespace Ovra

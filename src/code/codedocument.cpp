@@ -11,7 +11,6 @@
 #include "foundation/textcodecs.h"
 
 #include <QFont>
-#include <QPlainTextDocumentLayout>
 
 namespace Ovra {
 
@@ -21,7 +20,10 @@ CodeDocumentPrivate::CodeDocumentPrivate(CodeDocument *document)
 {
 }
 
-CodeDocumentPrivate::~CodeDocumentPrivate() = default;
+CodeDocumentPrivate::~CodeDocumentPrivate()
+{
+    forgetCodeDocumentLayoutOwner(document->documentLayout());
+}
 
 CodeBlockData *CodeDocumentPrivate::testBlockData(const QTextBlock &block)
 {
@@ -32,7 +34,7 @@ CodeBlockData *CodeDocumentPrivate::blockData(const QTextBlock &block)
 {
     CodeBlockData *data = testBlockData(block);
     if (!data && block.isValid()) {
-        data = new CodeBlockData(this, block);
+        data = new CodeBlockDataInOne(this, block);
         QTextBlock(block).setUserData(data);
     }
     return data;
@@ -48,7 +50,7 @@ QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED
     setUserData(CodeDocumentUserData::UserDataId, data);
 QT_WARNING_POP
-    setDocumentLayout(new QPlainTextDocumentLayout(this));
+    setDocumentLayout(makeCodeDocumentLayout(this, d));
     QFont font(QStringLiteral("Courier"), 10);
     font.setFixedPitch(true);
     font.setStyleHint(QFont::TypeWriter, QFont::PreferDefault);

@@ -11,29 +11,151 @@
 #include <QHash>
 #include <QMap>
 #include <QObjectUserData>
+#include <QSet>
 #include <QTextCharFormat>
 #include <QVector>
 
+#include <memory>
+
+class QAbstractTextDocumentLayout;
+
 namespace Ovra {
+
+// A run of columns of one format in a line's highlighting; `format` indexes the
+// document's table of formats.
+struct FormatRun
+{
+    int start = 0;
+    int length = 0;
+    int format = 0;
+
+    bool operator==(const FormatRun &other) const
+    {
+        return start == other.start && length == other.length && format == other.format;
+    }
+};
+
+inline uint qHash(const FormatRun &run, uint seed = 0)
+{
+    return ::qHash(run.start, seed) ^ ::qHash(run.length, seed + 1) ^ ::qHash(run.format, seed + 2);
+}
+
+using FormatRuns = QVector<FormatRun>;
+
+inline bool operator==(const CodeBlockData::Parenthesis &a, const CodeBlockData::Parenthesis &b)
+{
+    return a.type == b.type && a.character == b.character && a.position == b.position;
+}
+
+inline uint qHash(const CodeBlockData::Parenthesis &parenthesis, uint seed = 0)
+{
+    return ::qHash(parenthesis.position, seed) ^ ::qHash(parenthesis.character.unicode(), seed + parenthesis.type);
+}
+
+// Lines that look alike share one vector: those in use are kept in a set, which drops the
+// ones no line holds any more whenever it has doubled.
+template <typename T>
+class SharedVectors
+{
+public:
+    QVector<T> share(const QVector<T> &vector)
+    {
+        if (vector.isEmpty())
+            return QVector<T>();
+        // Neighbouring lines often look alike: the last one handed out comes first.
+        if (vector == m_last)
+            return m_last;
+        const auto found = m_inUse.constFind(vector);
+        if (found != m_inUse.constEnd()) {
+            m_last = *found;
+            return m_last;
+        }
+        if (m_inUse.size() >= m_limit) {
+            for (auto it = m_inUse.begin(); it != m_inUse.end();) {
+                if (it->isDetached()) // only the set holds it
+                    it = m_inUse.erase(it);
+                else
+                    ++it;
+            }
+            m_limit = qMax(1024, m_inUse.size() * 2);
+        }
+        m_inUse.insert(vector);
+        m_last = vector;
+        return m_last;
+    }
+
+private:
+    QSet<QVector<T>> m_inUse;
+    QVector<T> m_last;
+    int m_limit = 1024;
+};
+
+// What few lines have: marks beside them and links found in them.
+struct CodeBlockExtras
+{
+    QList<CodeMark *> marks;
+    QList<CodeLink *> links;
+};
 
 struct CodeBlockDataPrivate
 {
+    // Kept small and in this order: a long file has one of these a line.
     CodeBlockData *nextWithMessages = nullptr;
     CodeDocumentPrivate *owner = nullptr;
     CodeNode *node = nullptr;
-    bool folded = false;
-    bool parsed = false;
     uint foldingIndent = 0;
     // The state of the line above when this line was parsed: a pass runs on into this
     // line when that no longer holds. The line's own state may have come from a block
     // that an edit split or joined, so it cannot tell.
     int stateBefore = -2;
+    bool folded = false;
+    bool parsed = false;
+    // The line's formats differ from what its layout holds.
+    bool formatsPending = false;
+    // The line has been laid out: a change of its formats must reach the view.
+    bool laidOut = false;
     QTextBlock block;
-    QList<CodeMark *> marks;
-    QList<CodeLink *> links;
+    std::unique_ptr<CodeBlockExtras> extras; // made on first need
     QVector<CodeBlockData::SyntaxMessage> syntaxMessages;
+    // Shared by lines that look alike, as the formats are.
     QVector<CodeBlockData::Parenthesis> parenthesis;
+    // The line's highlighting, kept here rather than in a QTextLayout per line: its layout
+    // gets it when the line is laid out (see makeCodeDocumentLayout). Lines that look alike
+    // share one vector.
+    FormatRuns formats;
+
+    CodeBlockExtras &madeExtras()
+    {
+        if (!extras)
+            extras = std::make_unique<CodeBlockExtras>();
+        return *extras;
+    }
+    bool hasMark(const CodeMark *mark) const { return extras && extras->marks.contains(const_cast<CodeMark *>(mark)); }
 };
+
+// A line's data and its private part in one allocation. The part is a base so that it
+// outlives the destructor of CodeBlockData, which still reads it.
+struct CodeBlockDataStorage
+{
+    CodeBlockDataPrivate part;
+};
+
+class CodeBlockDataInOne final : private CodeBlockDataStorage, public CodeBlockData
+{
+public:
+    CodeBlockDataInOne(CodeDocumentPrivate *owner, const QTextBlock &block)
+        : CodeBlockData(&part)
+    {
+        part.owner = owner;
+        part.block = block;
+    }
+};
+
+// The document's layout: a plain text layout that hands each line its formats just
+// before it lays the line out, which every view does before painting it.
+QAbstractTextDocumentLayout *makeCodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner);
+// The document's private part goes before its layout does: the layout lets go of it.
+void forgetCodeDocumentLayoutOwner(QAbstractTextDocumentLayout *layout);
 
 // Stored on the document's QObject under UserDataId rather than in the private part, so
 // that a background save reads the codec without touching anything else.
@@ -87,8 +209,16 @@ public:
     bool parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
     int removeLineMessages(CodeBlockData *data);
     void updateFoldingIndent(CodeBlockData *data);
-    void paintColumns(int start, int end, const QTextCharFormat &format);
-    void applyFormats(const QTextBlock &block);
+    // Paints the columns of the line being parsed in a format of the document's table.
+    void paintColumns(int start, int end, int format);
+    int tokenFormatIndex(TokenType type);
+    // Keeps the formats the parser painted into the line's data.
+    void storeFormats(const QTextBlock &block, CodeBlockData *data);
+    // The line's formats as its layout takes them.
+    QVector<QTextLayout::FormatRange> formatRanges(const QTextBlock &block, const FormatRuns &runs) const;
+    // Gives the line's layout its formats when they changed since it got them last.
+    void handFormats(const QTextBlock &block);
+    int formatIndex(const QTextCharFormat &format);
 
     QList<CodeNodeFile *> distinctNodeFiles() const;
 
@@ -117,11 +247,40 @@ public:
     uint otherCount = 0;
     QVector<CodeBlockData::SyntaxMessage> pendingMessages;
     CodeBlockData *firstMessageBlock = nullptr;
-    // The formats of the line being parsed: an index into lineFormatTable per column,
-    // 0 for the default format. Indexes keep the per-column work to a word.
+    // The formats of the line being parsed: an index into formatTable per column, 0 for
+    // the plain format. Indexes keep the per-column work to a word.
     QVector<quint16> lineFormats;
-    QVector<QTextCharFormat> lineFormatTable;
+    FormatRuns lineRuns;
+    QVector<CodeBlockData::Parenthesis> lineParentheses;
+    // Every format the lines use, once, the plain one first; runs of lines name them by
+    // index. The formats of token types are looked up once while they stay the same.
+    QVector<QTextCharFormat> formatTable;
+    struct TokenFormat
+    {
+        QTextCharFormat format;
+        int index = -1;
+    };
+    TokenFormat tokenFormats[TokenTypeCount];
+    SharedVectors<FormatRun> sharedRuns;
+    SharedVectors<CodeBlockData::Parenthesis> sharedParentheses;
     QTextBlock currentBlock;
+    // The text a pass over the whole document reads its lines from: a line's own text()
+    // looks its position up in the document's tree, dear on every line of a long file.
+    struct PassText
+    {
+        QString text;
+        int at = -1; // where `next` starts, or -1: lines are read from the document
+        int characters = 0;
+        QTextBlock next;
+
+        // Where the line ends in `text`; -1 when it can't be read from there.
+        int lineEnd(const QTextBlock &block) const;
+        QString line(const QTextBlock &block) const;
+        void advance(const QTextBlock &block);
+    };
+    PassText passText;
+    // The text being put into the document by a load, while it is.
+    QString loadingText;
     bool ignoreContentsChange = false;
     bool parsing = false;
     bool wholePass = false;

@@ -6,6 +6,7 @@
 #include "code/codedocument_p.h"
 #include "code/codedocumenthelpers_p.h"
 
+#include <QPlainTextDocumentLayout>
 #include <QTextLayout>
 
 namespace Ovra {
@@ -14,27 +15,36 @@ void CodeDocumentPrivate::token(TokenType type, int start, int end)
 {
     if (type != Comment && currentData)
         currentData->d->parsed = true;
-    paintColumns(start, end, CodeParserSyntax::format(type));
+    paintColumns(start, end, tokenFormatIndex(type));
 }
 
-void CodeDocumentPrivate::paintColumns(int start, int end, const QTextCharFormat &format)
+int CodeDocumentPrivate::tokenFormatIndex(TokenType type)
+{
+    const QTextCharFormat format = CodeParserSyntax::format(type);
+    if (type < 0 || type >= TokenTypeCount)
+        return formatIndex(format);
+    // A token type's format may change at any time: the cached one is compared, which
+    // costs little while it is the same (they share their data).
+    TokenFormat &cached = tokenFormats[type];
+    if (cached.index < 0 || !(cached.format == format))
+        cached = TokenFormat{format, formatIndex(format)};
+    return cached.index;
+}
+
+void CodeDocumentPrivate::paintColumns(int start, int end, int format)
 {
     start = qMax(start, 0);
     end = qMin(end, lineFormats.size());
-    if (start >= end)
+    // A document with that many formats paints no new ones.
+    if (start >= end || format < 0)
         return;
-    if (lineFormatTable.size() == 1 || !(lineFormatTable.last() == format)) {
-        if (lineFormatTable.size() == 0xFFFF)
-            return; // a line with that many formats keeps the ones it has
-        lineFormatTable.append(format);
-    }
-    std::fill(lineFormats.begin() + start, lineFormats.begin() + end, quint16(lineFormatTable.size() - 1));
+    std::fill(lineFormats.begin() + start, lineFormats.begin() + end, quint16(format));
 }
 
 void CodeDocumentPrivate::parenthesis(bool opening, QChar character, int position)
 {
     if (currentData)
-        currentData->d->parenthesis.append(
+        lineParentheses.append(
             CodeBlockData::Parenthesis{opening ? CodeBlockData::Parenthesis::Opening
                                                : CodeBlockData::Parenthesis::Closing,
                                        character, position});
@@ -43,7 +53,7 @@ void CodeDocumentPrivate::parenthesis(bool opening, QChar character, int positio
 void CodeDocumentPrivate::link(CodeLink *link)
 {
     if (currentData)
-        currentData->d->links.append(link);
+        currentData->d->madeExtras().links.append(link);
     else
         delete link;
 }
@@ -90,35 +100,65 @@ void CodeDocumentPrivate::updateFoldingIndent(CodeBlockData *data)
     }
 }
 
-void CodeDocumentPrivate::applyFormats(const QTextBlock &block)
+void CodeDocumentPrivate::storeFormats(const QTextBlock &block, CodeBlockData *data)
 {
-    QVector<QTextLayout::FormatRange> ranges;
-    const QTextCharFormat plain;
+    // The buffer lives on from line to line: most lines allocate nothing here.
+    FormatRuns &runs = lineRuns;
+    runs.clear();
     const int columns = lineFormats.size();
+    // Runs of one format; equal formats have one index, and the plain one is 0.
     for (int column = 0; column < columns;) {
-        const QTextCharFormat &format = lineFormatTable.at(lineFormats.at(column));
-        // Runs of one index, joined where two indexes hold equal formats.
-        quint16 index = lineFormats.at(column);
+        const quint16 format = lineFormats.at(column);
         int end = column + 1;
-        for (; end < columns; ++end) {
-            const quint16 next = lineFormats.at(end);
-            if (next != index) {
-                if (!(lineFormatTable.at(next) == format))
-                    break;
-                index = next;
-            }
-        }
-        if (format != plain)
-            ranges.append(QTextLayout::FormatRange{column, end - column, format});
+        while (end < columns && lineFormats.at(end) == format)
+            ++end;
+        if (format != 0)
+            runs.append(FormatRun{column, end - column, format});
         column = end;
     }
-    QTextLayout *layout = block.layout();
-    if (!layout)
+    CodeBlockDataPrivate *part = data->d;
+    if (runs == part->formats)
         return;
+    part->formats = sharedRuns.share(runs);
+    part->formatsPending = true;
+    // A line not laid out yet gets its formats when it is; one that is must be laid out
+    // again. A pass over the whole text marks it all at once when it ends.
+    if (!part->laidOut || wholePass)
+        return;
+    // Repainting is no change of the text: the pass must not hear of it.
+    const bool ignoring = ignoreContentsChange;
+    ignoreContentsChange = true;
+    document->markContentsDirty(block.position(), block.length());
+    ignoreContentsChange = ignoring;
+}
+
+int CodeDocumentPrivate::formatIndex(const QTextCharFormat &format)
+{
+    if (formatTable.isEmpty())
+        formatTable.append(QTextCharFormat()); // the plain format is 0
+    for (int i = formatTable.size() - 1; i >= 0; --i) {
+        if (formatTable.at(i) == format)
+            return i;
+    }
+    // Columns hold the index in 16 bits.
+    if (formatTable.size() == 0xFFFF)
+        return -1;
+    formatTable.append(format);
+    return formatTable.size() - 1;
+}
+
+QVector<QTextLayout::FormatRange> CodeDocumentPrivate::formatRanges(const QTextBlock &block,
+                                                                      const FormatRuns &runs) const
+{
+    QVector<QTextLayout::FormatRange> ranges;
+    ranges.reserve(runs.size());
+    for (const FormatRun &run : runs)
+        ranges.append(QTextLayout::FormatRange{run.start, run.length, formatTable.value(run.format)});
     // Text being composed by an input method stays where it is: ranges behind it move on.
-    const int preeditAt = layout->preeditAreaPosition() - block.position();
+    const QTextLayout *layout = block.layout();
     const int preeditLength = layout->preeditAreaText().size();
-    if (preeditLength > 0 && preeditAt >= 0) {
+    const int preeditAt = preeditLength > 0 ? layout->preeditAreaPosition() : -1;
+    if (preeditAt >= 0) {
         for (QTextLayout::FormatRange &range : ranges) {
             if (range.start >= preeditAt)
                 range.start += preeditLength;
@@ -126,16 +166,61 @@ void CodeDocumentPrivate::applyFormats(const QTextBlock &block)
                 range.length += preeditLength;
         }
     }
-    if (ranges.isEmpty() && layout->formats().isEmpty())
+    return ranges;
+}
+
+void CodeDocumentPrivate::handFormats(const QTextBlock &block)
+{
+    CodeBlockData *data = testBlockData(block);
+    if (!data)
         return;
-    layout->setFormats(ranges);
-    // Repainting is no change of the text: the pass must not hear of it.
-    const bool ignoring = ignoreContentsChange;
-    ignoreContentsChange = true;
-    // A pass over the whole text marks it all at once when it ends.
-    if (!wholePass)
-        document->markContentsDirty(block.position(), block.length());
-    ignoreContentsChange = ignoring;
+    CodeBlockDataPrivate *part = data->d;
+    part->laidOut = true;
+    if (!part->formatsPending)
+        return;
+    part->formatsPending = false;
+    QTextLayout *layout = block.layout();
+    if (part->formats.isEmpty() && layout->formats().isEmpty())
+        return;
+    // This drops the layout's lines: the line is laid out anew, with its formats.
+    layout->setFormats(formatRanges(block, part->formats));
+}
+
+namespace {
+
+class CodeDocumentLayout : public QPlainTextDocumentLayout
+{
+public:
+    CodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner)
+        : QPlainTextDocumentLayout(document)
+        , m_owner(owner)
+    {
+    }
+
+    QRectF blockBoundingRect(const QTextBlock &block) const override
+    {
+        if (m_owner && block.isValid())
+            m_owner->handFormats(block);
+        return QPlainTextDocumentLayout::blockBoundingRect(block);
+    }
+
+    void forgetOwner() { m_owner = nullptr; }
+
+private:
+    CodeDocumentPrivate *m_owner;
+};
+
+} // namespace
+
+QAbstractTextDocumentLayout *makeCodeDocumentLayout(QTextDocument *document, CodeDocumentPrivate *owner)
+{
+    return new CodeDocumentLayout(document, owner);
+}
+
+void forgetCodeDocumentLayoutOwner(QAbstractTextDocumentLayout *layout)
+{
+    if (auto *own = dynamic_cast<CodeDocumentLayout *>(layout))
+        own->forgetOwner();
 }
 
 bool CodeDocument::hasSyntaxHighlight() const

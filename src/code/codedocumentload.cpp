@@ -62,7 +62,9 @@ void CodeDocument::setText(const QString &text)
     const QString expanded = option(QStringLiteral("open_tabToSpace"), false).toBool() ? expandTabs(text) : text;
     d->freezeModel();
     ++d->notifyLock;
+    d->loadingText = expanded;
     setPlainText(expanded);
+    d->loadingText = QString();
     if (--d->notifyLock == 0)
         d->notifyUpdate();
     d->modelEnabled = optionOn(this, "modelCode");

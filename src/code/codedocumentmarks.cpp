@@ -15,7 +15,7 @@ bool CodeDocument::addMark(CodeMark *mark, int line)
     const QTextBlock block = findBlockByNumber(line - 1);
     if (!block.isValid())
         return false;
-    d->blockData(block)->d->marks.append(mark);
+    d->blockData(block)->d->madeExtras().marks.append(mark);
     mark->setLine(line, block);
     documentLayout()->update();
     return true;
@@ -25,8 +25,8 @@ void CodeDocument::removeMark(CodeMark *mark)
 {
     bool removed = false;
     for (QTextBlock block = begin(); block.isValid(); block = block.next()) {
-        if (CodeBlockData *data = CodeDocumentPrivate::testBlockData(block))
-            removed |= data->d->marks.removeAll(mark) > 0;
+        if (CodeBlockData *data = CodeDocumentPrivate::testBlockData(block); data && data->d->extras)
+            removed |= data->d->extras->marks.removeAll(mark) > 0;
     }
     if (removed)
         documentLayout()->update();
@@ -36,7 +36,7 @@ void CodeDocument::updateMark(CodeMark *mark)
 {
     for (QTextBlock block = begin(); block.isValid(); block = block.next()) {
         const CodeBlockData *data = CodeDocumentPrivate::testBlockData(block);
-        if (data && data->d->marks.contains(mark)) {
+        if (data && data->d->hasMark(mark)) {
             mark->setLine(block.blockNumber() + 1, block);
             documentLayout()->update();
             return;
@@ -48,7 +48,7 @@ bool CodeDocument::hasMark(CodeMark *mark) const
 {
     for (QTextBlock block = begin(); block.isValid(); block = block.next()) {
         const CodeBlockData *data = CodeDocumentPrivate::testBlockData(block);
-        if (data && data->d->marks.contains(mark))
+        if (data && data->d->hasMark(mark))
             return true;
     }
     return false;
@@ -59,7 +59,7 @@ QList<CodeMark *> CodeDocument::marksAt(int line) const
     if (line < 1)
         return {};
     const CodeBlockData *data = CodeDocumentPrivate::testBlockData(findBlockByNumber(line - 1));
-    return data ? data->d->marks : QList<CodeMark *>();
+    return data ? data->marks() : QList<CodeMark *>();
 }
 
 } // namespace Ovra

@@ -63,7 +63,7 @@ void CodeDocumentPrivate::addMessage(TokenType type, int kind, const QString &te
     QTextCharFormat format = CodeParserSyntax::format(type);
     format.setUnderlineStyle(QTextCharFormat::SpellCheckUnderline);
     format.setUnderlineColor(underline);
-    paintColumns(start, end, format);
+    paintColumns(start, end, formatIndex(format));
     pendingMessages.append(CodeBlockData::SyntaxMessage{kind, start, end, text});
 }
 

@@ -74,6 +74,13 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     bool stateChanged = false;
     bool headerBehind = false;
     bool unseen = std::exchange(unseenNodeChange, false);
+    // A pass over the whole text reads the lines from the text being loaded, or else from
+    // one copy of the document's.
+    const PassText outerText = std::exchange(passText, PassText());
+    if (block == document->begin() && (wholePass || last == document->lastBlock())) {
+        const QString text = loadingText.isNull() ? document->toRawText() : loadingText;
+        passText = PassText{text, 0, document->characterCount(), block};
+    }
     while (block.isValid() && (!afterLast || stateChanged || headerBehind || unseen)) {
         const int before = block.userState();
         const CodeBlockData *data = testBlockData(block);
@@ -92,8 +99,10 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         if (unseen && afterLast && now && !isHeader(now))
             unseen = false;
         afterLast = afterLast || block == last;
+        passText.advance(block);
         block = block.next();
     }
+    passText = outerText;
     lineFormats.clear();
     parsing = outerParsing;
     if (rehighlightPending && runToEnd && document->m_root.version() == versionBefore
@@ -160,7 +169,7 @@ bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *s
         CodeDocumentPrivate::unlinkNode(old);
     if (!previous || previous == old)
         previous = &document->m_root;
-    CodeNode *node = parser->parse(block.text(), block, old, previous, &document->m_root, syntax);
+    CodeNode *node = parser->parse(passText.line(block), block, old, previous, &document->m_root, syntax);
     data->d->node = node;
     if (old && node != old) {
         // The old node keeps its links to its neighbours: a header that ends finds the
@@ -170,6 +179,50 @@ bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *s
         CodeDocumentPrivate::relinkNode(old);
     }
     return node != old;
+}
+
+namespace {
+
+// The characters that end a line when text is put into a document.
+bool endsLine(QChar c)
+{
+    return c == QLatin1Char('\n') || c == QLatin1Char('\r') || c == QChar::ParagraphSeparator
+        || c == QChar(0xFDD0) || c == QChar(0xFDD1);
+}
+
+} // namespace
+
+int CodeDocumentPrivate::PassText::lineEnd(const QTextBlock &block) const
+{
+    // Only while the pass is at this line: its text starts where the one before it ended,
+    // and a line end follows it.
+    if (at < 0 || block != next)
+        return -1;
+    const int end = at + block.length() - 1;
+    if (end > text.size() || (end < text.size() ? !endsLine(text.at(end)) : block.next().isValid()))
+        return -1;
+    return end;
+}
+
+QString CodeDocumentPrivate::PassText::line(const QTextBlock &block) const
+{
+    const int end = lineEnd(block);
+    return end < 0 ? block.text() : text.mid(at, end - at);
+}
+
+void CodeDocumentPrivate::PassText::advance(const QTextBlock &block)
+{
+    // A document changed while the line was parsed no longer matches the text (the size
+    // costs a walk of the document's tree, so it is asked once a line).
+    const int end = lineEnd(block);
+    if (end < 0 || block.document()->characterCount() != characters) {
+        at = -1;
+        return;
+    }
+    // "\r\n" is one line end.
+    const bool pair = text.at(end) == QLatin1Char('\r') && end + 1 < text.size() && text.at(end + 1) == QLatin1Char('\n');
+    at = end + (pair ? 2 : 1);
+    next = block.next();
 }
 
 void CodeDocumentPrivate::unlinkNode(CodeNode *node)
@@ -186,12 +239,11 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
 {
     currentBlock = block;
     lineFormats.fill(0, qMax(block.length() - 1, 0));
-    lineFormatTable.resize(1);
     if (!parser)
         return;
     currentData = blockData(block);
     const int row = removeLineMessages(currentData);
-    currentData->d->parenthesis.clear();
+    lineParentheses.clear();
     currentData->d->parsed = false;
     QTextBlock(block).setUserState(0);
 
@@ -219,8 +271,9 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
         }
         endInsertRows();
     }
+    currentData->d->parenthesis = sharedParentheses.share(lineParentheses);
     updateFoldingIndent(currentData);
-    applyFormats(block);
+    storeFormats(block, currentData);
     currentData = nullptr;
 }
 

@@ -2,6 +2,7 @@
 // built program on copies of the example work and on damaged copies of it.
 #include "ovratool.h"
 
+#include <QDataStream>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -17,7 +18,36 @@ namespace {
 const char brokenDefinitions[] = "# The knight, broken on purpose.\n@version 1\n\n[Character: knight]\n"
                                  "    life = 1000\n%%% not a line\n    power = 3000\n[Move: punch\n    damage = 40\n";
 
-enum Damage { Intact, BrokenDefinitions, AnimationsTail, ContainerCutShort };
+enum Damage { Intact, BrokenDefinitions, AnimationsTail, ContainerCutShort, SpriteStreamDamaged };
+
+// The container with its first sprite one row taller than its stream fills: the file is
+// sound in its structure, only that sprite's pixels don't decode.
+QByteArray tallerFirstSprite(QByteArray bytes)
+{
+    QDataStream in(bytes);
+    in.setByteOrder(QDataStream::LittleEndian);
+    in.skipRawData(8);
+    quint32 palettes = 0;
+    in >> palettes;
+    int at = 16;
+    for (quint32 i = 0; i < palettes && at + 8 <= bytes.size(); ++i) {
+        quint16 colors = 0;
+        in.device()->seek(at + 4);
+        in >> colors;
+        at += 8 + 4 * colors;
+    }
+    const int height = at + 10; // group, number, axis and width come first
+    if (height + 2 > bytes.size())
+        return QByteArray();
+    const int taller = (uchar(bytes.at(height)) | uchar(bytes.at(height + 1)) << 8) + 1;
+    bytes[height] = char(taller & 0xFF);
+    bytes[height + 1] = char(taller >> 8);
+    return bytes;
+}
+
+// The message of check for that sprite.
+const char damagedSprite[] = "work/knight/knight.osp:1:1: error: Sprite 0 doesn't decode: "
+                             "the stream ends before its picture is full.\n";
 
 const char intactInfo[] = "Knight 1.0 (work/knight/knight.ovp)\nFiles:\n"
                           "  Sample projects:     knight.ovp\n"
@@ -81,6 +111,10 @@ bool OvraProjectTest::damage(Damage damage)
         return writeFile(file("oan"), readFile(file("oan")) + "zzz\n");
     case ContainerCutShort:
         return writeFile(file("osp"), readFile(file("osp")).left(100));
+    case SpriteStreamDamaged: {
+        const QByteArray damaged = tallerFirstSprite(readFile(file("osp")));
+        return !damaged.isEmpty() && writeFile(file("osp"), damaged);
+    }
     }
     return false;
 }
@@ -143,6 +177,16 @@ void OvraProjectTest::inspect_data()
     // The load's messages count for check too.
     QTest::newRow("check, container cut short") << ContainerCutShort << "check work" << 1 << QString::fromLatin1(cutShort)
                                                 << QStringLiteral("1 error, 0 warnings in 4 files\n");
+    // Opening doesn't look at the pixels of sprites: info shows no message, check looks at
+    // every sprite and finds the damaged one, in the work and in the file alone.
+    QTest::newRow("info, a sprite's pixels damaged") << SpriteStreamDamaged << "info work" << 0
+                                                     << QString::fromLatin1(intactInfo) << QString();
+    QTest::newRow("check, a sprite's pixels damaged") << SpriteStreamDamaged << "check work" << 1
+                                                      << QString::fromLatin1(damagedSprite)
+                                                      << QStringLiteral("1 error, 0 warnings in 4 files\n");
+    QTest::newRow("check of the container alone, a sprite's pixels damaged")
+        << SpriteStreamDamaged << "check work/knight/knight.osp" << 1 << QString::fromLatin1(damagedSprite)
+        << QStringLiteral("1 error, 0 warnings in 1 file\n");
     const int lastLine = lines(QString::fromUtf8(readFile(QStringLiteral(OVRA_EXAMPLES_DIR "/sample/knight/knight.oan")))).size() + 1;
     QTest::newRow("check, json") << AnimationsTail << "check --json work" << 1
                                  << QStringLiteral("{\"errors\":1,\"files\":4,\"messages\":[{\"column\":1,\"file\":\"work/knight/knight.oan\","

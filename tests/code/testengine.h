@@ -501,12 +501,15 @@ class TestParser : public Ovra::CodeParser
 public:
     int calls = 0;
     QString lastLine;
+    // Lines handed over with a text other than their block's.
+    int wrongTexts = 0;
 
     Ovra::CodeNode *parse(const QString &line, const QTextBlock &block, Ovra::CodeNode *oldNode,
                           Ovra::CodeNode *previous, Ovra::RootCode *root, Ovra::CodeParserSyntax *syntax) override
     {
         ++calls;
         lastLine = line;
+        wrongTexts += line != block.text();
         if (syntax) {
             for (int i = 0; i < line.size(); ++i) {
                 if (line.at(i) == QLatin1Char('(') || line.at(i) == QLatin1Char(')'))

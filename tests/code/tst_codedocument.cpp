@@ -10,6 +10,8 @@
 #include "project/regexp.h"
 
 #include <QAbstractItemModelTester>
+#include <QAbstractTextDocumentLayout>
+#include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QRandomGenerator>
@@ -90,6 +92,14 @@ private:
     Engine *m_engine;
 };
 
+// The formats a view paints a line with: it lays the line out first, through the
+// document's layout, as painting does.
+QVector<QTextLayout::FormatRange> shownFormats(const QTextBlock &block)
+{
+    block.document()->documentLayout()->blockBoundingRect(block);
+    return block.layout()->formats();
+}
+
 } // namespace
 
 class CodeDocumentTest : public QObject
@@ -116,6 +126,9 @@ private slots:
     void versionChangeRehighlightsOnce();
     void modelIconsAndGate();
     void parserEdges();
+    void viewPaintsTheFormats();
+    void linesReachTheParserAsTheyStand_data();
+    void linesReachTheParserAsTheyStand();
     void badInputSurvivesASave_data();
     void badInputSurvivesASave();
     void secondBackgroundSaveWaits();
@@ -429,8 +442,10 @@ void CodeDocumentTest::linesKnowTheirFormatsParenthesesAndLevels()
     QCOMPARE(data->parenthesis().at(1).type, int(CodeBlockData::Parenthesis::Closing));
     QCOMPARE(data->parenthesis().at(1).position, 12);
     QVERIFY(data->isParsed());
-    // Key in type 3, comment in type 1, and the rest in no format at all.
-    const QVector<QTextLayout::FormatRange> ranges = pair.layout()->formats();
+    // Key in type 3, comment in type 1, and the rest in no format at all. The line keeps
+    // them until it is laid out: loading gives no layout formats.
+    QVERIFY(pair.layout()->formats().isEmpty());
+    const QVector<QTextLayout::FormatRange> ranges = shownFormats(pair);
     QCOMPARE(ranges.size(), 2);
     QCOMPARE(ranges.at(0).start, 0);
     QCOMPARE(ranges.at(0).format.foreground().color(), QColor(Qt::blue));
@@ -439,10 +454,14 @@ void CodeDocumentTest::linesKnowTheirFormatsParenthesesAndLevels()
     // A comment line is no content.
     QVERIFY(!static_cast<CodeBlockData *>(document.findBlockByNumber(3).userData())->isParsed());
 
-    // An empty value is a warning, underlined in yellow.
+    // An empty value is a warning, underlined in yellow; the line was laid out before, and
+    // its layout takes the new formats.
+    const QVector<QTextLayout::FormatRange> before = shownFormats(document.findBlockByNumber(1));
+    QVERIFY(!before.isEmpty());
+    QCOMPARE(before.first().format.underlineStyle(), QTextCharFormat::NoUnderline);
     document.replaceLine(1, QStringLiteral("speed ="));
     QCOMPARE(document.messages()->count(Message::Warning), 1u);
-    const QTextLayout::FormatRange warned = document.findBlockByNumber(1).layout()->formats().first();
+    const QTextLayout::FormatRange warned = shownFormats(document.findBlockByNumber(1)).first();
     QCOMPARE(warned.format.underlineStyle(), QTextCharFormat::SpellCheckUnderline);
     QCOMPARE(warned.format.underlineColor(), QColor(255, 255, 0));
 }
@@ -504,7 +523,72 @@ void CodeDocumentTest::parserEdges()
     QCOMPARE(document.messages()->count(Message::Error), 1u);
     document.setSyntaxHighlight(false);
     QCOMPARE(document.messages()->count(Message::Error), 0u);
-    QVERIFY(document.findBlockByNumber(0).layout()->formats().isEmpty());
+    QVERIFY(shownFormats(document.findBlockByNumber(0)).isEmpty());
+}
+
+// Loading gives no line a layout with formats: a view still paints each line with its
+// formats, which the document's layout hands over as it lays the line out.
+void CodeDocumentTest::viewPaintsTheFormats()
+{
+    TestDocument document;
+    document.fromString(QStringLiteral("pair = (1, 2) ; note\n"));
+    QPlainTextEdit editor;
+    editor.setDocument(&document);
+    editor.resize(320, 120);
+    editor.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&editor));
+    // Pixels of the key, in the blue of its format.
+    const auto bluePixels = [&editor] {
+        const QImage shot = editor.viewport()->grab().toImage();
+        int count = 0;
+        for (int y = 0; y < shot.height(); ++y) {
+            for (int x = 0; x < shot.width(); ++x) {
+                const QColor colour = shot.pixelColor(x, y);
+                count += colour.blue() > 160 && colour.red() < 90 && colour.green() < 90;
+            }
+        }
+        return count;
+    };
+    QVERIFY(bluePixels() > 0);
+    document.setSyntaxHighlight(false);
+    QCOMPARE(bluePixels(), 0);
+    document.setSyntaxHighlight(true);
+    QVERIFY(bluePixels() > 0);
+}
+
+void CodeDocumentTest::linesReachTheParserAsTheyStand_data()
+{
+    QTest::addColumn<QString>("text");
+    const QString lines = QStringLiteral("[Stats]\nspeed = 1 ; fast\n\npair = (1, 2)\n");
+    QTest::newRow("line feeds") << lines;
+    QTest::newRow("no line end at the end") << QStringLiteral("[Stats]\nspeed = 1");
+    QTest::newRow("carriage returns and line feeds") << QString(lines).replace(QLatin1Char('\n'), QLatin1String("\r\n"));
+    QTest::newRow("carriage returns alone") << QString(lines).replace(QLatin1Char('\n'), QLatin1Char('\r'));
+    QTest::newRow("mixed, doubled") << QStringLiteral("a\r\n\r\nb\n\rc\r\r\nd\n\n");
+    QTest::newRow("paragraph and line separators")
+        << QStringLiteral("a = 1\u2029b = 2\u2028c\n");
+    QTest::newRow("frame marks and no-break spaces")
+        << QStringLiteral("a\ufdd0b\ufdd1\u00a0c\n");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("only line ends") << QStringLiteral("\n\r\n\r");
+}
+
+// Long passes read lines out of one text rather than each from the document: every line
+// still reaches the parser exactly as its block holds it.
+void CodeDocumentTest::linesReachTheParserAsTheyStand()
+{
+    QFETCH(QString, text);
+    TestDocument document;
+    const int before = document.parser.calls;
+    document.fromString(text);
+    QCOMPARE(document.parser.wrongTexts, 0);
+    QVERIFY(document.parser.calls - before >= document.blockCount());
+    // A whole pass over the document as it stands, and one after an edit.
+    document.reparse();
+    QTextCursor(&document).insertText(QStringLiteral("x\n"));
+    document.rehighlight();
+    QCOMPARE(document.parser.wrongTexts, 0);
+    QVERIFY(document.toString().startsWith(QLatin1String("x\n")));
 }
 
 void CodeDocumentTest::badInputSurvivesASave_data()

@@ -124,6 +124,9 @@ private slots:
     void undoRedo();
     void badFiles_data();
     void badFiles();
+    void damagedStreamOnFirstUse_data();
+    void damagedStreamOnFirstUse();
+    void damagedStreamLosesItsPalette();
     void models();
     void files();
 };
@@ -490,28 +493,97 @@ void SpriteContainerTest::badFiles_data()
     QTest::addRow("true colour in LZ5") << patched(good, 44, "\2\3") << "Sprite 0 has an unknown codec (3).";
     QTest::addRow("zero width") << patched(good, 40, QByteArray("\0\0", 2)) << "Sprite 0 has an impossible size (0 x 2).";
     QTest::addRow("huge height") << patched(good, 42, "\xff\xff") << "Sprite 0 has an impossible size (2 x 65535).";
-    QTest::addRow("raw too short") << patched(good, 40, "\3")
-                                   << "Sprite 0 doesn't decode: 4 bytes of raw pixels instead of 6.";
     QTest::addRow("link to itself") << patched(good, 48, "\1") << "Sprite 0 shares the pixels of sprite 0, which doesn't come before it.";
     QTest::addRow("link to a later sprite") << patched(good, 76, "\3")
                                             << "Sprite 1 shares the pixels of sprite 2, which doesn't come before it.";
     QTest::addRow("shared with pixels") << patched(good, 68, "\2") << "Sprite 1 shares pixels and has pixels of its own.";
+}
+
+// Streams are checked when their sprite is first shown, not when the file opens: a damaged
+// one opens, says so once when shown, and is written back as it came.
+void SpriteContainerTest::damagedStreamOnFirstUse_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("sprite"); // the sprite first shown
+    QTest::addColumn<QString>("message");
+    const QByteArray good = writeSpriteContainer(smallData());
+    QTest::addRow("raw too short") << patched(good, 40, "\3") << 0
+                                   << "Sprite 0 doesn't decode: 4 bytes of raw pixels instead of 6.";
+    QTest::addRow("raw too short, seen through its link") << patched(good, 40, "\3") << 1
+                                                          << "Sprite 1 doesn't decode: 4 bytes of raw pixels instead of 6.";
     const SpritePixels rle{4, 1, SpritePixels::Indexed, SpritePixels::Rle8, QByteArray("\x44\x05", 2)};
     QTest::addRow("RLE8 cut in an item") << withSprite(SpritePixels{rle.width, 1, 1, 2, QByteArray("\x43", 1)})
-                                         << "Sprite 0 doesn't decode: the stream ends inside a packet.";
+                                         << 0 << "Sprite 0 doesn't decode: the stream ends inside a packet.";
     QTest::addRow("RLE8 short") << withSprite(SpritePixels{5, 1, 1, 2, rle.stream})
-                                << "Sprite 0 doesn't decode: the stream ends before its picture is full.";
+                                << 0 << "Sprite 0 doesn't decode: the stream ends before its picture is full.";
     QTest::addRow("RLE8 long") << withSprite(SpritePixels{3, 1, 1, 2, rle.stream})
-                               << "Sprite 0 doesn't decode: the stream holds more than its picture.";
+                               << 0 << "Sprite 0 doesn't decode: the stream holds more than its picture.";
     QTest::addRow("RLE8 after the end") << withSprite(SpritePixels{4, 1, 1, 2, rle.stream + "\x01"})
-                                        << "Sprite 0 doesn't decode: the stream holds more than its picture.";
+                                        << 0 << "Sprite 0 doesn't decode: the stream holds more than its picture.";
     // Control byte 1: the first packet is a copy, from before the first pixel.
     QTest::addRow("LZ5 copy before the start") << withSprite(SpritePixels{4, 1, 1, 3, QByteArray("\x01\x01\x00", 3)})
-                                               << "Sprite 0 doesn't decode: a copy reaches before the start of the picture.";
+                                               << 0 << "Sprite 0 doesn't decode: a copy reaches before the start of the picture.";
     QTest::addRow("LZ5 control alone") << withSprite(SpritePixels{4, 1, 1, 3, QByteArray("\x00", 1)})
-                                       << "Sprite 0 doesn't decode: the stream ends inside a packet.";
+                                       << 0 << "Sprite 0 doesn't decode: the stream ends inside a packet.";
     QTest::addRow("LZ5 long run cut") << withSprite(SpritePixels{9, 1, 1, 3, QByteArray("\x00\x02", 2)})
-                                      << "Sprite 0 doesn't decode: the stream ends inside a packet.";
+                                      << 0 << "Sprite 0 doesn't decode: the stream ends inside a packet.";
+}
+
+void SpriteContainerTest::damagedStreamOnFirstUse()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, sprite);
+    QFETCH(QString, message);
+    // The reader that leaves streams to their first use takes the file, and checks none.
+    SpriteContainerData data;
+    QString reason;
+    QVERIFY2(readSpriteContainer(bytes, data, reason, StreamCheck::OnFirstUse), qPrintable(reason));
+    const SpritePixels &stored = data.sprites.first().pixels;
+    QCOMPARE(int(stored.check), int(SpritePixels::Unchecked));
+
+    Held<SpriteContainer> sprites(new SpriteContainer);
+    sprites->add(QPoint(4, 4), trueColour(3, 3), Archive::NoShare);
+    QVERIFY(sprites->fromBytes(bytes));
+    Messages *messages = sprites->fileMessages();
+    QCOMPARE(messages->count(Message::All), 0u);
+    // What the file says of the sprite is there without its pixels.
+    QCOMPARE(sprites->at(uint(sprite))->imageProperties().size(), QSize(stored.width, stored.height));
+    QVERIFY(!sprites->at(uint(sprite))->isEmpty());
+
+    QVERIFY(sprites->at(uint(sprite))->image().isNull());
+    QCOMPARE(messages->count(Message::Error), 1u);
+    QCOMPARE(messages->at(0, Message::Error).text, message);
+    // Asked again, through any sprite of the stream: no second message.
+    for (uint i = 0; i < sprites->count(); ++i)
+        QVERIFY(sprites->at(i)->image().isNull());
+    QCOMPARE(messages->count(Message::All), 1u);
+    // Nothing of the file is lost, and nothing changed.
+    QVERIFY(!sprites->isModified());
+    QCOMPARE(sprites->toBytes(), bytes);
+    // The reader that checks every stream at once refuses the file with the same reason.
+    SpriteContainerData checked;
+    QVERIFY(!readSpriteContainer(bytes, checked, reason));
+    QCOMPARE(reason, QString(message).replace(QLatin1String("Sprite 1"), QLatin1String("Sprite 0")));
+    QVERIFY(checked.sprites.isEmpty());
+    // A file read again starts with no messages.
+    QVERIFY(sprites->fromBytes(writeSpriteContainer(smallData())));
+    QCOMPARE(messages->count(Message::All), 0u);
+}
+
+void SpriteContainerTest::damagedStreamLosesItsPalette()
+{
+    Held<SpriteContainer> sprites(new SpriteContainer);
+    const QByteArray bytes = patched(writeSpriteContainer(smallData()), 40, "\3");
+    QVERIFY(sprites->fromBytes(bytes));
+    // The palette goes: the damaged sprite can't keep its looks, it turns transparent at its size.
+    sprites->palettes()->remove(0);
+    QCOMPARE(sprites->fileMessages()->count(Message::Error), 1u);
+    const QImage picture = sprites->at(0)->image();
+    QCOMPARE(picture.size(), QSize(3, 2));
+    QCOMPARE(picture.format(), QImage::Format_ARGB32);
+    QCOMPARE(picture.pixel(1, 1), 0u);
+    sprites->undo();
+    QCOMPARE(sprites->toBytes(), bytes);
 }
 
 void SpriteContainerTest::badFiles()
