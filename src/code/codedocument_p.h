@@ -197,6 +197,9 @@ public:
     // The pass over the lines an edit touched, and on while line states change.
     void parsePass(int position, int removed, int added);
     void wholeDocumentPass();
+    // What a pass asks for when it ends: another pass, a whole one, or the news of the
+    // update; and the notification once the outermost pass is done.
+    void finishPass(bool outerParsing);
     void notifyUpdate();
     // The node the line's node must follow: that of the nearest line above with one,
     // else the last implicit node behind the root.

@@ -109,6 +109,11 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         && document->m_root.fileType() == fileTypeBefore)
         rehighlightPending = false;
 
+    finishPass(outerParsing);
+}
+
+void CodeDocumentPrivate::finishPass(bool outerParsing)
+{
     if (reparsePending) {
         reparsePending = false;
         document->reparse();
@@ -219,8 +224,8 @@ void CodeDocumentPrivate::PassText::advance(const QTextBlock &block)
         at = -1;
         return;
     }
-    // "\r\n" is one line end.
-    const bool pair = text.at(end) == QLatin1Char('\r') && end + 1 < text.size() && text.at(end + 1) == QLatin1Char('\n');
+    // "\r\n" is one line end; the last line has none.
+    const bool pair = end + 1 < text.size() && text.at(end) == QLatin1Char('\r') && text.at(end + 1) == QLatin1Char('\n');
     at = end + (pair ? 2 : 1);
     next = block.next();
 }
