@@ -4,12 +4,24 @@
 
 #include <QBuffer>
 #include <QByteArray>
+#include <QDir>
 #include <QImage>
+#include <QtTest>
 
 #include <initializer_list>
 
 // Byte builders the image tests share.
 namespace ImageTestBytes {
+
+// One data row ("file") for each input a fuzz target once crashed on, kept in `folder`.
+inline void addFuzzFindings(const QString &folder)
+{
+    QTest::addColumn<QString>("file");
+    const QStringList names = QDir(folder).entryList(QDir::Files);
+    QVERIFY2(!names.isEmpty(), qPrintable(folder));
+    for (const QString &name : names)
+        QTest::newRow(qPrintable(name)) << QDir(folder).filePath(name);
+}
 
 inline QByteArray bytes(std::initializer_list<int> values)
 {

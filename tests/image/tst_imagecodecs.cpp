@@ -146,12 +146,7 @@ void ImageCodecsTest::refusals()
 // in the sanitized build, a read outside the picture's memory stops the test.
 void ImageCodecsTest::fuzzFindingsAreRefused_data()
 {
-    QTest::addColumn<QString>("file");
-    const QDir folder(QStringLiteral(FUZZREGRESSIONDIR "/pcx"));
-    const QStringList names = folder.entryList(QDir::Files);
-    QVERIFY2(!names.isEmpty(), qPrintable(folder.path()));
-    for (const QString &name : names)
-        QTest::newRow(qPrintable(name)) << folder.filePath(name);
+    ImageTestBytes::addFuzzFindings(QStringLiteral(FUZZREGRESSIONDIR "/pcx"));
 }
 
 void ImageCodecsTest::fuzzFindingsAreRefused()

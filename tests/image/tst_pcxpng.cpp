@@ -219,12 +219,7 @@ void PcxPngTest::refusedFiles()
 // with the sanitizers of this test's build watching every read.
 void PcxPngTest::fuzzFindings_data()
 {
-    QTest::addColumn<QString>("file");
-    const QDir folder(QStringLiteral(FUZZREGRESSIONDIR "/pcx"));
-    const QStringList names = folder.entryList(QDir::Files);
-    QVERIFY2(!names.isEmpty(), qPrintable(folder.path()));
-    for (const QString &name : names)
-        QTest::newRow(qPrintable(name)) << folder.filePath(name);
+    ImageTestBytes::addFuzzFindings(QStringLiteral(FUZZREGRESSIONDIR "/pcx"));
 }
 
 void PcxPngTest::fuzzFindings()
