@@ -10,6 +10,7 @@
 #include "code/namedcode.h"
 #include "code/rootcode.h"
 #include "foundation/messages.h"
+#include "../tests/code/treeshape.h"
 
 #include <QGuiApplication>
 #include <QTextBlock>
@@ -31,30 +32,10 @@ inline void startApplication()
     static QGuiApplication application(argc, argv);
 }
 
-// The tree as text: every node with its line, type, name and parent's line, the state
-// every line hands on, the number of messages and the root's rows.
+// The tree as text, as the property test compares it.
 inline QStringList shape(Ovra::CodeDocument &document)
 {
-    QStringList lines;
-    for (Ovra::CodeNode *node = document.root()->next(); node; node = node->next()) {
-        const Ovra::CodeNode *parent = node->parent();
-        const QString parentLine = !parent ? QStringLiteral("-")
-                                   : parent == document.root() ? QStringLiteral("root")
-                                                               : QString::number(parent->lineNo());
-        const auto *named = dynamic_cast<const Ovra::NamedCode *>(node);
-        lines << QStringLiteral("%1 %2 %3 <%4>")
-                     .arg(node->lineNo())
-                     .arg(int(node->type()))
-                     .arg(named ? named->name() : QString())
-                     .arg(parentLine);
-    }
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
-        lines << QStringLiteral("line %1: state %2").arg(block.blockNumber()).arg(block.userState());
-    lines << QStringLiteral("messages %1").arg(document.messages()->count(Ovra::Message::All));
-    Ovra::RootCode *root = document.root();
-    for (uint i = 0; i < root->childCount(); ++i)
-        lines << QStringLiteral("row %1: line %2").arg(i).arg(root->childAt(i)->lineNo());
-    return lines;
+    return codeTreeShape(document);
 }
 
 // Reads the edit script a byte at a time; zero once it is used up.

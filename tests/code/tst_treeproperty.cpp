@@ -1,4 +1,5 @@
 #include "testengine.h"
+#include "treeshape.h"
 
 #include "foundation/messages.h"
 
@@ -8,34 +9,6 @@
 using namespace Ovra;
 
 namespace {
-
-// The tree as text: every node of the list with its line and its parent's line.
-QStringList shape(CodeDocument &document)
-{
-    QStringList lines;
-    for (CodeNode *node = document.root()->next(); node; node = node->next()) {
-        const CodeNode *parent = node->parent();
-        const QString parentLine = !parent ? QStringLiteral("-")
-                                   : parent == document.root() ? QStringLiteral("root")
-                                                               : QString::number(parent->lineNo());
-        const auto *named = dynamic_cast<const NamedCode *>(node);
-        lines << QStringLiteral("%1 %2 %3 <%4>")
-                     .arg(node->lineNo())
-                     .arg(int(node->type()))
-                     .arg(named ? named->name() : QString())
-                     .arg(parentLine);
-    }
-    // The state every line leaves for the next, which the pass runs on to keep right.
-    // (Folding levels below an edit are only brought up to date where the state runs
-    // on, so they are no part of the comparison.)
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
-        lines << QStringLiteral("line %1: state %2").arg(block.blockNumber()).arg(block.userState());
-    lines << QStringLiteral("messages %1").arg(document.messages()->count(Message::All));
-    RootCode *root = document.root();
-    for (uint i = 0; i < root->childCount(); ++i)
-        lines << QStringLiteral("row %1: line %2").arg(i).arg(root->childAt(i)->lineNo());
-    return lines;
-}
 
 QString randomLine(QRandomGenerator &random)
 {
@@ -129,8 +102,8 @@ void TreePropertyTest::editsKeepTheTreeOfAFreshParse()
         }
         TestDocument fresh;
         fresh.fromString(document.toString());
-        const QStringList actual = shape(document);
-        const QStringList expected = shape(fresh);
+        const QStringList actual = codeTreeShape(document);
+        const QStringList expected = codeTreeShape(fresh);
         if (actual != expected) {
             qWarning("step %d (%s) diverged", step, qPrintable(action));
             QCOMPARE(actual, expected);
