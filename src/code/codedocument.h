@@ -129,6 +129,10 @@ public:
     QString title() const;
     void setTitle(const QString &title);
 
+    // The text's revision when it was last loaded or saved. A line whose own revision
+    // differs has changed since: a negative one holds changes that have been saved.
+    int savedRevision() const;
+
 protected:
     virtual void insertChild(CodeNode *node, uint row);
     virtual void removeChild(CodeNode *node);

@@ -77,6 +77,11 @@ void CodeDocumentPrivate::waitForSave()
     saveFuture.waitForFinished();
 }
 
+int CodeDocument::savedRevision() const
+{
+    return d->revision;
+}
+
 void CodeDocumentPrivate::advanceRevision()
 {
     const int current = document->QTextDocument::revision();
