@@ -205,7 +205,7 @@ void FileEditor::open()
         project->removeFile(file);
         return;
     }
-    project->setOption(pathOption(), QFileInfo(name).absolutePath());
+    project->setOption(pathOption(), QFileInfo(name).absolutePath(), true);
     switchToThis();
     contentsChanged();
 }
@@ -257,11 +257,11 @@ void FileEditor::saveFileAs(ProjectFile *file, FileEditor *editor, Interface *in
     if (name.isEmpty())
         return;
     // With "All files" the name may lack the extension of its kind: the first one comes.
-    static const QRegularExpression extension(QStringLiteral("^\\*(\\.[a-zA-Z]+)$"));
+    static const QRegularExpression extension(QStringLiteral("^(?:\\*(\\.[a-zA-Z]+))*$"));
     QStringList extensions;
     for (const QString &pattern : patterns) {
         const QRegularExpressionMatch match = extension.match(pattern);
-        if (!match.hasMatch()) {
+        if (!match.hasMatch() || match.captured(1).isEmpty()) {
             extensions.clear();
             break;
         }
@@ -287,7 +287,7 @@ void FileEditor::saveFileAs(ProjectFile *file, FileEditor *editor, Interface *in
         tell(QMessageBox::Critical, tr("Save file error!"), tr("An error has occurred while trying to save the file!"),
              dialogParent(interface));
     if (Project *owner = file->project())
-        owner->setOption(editor->pathOption(), QFileInfo(name).absolutePath());
+        owner->setOption(editor->pathOption(), QFileInfo(name).absolutePath(), true);
     emit editor->modified();
 }
 
