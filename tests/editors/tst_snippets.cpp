@@ -168,6 +168,7 @@ private slots:
     void fieldDialogRefusesWhatCantBeWritten_data();
     void fieldDialogRefusesWhatCantBeWritten();
     void fieldsModel();
+    void closingAsksAboutUnsavedChanges();
     void screenshot();
 
 private:
@@ -198,6 +199,14 @@ void SnippetsTest::savedFileHasTheFixedLayout_data()
     QTest::newRow("no fields, code without a last line end")
         << QVector<SnipFieldInfo>() << QStringLiteral("x = 1")
         << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<snippet>\r\n\r\n\r\n\t<code>\r\nx = 1\t</code>\r\n\r\n</snippet>");
+    SnipFieldInfo right = field(QStringLiteral("B"), QStringLiteral("Right"), QStringLiteral("int"));
+    right.column = 1;
+    // Only a field off the first column carries the attribute.
+    QTest::newRow("second column")
+        << QVector<SnipFieldInfo>{right} << QStringLiteral("B\n")
+        << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<snippet>\r\n\r\n"
+                      "\t<field name=\"B\" title=\"Right\" type=\"int\" column=\"1\"/>\r\n"
+                      "\r\n\t<code>\r\nB\r\n\t</code>\r\n\r\n</snippet>");
     QTest::newRow("markup and non-ASCII")
         << QVector<SnipFieldInfo>{field(QStringLiteral("A"), QStringLiteral("\"Größe\" & <tab>\t"), QStringLiteral("string"))}
         << QStringLiteral("if (A < 2 && A > 0)\n")
@@ -443,6 +452,7 @@ void SnippetsTest::fillInTakesTheFormsValues()
         retype(form->field(QStringLiteral("LIFE"))->editor(), QStringLiteral("-120"));
         retype(form->field(QStringLiteral("SPEED"))->editor(), QStringLiteral("2.5"));
         QTest::keyClick(form->field(QStringLiteral("STANCE"))->editor(), Qt::Key_Down);
+        QVERIFY(dialog->grab().save(QCoreApplication::applicationDirPath() + QLatin1String("/snipform.png")));
         clickOk(dialog);
     });
     const QString code = manager.fillIn(1, nullptr);
@@ -637,6 +647,33 @@ void SnippetsTest::fieldsModel()
     QCOMPARE(model.rowOf(QStringLiteral("LIFE")), -1);
 }
 
+void SnippetsTest::closingAsksAboutUnsavedChanges()
+{
+    const QString name = m_dir->filePath(QStringLiteral("Hero.xml"));
+    QVERIFY(writeAll(name, heroXml));
+    SnipDlg dialog(name);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    {
+        // Nothing changed: no question.
+        ScriptedAnswerer user;
+        clickButton(&dialog, "close");
+        QVERIFY(!dialog.isVisible());
+        QCOMPARE(user.prompts().size(), 0);
+    }
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QTest::keyClicks(dialog.findChild<QPlainTextEdit *>(QStringLiteral("code")), QStringLiteral("more"));
+    ScriptedAnswerer user({QMessageBox::No, QMessageBox::Yes});
+    clickButton(&dialog, "close");
+    QVERIFY(dialog.isVisible());
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(user.prompts().size(), 2);
+    QCOMPARE(user.prompts().first().defaultButton, QMessageBox::No);
+    QCOMPARE(readAll(name), heroXml);
+}
+
 void SnippetsTest::screenshot()
 {
     SnipDlg dialog(sampleDir + QLatin1String("/Character header.xml"));
@@ -653,6 +690,12 @@ void SnippetsTest::screenshot()
     QVERIFY(buttons.size() >= 10);
     for (const QPushButton *button : buttons)
         QVERIFY2(button->width() >= button->sizeHint().width(), qPrintable(button->text()));
+
+    SnipFieldDlg fieldDialog;
+    fieldDialog.setField(dialog.snippet().fields.last());
+    fieldDialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&fieldDialog));
+    QVERIFY(fieldDialog.grab().save(QCoreApplication::applicationDirPath() + QLatin1String("/snipfielddlg.png")));
 }
 
 QTEST_MAIN(SnippetsTest)

@@ -40,6 +40,8 @@ public:
     QString startPath(const QString &suffix) const;
 
     SnipDlg *q;
+    // The snippet as last read or written, to tell whether closing loses anything.
+    QByteArray savedXml;
     QString fileName;
     QString directory;
     SnipFieldsModel model;
@@ -216,6 +218,7 @@ SnipDlg::SnipDlg(const QString &fileName, QWidget *parent)
         load(fileName);
     else
         d->fileName = fileName;
+    d->savedXml = snippet().toXml();
 }
 
 SnipDlg::~SnipDlg() = default;
@@ -255,13 +258,16 @@ bool SnipDlg::load(const QString &fileName)
     }
     d->fileName = fileName;
     setSnippet(snippet);
+    d->savedXml = snippet.toXml();
     return true;
 }
 
 bool SnipDlg::saveTo(const QString &fileName)
 {
-    if (!d->write(fileName, snippet().toXml()))
+    const QByteArray bytes = snippet().toXml();
+    if (!d->write(fileName, bytes))
         return false;
+    d->savedXml = bytes;
     const bool renamed = QFileInfo(fileName).completeBaseName() != snippetName();
     d->fileName = fileName;
     // Titles are looked up under the snippet's name.
@@ -274,6 +280,22 @@ bool SnipDlg::saveTranslationTo(const QString &fileName)
 {
     const QString name = d->fileName.isEmpty() ? QFileInfo(fileName).completeBaseName() : snippetName();
     return d->write(fileName, snippet().toTranslationSource(name));
+}
+
+void SnipDlg::reject()
+{
+    if (snippet().toXml() != d->savedXml) {
+        Prompt prompt;
+        prompt.icon = QMessageBox::Question;
+        prompt.title = windowTitle();
+        prompt.text = tr("The snippet has changes that aren't saved. Do you want to close it anyway?");
+        prompt.buttons = QMessageBox::Yes | QMessageBox::No;
+        prompt.defaultButton = QMessageBox::No;
+        prompt.parent = this;
+        if (ask(prompt) != QMessageBox::Yes)
+            return;
+    }
+    QDialog::reject();
 }
 
 void SnipDlg::save()

@@ -36,6 +36,8 @@ public:
     bool saveTranslationTo(const QString &fileName);
 
 public slots:
+    // Asks before changes that weren't saved are dropped.
+    void reject() override;
     // Ask for a file name first; nothing happens when the user cancels.
     void save();
     void saveForTranslation();

@@ -67,6 +67,7 @@ SnipFieldDlg::SnipFieldDlg(QWidget *parent)
     connect(m_removeItem, &QPushButton::clicked, this, &SnipFieldDlg::removeItem);
     connect(m_type, &QComboBox::currentTextChanged, this, &SnipFieldDlg::typeChanged);
     typeChanged();
+    resize(380, 360);
 }
 
 SnipFieldDlg::~SnipFieldDlg() = default;
