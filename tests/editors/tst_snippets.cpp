@@ -169,6 +169,7 @@ private slots:
     void fieldDialogRefusesWhatCantBeWritten();
     void fieldsModel();
     void closingAsksAboutUnsavedChanges();
+    void failedWriteIsReported();
     void screenshot();
 
 private:
@@ -672,6 +673,22 @@ void SnippetsTest::closingAsksAboutUnsavedChanges()
     QCOMPARE(user.prompts().size(), 2);
     QCOMPARE(user.prompts().first().defaultButton, QMessageBox::No);
     QCOMPARE(readAll(name), heroXml);
+}
+
+void SnippetsTest::failedWriteIsReported()
+{
+    SnipDlg dialog{QString()};
+    dialog.setSnippet(heroSnippet());
+    ScriptedAnswerer user({QMessageBox::Ok, QMessageBox::Ok});
+    // A name inside a folder that isn't there, and a name that is a folder.
+    QVERIFY(!dialog.saveTo(m_dir->filePath(QStringLiteral("nowhere/Hero.xml"))));
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("Taken.ts")));
+    QVERIFY(!dialog.saveTranslationTo(m_dir->filePath(QStringLiteral("Taken.ts"))));
+    QCOMPARE(user.prompts().size(), 2);
+    QCOMPARE(user.prompts().first().icon, QMessageBox::Critical);
+    QVERIFY(user.prompts().first().text.contains(QStringLiteral("Hero.xml")));
+    QVERIFY(dialog.fileName().isEmpty());
+    QVERIFY(QFileInfo(m_dir->filePath(QStringLiteral("Taken.ts"))).isDir());
 }
 
 void SnippetsTest::screenshot()
