@@ -3,11 +3,14 @@
 #include "foundation/global.h"
 
 #include <QAbstractListModel>
-#include <QStringList>
+
+#include <memory>
 
 class QWidget;
 
 namespace Ovra {
+
+class SnippetManagerPrivate;
 
 // The snippets of an engine, one XML file each in its "snippets" directory, listed by name
 // for the combo box of the code tool bar.
@@ -38,8 +41,7 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
 private:
-    QString m_directory;
-    QStringList m_names;
+    std::unique_ptr<SnippetManagerPrivate> d;
 };
 
 } // namespace Ovra
