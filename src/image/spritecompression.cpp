@@ -1,5 +1,6 @@
 #include "image/spritecompression.h"
 #include "image/spritecompression_bulk_p.h"
+#include "image/spritecompression_lz5bulk_p.h"
 #include "image/spritecompression_p.h"
 
 #include <QIODevice>
@@ -507,13 +508,20 @@ struct Lz5Input
 
 // Decodes the stream into `n` contiguous bytes; false for a copy from before the start.
 // Bytes the stream doesn't reach are transparent (and free of the words written ahead).
-bool decodeLz5(ByteSource &source, uchar *const output, size_t n)
+bool decodeLz5(ByteSource &source, uchar *const output, size_t n, DecodePath path)
 {
-    Lz5Input in{source.cursor(), source.end()};
-    uchar *o = output;
+    // The bulk of the stream by the path asked for; the packets near either end go here.
+    Lz5Cursor bulk;
+    bulk.p = source.cursor();
+    bulk.end = source.end();
+    bulk.o = bulk.start = output;
+    bulk.last = output + n;
+    SpriteBulk::decodeLz5(path, bulk);
+    Lz5Input in{bulk.p, bulk.end, false, bulk.shortCopies, bulk.spread};
+    uchar *o = bulk.o;
     uchar *const last = output + n;
-    int packetIndex = 0;
-    quint8 control = 0;
+    int packetIndex = bulk.packetIndex;
+    quint8 control = bulk.control;
     bool valid = true;
     while (in.p < in.end && o < last) {
         if (packetIndex == 0 && !in.read(control))
@@ -555,7 +563,9 @@ bool decodeLz5(ByteSource &source, uchar *const output, size_t n)
 
 } // namespace
 
-bool loadLZ5(QImage &image, QIODevice *device)
+namespace {
+
+bool loadLZ5By(DecodePath path, QImage &image, QIODevice *device)
 {
     if (!openForReading(device))
         return false;
@@ -566,10 +576,28 @@ bool loadLZ5(QImage &image, QIODevice *device)
     const bool flat = width > 0 && image.bytesPerLine() == width;
     std::vector<uchar> buffer(flat ? 0 : n, 0);
     uchar *const output = flat ? image.bits() : buffer.data();
-    const bool valid = decodeLz5(in, output, n);
+    const bool valid = decodeLz5(in, output, n, path);
     for (int y = 0; !flat && width > 0 && y < image.height(); ++y)
         memcpy(image.scanLine(y), output + size_t(y) * size_t(width), size_t(width));
     return valid && in.ok();
+}
+
+} // namespace
+
+bool loadLZ5(QImage &image, QIODevice *device)
+{
+    return loadLZ5By(fastestLz5Path(), image, device);
+}
+
+DecodePath fastestLz5Path()
+{
+    static const DecodePath fastest = decodePathAvailable(DecodePath::Avx2) ? DecodePath::Avx2 : DecodePath::Portable;
+    return fastest;
+}
+
+bool loadLZ5Using(DecodePath path, QImage &image, QIODevice *device)
+{
+    return decodePathAvailable(path) && loadLZ5By(path, image, device);
 }
 
 namespace {
