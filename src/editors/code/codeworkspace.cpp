@@ -122,7 +122,7 @@ void CodeWorkspacePrivate::buildWidgets()
     side = new QStackedWidget(q);
     side->hide();
 
-    auto *splitter = new QSplitter(Qt::Horizontal, q);
+    splitter = new QSplitter(Qt::Horizontal, q);
     splitter->addWidget(pages);
     splitter->addWidget(side);
     splitter->setStretchFactor(0, 3);
@@ -434,7 +434,14 @@ void CodeWorkspace::showSidePanel(QWidget *panel)
 {
     if (panel && d->side->indexOf(panel) >= 0)
         d->side->setCurrentWidget(panel);
-    d->side->setVisible(panel && d->side->indexOf(panel) >= 0);
+    const bool shown = panel && d->side->indexOf(panel) >= 0;
+    d->side->setVisible(shown);
+    // A panel hidden at the start has no width yet: it gets a quarter of the view.
+    const QList<int> sizes = d->splitter->sizes();
+    if (shown && sizes.value(1) == 0) {
+        const int total = qMax(d->splitter->width(), 4);
+        d->splitter->setSizes({total - total / 4, total / 4});
+    }
 }
 
 void CodeWorkspace::showTextBar(bool shown)

@@ -8,6 +8,7 @@
 class QAction;
 class QActionGroup;
 class QLabel;
+class QSplitter;
 class QStackedWidget;
 class QStandardItemModel;
 class QToolButton;
@@ -52,6 +53,7 @@ public:
     QWidget *codePage = nullptr;
     QLabel *noDocument = nullptr;
     QStackedWidget *side = nullptr;
+    QSplitter *splitter = nullptr;
     QStandardItemModel *noMessages = nullptr;
     QList<QAction *> actions;
     QPointer<CodeDocument> document;
