@@ -139,7 +139,17 @@ QStringList FileEditor::filePatterns() const
     if (m_currentFile && m_currentFile->project())
         project = m_currentFile->project();
     const Engine *engine = engineOf(project);
-    return engine ? engine->singleFileFilters(fileType()).split(QLatin1Char(' '), Qt::SkipEmptyParts) : QStringList();
+    if (!engine)
+        return QStringList();
+    // Engines name a type's filter as a dialog does, "Definitions (*.def)", or give
+    // the bare patterns.
+    QString filter = engine->singleFileFilters(fileType());
+    const int open = filter.lastIndexOf(QLatin1Char('('));
+    const int close = filter.lastIndexOf(QLatin1Char(')'));
+    if (open >= 0 && close > open)
+        filter = filter.mid(open + 1, close - open - 1);
+    static const QRegularExpression separators(QStringLiteral("[\\s;]+"));
+    return filter.split(separators, Qt::SkipEmptyParts);
 }
 
 QString FileEditor::pathOption() const

@@ -515,18 +515,29 @@ void CodeWorkspaceTest::errorNavigation()
     QVERIFY2(errors.size() >= 2, "the sample parser reports the bad lines");
     CodeEditor *editor = m_workspace->editor();
     moveTo(0, 0);
-    for (const QPoint &error : errors) {
+    click("code_next_error");
+    QCOMPARE(cursorPlace(editor), errors.first());
+    // A message at the cursor's own column is the one found: the cursor stays on it.
+    click("code_next_error");
+    QCOMPARE(cursorPlace(editor), errors.first());
+    for (int i = 1; i < errors.size(); ++i) {
+        moveTo(errors.at(i - 1).y(), errors.at(i - 1).x() + 1);
         click("code_next_error");
-        QCOMPARE(cursorPlace(editor), error);
+        QCOMPARE(cursorPlace(editor), errors.at(i));
     }
-    click("code_next_error"); // none further: the cursor stays
-    QCOMPARE(cursorPlace(editor), errors.last());
+    moveTo(errors.last().y(), errors.last().x() + 1); // none further: the cursor stays
+    click("code_next_error");
+    QCOMPARE(cursorPlace(editor), QPoint(errors.last().x() + 1, errors.last().y()));
     for (int i = errors.size() - 2; i >= 0; --i) {
+        // Just before the later error: the column before it, or the end of the line above.
+        const QPoint later = errors.at(i + 1);
+        if (later.x() > 0)
+            moveTo(later.y(), later.x() - 1);
+        else
+            moveTo(later.y() - 1, document->findBlockByNumber(later.y() - 1).length() - 1);
         click("code_prev_error");
         QCOMPARE(cursorPlace(editor), errors.at(i));
     }
-    click("code_prev_error");
-    QCOMPARE(cursorPlace(editor), errors.first());
     // The sample language knows no deprecations: those buttons leave the cursor.
     click("code_next_deprecation");
     click("code_prev_deprecation");

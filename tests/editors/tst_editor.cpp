@@ -47,7 +47,7 @@ class StatesEngine : public Engine
 public:
     StatesEngine() : Engine(QStringLiteral("states")) {}
     QString queryString(StringType, uint) const override { return QString(); }
-    QString singleFileFilters(int type) const override { return type == 4 ? QStringLiteral("*.rules *.steps") : QString(); }
+    QString singleFileFilters(int type) const override { return type == 4 ? QStringLiteral("States (*.rules *.steps)") : QString(); }
     ProjectFile *createFile(int, Project *) override
     {
         created << new OpeningFile(loads);

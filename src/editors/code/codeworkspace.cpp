@@ -256,18 +256,17 @@ void CodeWorkspacePrivate::goToMessage(int kind, bool forward)
         const CodeBlockData *data = dataOf(block);
         if (!data)
             continue;
-        // Messages strictly past the cursor in its own line, so that each call moves on.
-        int found = -1;
-        for (const CodeBlockData::SyntaxMessage &message : data->syntaxMessages()) {
+        // In the cursor's own line a message counts from the cursor's column on, that
+        // column included; beyond it, the line's first message of the kind (its last
+        // going backwards).
+        const QVector<CodeBlockData::SyntaxMessage> &messages = data->syntaxMessages();
+        for (int i = 0; i < messages.size(); ++i) {
+            const CodeBlockData::SyntaxMessage &message = messages.at(forward ? i : messages.size() - 1 - i);
             if (message.kind != kind)
                 continue;
-            if (block == here && (forward ? message.start <= column : message.start >= column))
+            if (block == here && (forward ? message.start < column : message.start > column))
                 continue;
-            if (found < 0 || (forward ? message.start < found : message.start > found))
-                found = message.start;
-        }
-        if (found >= 0) {
-            q->goTo(block.blockNumber(), found);
+            q->goTo(block.blockNumber(), message.start);
             return;
         }
     }
