@@ -79,7 +79,10 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     const PassText outerText = std::exchange(passText, PassText());
     if (block == document->begin() && (wholePass || last == document->lastBlock())) {
         const QString text = loadingText.isNull() ? document->toRawText() : loadingText;
-        passText = PassText{text, 0, document->characterCount(), block};
+        QTextCursor end(document);
+        end.movePosition(QTextCursor::End);
+        const int endPosition = end.position();
+        passText = PassText{text, 0, std::move(end), endPosition, block};
     }
     while (block.isValid() && (!afterLast || stateChanged || headerBehind || unseen)) {
         const int before = block.userState();
@@ -89,7 +92,8 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         parseLine(block, highlight);
         if (reparsePending || (rehighlightPending && !runToEnd))
             break;
-        const CodeBlockData *below = testBlockData(block.next());
+        const QTextBlock following = block.next();
+        const CodeBlockData *below = testBlockData(following);
         stateChanged = below ? below->d->stateBefore != block.userState() : block.userState() != before;
         const CodeBlockData *parsed = testBlockData(block);
         const CodeNode *now = parsed ? parsed->d->node : nullptr;
@@ -99,8 +103,8 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         if (unseen && afterLast && now && !isHeader(now))
             unseen = false;
         afterLast = afterLast || block == last;
-        passText.advance(block);
-        block = block.next();
+        passText.advance(block, following);
+        block = following;
     }
     passText = outerText;
     lineFormats.clear();
@@ -203,31 +207,30 @@ int CodeDocumentPrivate::PassText::lineEnd(const QTextBlock &block) const
     // and a line end follows it.
     if (at < 0 || block != next)
         return -1;
-    const int end = at + block.length() - 1;
-    if (end > text.size() || (end < text.size() ? !endsLine(text.at(end)) : block.next().isValid()))
+    const int lineEnd = at + block.length() - 1;
+    if (lineEnd > text.size() || (lineEnd < text.size() ? !endsLine(text.at(lineEnd)) : block.next().isValid()))
         return -1;
-    return end;
+    return lineEnd;
 }
 
 QString CodeDocumentPrivate::PassText::line(const QTextBlock &block) const
 {
-    const int end = lineEnd(block);
-    return end < 0 ? block.text() : text.mid(at, end - at);
+    const int lineEnd = this->lineEnd(block);
+    return lineEnd < 0 ? block.text() : text.mid(at, lineEnd - at);
 }
 
-void CodeDocumentPrivate::PassText::advance(const QTextBlock &block)
+void CodeDocumentPrivate::PassText::advance(const QTextBlock &block, const QTextBlock &following)
 {
-    // A document changed while the line was parsed no longer matches the text (the size
-    // costs a walk of the document's tree, so it is asked once a line).
-    const int end = lineEnd(block);
-    if (end < 0 || block.document()->characterCount() != characters) {
+    // A document changed while the line was parsed no longer matches the text.
+    const int lineEnd = this->lineEnd(block);
+    if (lineEnd < 0 || end.isNull() || end.position() != endPosition) {
         at = -1;
         return;
     }
     // "\r\n" is one line end; the last line has none.
-    const bool pair = end + 1 < text.size() && text.at(end) == QLatin1Char('\r') && text.at(end + 1) == QLatin1Char('\n');
-    at = end + (pair ? 2 : 1);
-    next = block.next();
+    const bool pair = lineEnd + 1 < text.size() && text.at(lineEnd) == QLatin1Char('\r') && text.at(lineEnd + 1) == QLatin1Char('\n');
+    at = lineEnd + (pair ? 2 : 1);
+    next = following;
 }
 
 void CodeDocumentPrivate::unlinkNode(CodeNode *node)
