@@ -219,6 +219,8 @@ public:
     // Hands one line to the parser; with a null syntax only the tree follows.
     // True when the line's node is another one afterwards.
     bool parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
+    // Takes the line's messages out of the list; the row they stood at, or -1 for a line
+    // that had none (which costs no walk of the list).
     int removeLineMessages(CodeBlockData *data);
     void updateFoldingIndent(CodeBlockData *data);
     // Paints the columns of the line being parsed in a format of the document's table.
@@ -259,6 +261,8 @@ public:
     uint otherCount = 0;
     QVector<CodeBlockData::SyntaxMessage> pendingMessages;
     CodeBlockData *firstMessageBlock = nullptr;
+    // The messages of the lines in that list, kept as lines join and leave it.
+    int listedMessages = 0;
     // The formats of the line being parsed: an index into formatTable per column, 0 for
     // the plain format. Indexes keep the per-column work to a word.
     QVector<quint16> lineFormats;
@@ -287,10 +291,13 @@ public:
         QTextCursor end;
         int endPosition = 0;
         QTextBlock next;
+        // Holds the line handed out last: a line costs no allocation while no one keeps
+        // the one before (a copy that is kept makes the next line a string of its own).
+        QString lineBuffer;
 
         // Where the line ends in `text`; -1 when it can't be read from there.
         int lineEnd(const QTextBlock &block) const;
-        QString line(const QTextBlock &block) const;
+        QString line(const QTextBlock &block);
         // On to `following`, the line below `block`.
         void advance(const QTextBlock &block, const QTextBlock &following);
     };

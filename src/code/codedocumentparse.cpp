@@ -7,6 +7,7 @@
 #include "code/codedocumenthelpers_p.h"
 #include "code/groupcode.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Ovra {
@@ -82,7 +83,7 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         QTextCursor end(document);
         end.movePosition(QTextCursor::End);
         const int endPosition = end.position();
-        passText = PassText{text, 0, std::move(end), endPosition, block};
+        passText = PassText{text, 0, std::move(end), endPosition, block, QString()};
     }
     while (block.isValid() && (!afterLast || stateChanged || headerBehind || unseen)) {
         const int before = block.userState();
@@ -178,7 +179,9 @@ bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *s
         CodeDocumentPrivate::unlinkNode(old);
     if (!previous || previous == old)
         previous = &document->m_root;
-    CodeNode *node = parser->parse(passText.line(block), block, old, previous, &document->m_root, syntax);
+    // A copy of its own: a pass the parser sets off inside its call has a text of its own.
+    const QString text = passText.line(block);
+    CodeNode *node = parser->parse(text, block, old, previous, &document->m_root, syntax);
     data->d->node = node;
     if (old && node != old) {
         // The old node keeps its links to its neighbours: a header that ends finds the
@@ -213,10 +216,15 @@ int CodeDocumentPrivate::PassText::lineEnd(const QTextBlock &block) const
     return lineEnd;
 }
 
-QString CodeDocumentPrivate::PassText::line(const QTextBlock &block) const
+QString CodeDocumentPrivate::PassText::line(const QTextBlock &block)
 {
     const int lineEnd = this->lineEnd(block);
-    return lineEnd < 0 ? block.text() : text.mid(at, lineEnd - at);
+    if (lineEnd < 0)
+        return block.text();
+    const int length = lineEnd - at;
+    lineBuffer.resize(length);
+    std::copy_n(text.constData() + at, length, lineBuffer.data());
+    return lineBuffer;
 }
 
 void CodeDocumentPrivate::PassText::advance(const QTextBlock &block, const QTextBlock &following)
@@ -250,7 +258,7 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
     if (!parser)
         return;
     currentData = blockData(block);
-    const int row = removeLineMessages(currentData);
+    int row = removeLineMessages(currentData);
     lineParentheses.clear();
     currentData->d->parsed = false;
     QTextBlock(block).setUserState(0);
@@ -267,7 +275,12 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
             if (data && !data->d->syntaxMessages.isEmpty())
                 above = data;
         }
+        // A line that had no messages stood in no place of the list: its new ones are
+        // announced behind all listed ones.
+        if (row < 0)
+            row = listedMessages;
         beginInsertRows(QModelIndex(), row, row + pendingMessages.size() - 1);
+        listedMessages += pendingMessages.size();
         currentData->d->syntaxMessages.swap(pendingMessages);
         pendingMessages.clear();
         if (above) {
