@@ -343,6 +343,48 @@ ReadResult readValue(ValueCode::Type type, const QStringList &keywords, const QS
     }
 }
 
+bool readPlainInteger(QStringView text, int *value)
+{
+    const bool negative = !text.isEmpty() && text.front() == QLatin1Char('-');
+    const QStringView digits = negative ? text.mid(1) : text;
+    // Nine digits never overflow an int.
+    if (digits.isEmpty() || digits.size() > 9)
+        return false;
+    int number = 0;
+    for (const QChar c : digits) {
+        const ushort code = c.unicode();
+        if (code < '0' || code > '9')
+            return false;
+        number = number * 10 + int(code - '0');
+    }
+    *value = negative ? -number : number;
+    return true;
+}
+
+bool readPlainIntegers(QStringView text, int *values, int count)
+{
+    if (count < 1 || text.size() < 2 || text.front() != QLatin1Char('(') || text.back() != QLatin1Char(')'))
+        return false;
+    auto blank = [](QChar c) { return c == QLatin1Char(' ') || c == QLatin1Char('\t'); };
+    const int end = int(text.size()) - 1;
+    int at = 1;
+    for (int n = 0; n < count; ++n) {
+        // The last item runs to the bracket; a comma in it fails it as no digit.
+        int itemEnd = n + 1 < count ? int(text.indexOf(QLatin1Char(','), at)) : end;
+        if (itemEnd < 0 || itemEnd > end)
+            return false;
+        int first = at, last = itemEnd;
+        while (first < last && blank(text.at(first)))
+            ++first;
+        while (last > first && blank(text.at(last - 1)))
+            --last;
+        if (!readPlainInteger(text.mid(first, last - first), values + n))
+            return false;
+        at = itemEnd + 1;
+    }
+    return true;
+}
+
 QString number(double value)
 {
     return QString::number(value, 'g', QLocale::FloatingPointShortest);

@@ -6,6 +6,7 @@
 #include "code/valuecode.h"
 
 #include <QStringList>
+#include <QStringView>
 #include <QVariant>
 
 namespace SampleLanguage {
@@ -82,6 +83,13 @@ struct ReadResult
 // Reads the text of a value of `type`; `column` is where `text` starts in its line.
 // `text` carries no comment and no surrounding blanks.
 ReadResult readValue(Ovra::ValueCode::Type type, const QStringList &keywords, const QString &text, int column);
+// Whole numbers in their plainest spelling, read without allocating anything: a long
+// file has one or two lists of them on most lines. An optional '-' and at most nine ASCII
+// digits; a list is "(" items ")" with exactly `count` items between commas, blanks and
+// tabs around them. Anything else gives false, and readValue, which reads every
+// spelling, has the last word: where these succeed it gives the same numbers.
+bool readPlainInteger(QStringView text, int *value);
+bool readPlainIntegers(QStringView text, int *values, int count);
 // The text a value of `type` is written as; keywords may be given as numbers or words.
 QString writeValue(Ovra::ValueCode::Type type, const QStringList &keywords, const QVariant &value);
 // A number as the languages write it: shortest form that reads back the same.

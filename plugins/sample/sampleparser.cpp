@@ -6,6 +6,10 @@
 
 #include "code/rootcode.h"
 
+#include <QVarLengthArray>
+
+#include <algorithm>
+
 using namespace Ovra;
 using namespace SampleLanguage;
 
@@ -68,7 +72,7 @@ bool isIdentifierChar(QChar c)
     return c.isLetterOrNumber() || c == QLatin1Char('_') || c == QLatin1Char('-') || c == QLatin1Char('.');
 }
 
-bool isIdentifier(const QString &word)
+bool isIdentifier(QStringView word)
 {
     if (word.isEmpty())
         return false;
@@ -284,11 +288,12 @@ CodeNode *readAnimation(const Line &line, int start, int end)
 }
 
 // One "name" or "name=value" of a frame line.
+// Views into the line being read, which outlives them.
 struct Field
 {
-    QString name;
+    QStringView name;
     int nameStart = 0;
-    QString value;
+    QStringView value;
     int valueStart = 0;
     bool hasValue = false;
 };
@@ -298,7 +303,7 @@ bool readField(const Line &line, int &at, int end, Field &field)
     field.nameStart = at;
     while (at < end && line.text.at(at).isLetter())
         ++at;
-    field.name = line.text.mid(field.nameStart, at - field.nameStart);
+    field.name = QStringView(line.text).mid(field.nameStart, at - field.nameStart);
     if (field.name.isEmpty()) {
         line.error(QStringLiteral("Unexpected '%1'").arg(line.text.at(at)), at, at + 1);
         return false;
@@ -321,7 +326,7 @@ bool readField(const Line &line, int &at, int end, Field &field)
                 --depth;
             ++at;
         }
-        field.value = line.text.mid(field.valueStart, at - field.valueStart);
+        field.value = QStringView(line.text).mid(field.valueStart, at - field.valueStart);
         if (depth > 0) {
             line.error(QStringLiteral("Unclosed bracket"), field.valueStart, at);
             return false;
@@ -340,13 +345,34 @@ bool readField(const Line &line, int &at, int end, Field &field)
 // Reads a field's value as `type`; false after reporting the error.
 bool fieldValue(const Line &line, const Field &field, ValueCode::Type type, const QStringList &keywords, QVariant *value)
 {
-    const ReadResult read = readValue(type, keywords, field.value, field.valueStart);
+    const ReadResult read = readValue(type, keywords, field.value.toString(), field.valueStart);
     if (!read.ok()) {
         line.error(read.error, read.start, read.end);
         return false;
     }
-    line.token(tokenOf(type), field.valueStart, field.valueStart + field.value.size());
+    line.token(tokenOf(type), field.valueStart, field.valueStart + int(field.value.size()));
     *value = read.value;
+    return true;
+}
+
+// A field of one whole number, or of a pair of them with `count` 2; false after reporting
+// the error. The plain spelling of most lines is read here, any other by readValue.
+bool fieldIntegers(const Line &line, const Field &field, int count, int *values)
+{
+    const bool plain = count == 1 ? readPlainInteger(field.value, values) : readPlainIntegers(field.value, values, count);
+    if (plain) {
+        line.token(NumberToken, field.valueStart, field.valueStart + int(field.value.size()));
+        return true;
+    }
+    QVariant value;
+    if (!fieldValue(line, field, count == 1 ? ValueCode::Int : ValueCode::IntVec2, {}, &value))
+        return false;
+    if (count == 1) {
+        values[0] = value.toInt();
+    } else {
+        values[0] = value.toPoint().x();
+        values[1] = value.toPoint().y();
+    }
     return true;
 }
 
@@ -357,9 +383,10 @@ bool readWords(const Line &line, const Field &field, const QStringList &words, Q
     if (field.value == QLatin1String("none"))
         return true;
     int at = field.valueStart;
-    const QStringList parts = separator.isNull() ? QStringList() : field.value.split(separator);
+    const QString text = field.value.toString();
+    const QStringList parts = separator.isNull() ? QStringList() : text.split(separator);
     if (separator.isNull()) {
-        for (const QChar c : field.value) {
+        for (const QChar c : text) {
             const int bit = words.indexOf(QString(c));
             if (bit < 0) {
                 line.error(QStringLiteral("Unknown flip '%1' (expected h, v, hv or none)").arg(c), at, at + 1);
@@ -380,23 +407,23 @@ bool readWords(const Line &line, const Field &field, const QStringList &words, Q
             at += part.size() + 1;
         }
     }
-    line.token(WordToken, field.valueStart, field.valueStart + field.value.size());
+    line.token(WordToken, field.valueStart, field.valueStart + int(field.value.size()));
     return true;
 }
 
 // The fields of a number or a pair of numbers; any other name is no frame field.
 bool applyNumbers(const Line &line, const Field &field, SampleFrameData &data)
 {
-    const QString &name = field.name;
+    const QStringView name = field.name;
     QVariant value;
     if (name == QLatin1String("delay")) {
-        if (!fieldValue(line, field, ValueCode::Int, {}, &value))
+        if (!fieldIntegers(line, field, 1, &data.delay))
             return false;
-        data.delay = value.toInt();
     } else if (name == QLatin1String("offset")) {
-        if (!fieldValue(line, field, ValueCode::IntVec2, {}, &value))
+        int xy[2];
+        if (!fieldIntegers(line, field, 2, xy))
             return false;
-        data.offset = value.toPoint();
+        data.offset = QPoint(xy[0], xy[1]);
         data.writesDefaults |= data.offset.isNull();
     } else if (name == QLatin1String("scale")) {
         if (!fieldValue(line, field, ValueCode::FloatVec2, {}, &value))
@@ -409,7 +436,7 @@ bool applyNumbers(const Line &line, const Field &field, SampleFrameData &data)
         data.angle = value.toDouble();
         data.writesDefaults |= data.angle == 0.0;
     } else {
-        line.error(QStringLiteral("Unknown frame field '%1'").arg(name), field.nameStart, field.nameStart + name.size());
+        line.error(QStringLiteral("Unknown frame field '%1'").arg(name), field.nameStart, field.nameStart + int(name.size()));
         return false;
     }
     return true;
@@ -418,8 +445,8 @@ bool applyNumbers(const Line &line, const Field &field, SampleFrameData &data)
 // blend=mode or blend=mode(source, destination).
 bool applyBlend(const Line &line, const Field &field, SampleFrameData &data)
 {
-    const int open = field.value.indexOf(QLatin1Char('('));
-    const QString word = open < 0 ? field.value : field.value.left(open);
+    const int open = int(field.value.indexOf(QLatin1Char('(')));
+    const QString word = (open < 0 ? field.value : field.value.left(open)).toString();
     const int mode = SampleFrameData::blendWords().indexOf(word);
     if (mode < 0) {
         line.error(QStringLiteral("Unknown blend mode '%1' (expected %2)")
@@ -449,33 +476,29 @@ bool applyIdentifier(const Line &line, const Field &field, SampleFrameData &data
 {
     if (!isIdentifier(field.value)) {
         line.error(QStringLiteral("Bad frame identifier '%1'").arg(field.value), field.valueStart,
-                   field.valueStart + field.value.size());
+                   field.valueStart + int(field.value.size()));
         return false;
     }
-    line.token(NameToken, field.valueStart, field.valueStart + field.value.size());
-    data.identifier = field.value;
+    line.token(NameToken, field.valueStart, field.valueStart + int(field.value.size()));
+    data.identifier = field.value.toString();
     return true;
 }
 
 bool applyField(const Line &line, const Field &field, SampleFrameData &data)
 {
     static const QStringList flips{QStringLiteral("h"), QStringLiteral("v")};
-    const QString &name = field.name;
+    const QStringView name = field.name;
     const bool flag = name == QLatin1String("loop");
     if (flag == field.hasValue) {
         line.error(flag ? QStringLiteral("'loop' takes no value") : QStringLiteral("'%1' needs a value: %1=...").arg(name),
-                   field.nameStart, field.nameStart + name.size());
+                   field.nameStart, field.nameStart + int(name.size()));
         return false;
     }
     if (name == QLatin1String("wait")) {
         line.deprecated(KeyToken, QStringLiteral("'wait' is deprecated: use 'delay'"), field.nameStart, field.nameStart + 4);
-        QVariant value;
-        if (!fieldValue(line, field, ValueCode::Int, {}, &value))
-            return false;
-        data.delay = value.toInt();
-        return true;
+        return fieldIntegers(line, field, 1, &data.delay);
     }
-    line.token(KeyToken, field.nameStart, field.nameStart + name.size());
+    line.token(KeyToken, field.nameStart, field.nameStart + int(name.size()));
     if (name == QLatin1String("flip")) {
         if (!readWords(line, field, flips, QChar(), &data.flip))
             return false;
@@ -516,14 +539,15 @@ CodeNode *readFrame(const Line &line, int start, int end)
         return nullptr;
     }
     Field sprite;
-    sprite.value = line.text.mid(at, close + 1 - at);
+    sprite.value = QStringView(line.text).mid(at, close + 1 - at);
     sprite.valueStart = at;
-    QVariant value;
-    if (!fieldValue(line, sprite, ValueCode::IntVec2, {}, &value))
+    int xy[2];
+    if (!fieldIntegers(line, sprite, 2, xy))
         return nullptr;
     SampleFrameData data;
-    data.sprite = value.toPoint();
-    QStringList seen;
+    data.sprite = QPoint(xy[0], xy[1]);
+    // A frame has few fields: the names seen so far are looked through.
+    QVarLengthArray<QStringView, 8> seen;
     at = close + 1;
     while (true) {
         const int blank = at;
@@ -538,12 +562,12 @@ CodeNode *readFrame(const Line &line, int start, int end)
         Field field;
         if (!readField(line, at, end, field) || !applyField(line, field, data))
             return nullptr;
-        const QString name = field.name == QLatin1String("wait") ? QStringLiteral("delay") : field.name;
-        if (seen.contains(name)) {
+        const QStringView name = field.name == QLatin1String("wait") ? QStringView(u"delay") : field.name;
+        if (std::find(seen.cbegin(), seen.cend(), name) != seen.cend()) {
             line.warning(KeyToken, QStringLiteral("'%1' given twice: the last one counts").arg(field.name), field.nameStart,
-                         field.nameStart + field.name.size());
+                         field.nameStart + int(field.name.size()));
         }
-        seen << name;
+        seen.append(name);
     }
     if (auto *frame = line.old<SampleFrame>(CodeNode::Frame)) {
         frame->update(data);
@@ -560,21 +584,27 @@ CodeNode *readBox(const Line &line, int start, int end, ContactBoxCode::BoxType 
         return nullptr;
     }
     line.token(HeaderToken, start, start + word);
-    const QString rest = line.text.mid(start + word, end - start - word);
-    const int listStart = start + word + leadingBlanks(rest).size();
+    // The line ends in no blank: the list runs from behind the blanks to the end.
+    int listStart = start + word;
+    while (listStart < end && line.text.at(listStart).isSpace())
+        ++listStart;
     if (listStart == start + word) {
         line.error(QStringLiteral("Expected the corners as (X1, Y1, X2, Y2)"), start, end);
         return nullptr;
     }
-    const ReadResult read = readValue(ValueCode::IntVec4, {}, rest.trimmed(), listStart);
-    if (!read.ok()) {
-        line.error(read.error, read.start, read.end);
-        return nullptr;
+    int corners[4];
+    if (!readPlainIntegers(QStringView(line.text).mid(listStart, end - listStart), corners, 4)) {
+        const ReadResult read = readValue(ValueCode::IntVec4, {}, line.text.mid(listStart, end - listStart), listStart);
+        if (!read.ok()) {
+            line.error(read.error, read.start, read.end);
+            return nullptr;
+        }
+        const QVariantList items = read.value.toList();
+        for (int i = 0; i < 4; ++i)
+            corners[i] = items.at(i).toInt();
     }
     line.token(NumberToken, listStart, end);
-    const QVariantList corners = read.value.toList();
-    const QRect rect(QPoint(corners.at(0).toInt(), corners.at(1).toInt()),
-                     QPoint(corners.at(2).toInt(), corners.at(3).toInt()));
+    const QRect rect(QPoint(corners[0], corners[1]), QPoint(corners[2], corners[3]));
     if (auto *box = line.old<SampleBox>(CodeNode::HitBox)) {
         box->update(type, rect);
         return box;
@@ -587,7 +617,7 @@ CodeNode *readAnimationLine(const Line &line, int start, int end)
     int wordEnd = start;
     while (wordEnd < end && line.text.at(wordEnd).isLetter())
         ++wordEnd;
-    const QString word = line.text.mid(start, wordEnd - start);
+    const QStringView word = QStringView(line.text).mid(start, wordEnd - start);
     const bool separated = wordEnd == end || line.text.at(wordEnd).isSpace();
     if (separated && word == QLatin1String("animation"))
         return readAnimation(line, start, end);

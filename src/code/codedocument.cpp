@@ -73,6 +73,7 @@ CodeDocument::~CodeDocument()
     d->parser = nullptr;
     d->destroying = true;
     d->firstMessageBlock = nullptr;
+    d->listedMessages = 0;
     QTextDocument::clear();
     d->destroying = false;
     d->unfreezeModel();

@@ -62,14 +62,15 @@ public:
     {
         if (vector.isEmpty())
             return QVector<T>();
-        // Neighbouring lines often look alike: the last one handed out comes first.
-        if (vector == m_last)
-            return m_last;
-        const auto found = m_inUse.constFind(vector);
-        if (found != m_inUse.constEnd()) {
-            m_last = *found;
-            return m_last;
+        // Neighbouring lines often look alike, or repeat a short pattern: the last few
+        // handed out come before the set, which hashes the whole vector.
+        for (const QVector<T> &recent : m_recent) {
+            if (recent == vector)
+                return recent;
         }
+        const auto found = m_inUse.constFind(vector);
+        if (found != m_inUse.constEnd())
+            return remember(*found);
         if (m_inUse.size() >= m_limit) {
             for (auto it = m_inUse.begin(); it != m_inUse.end();) {
                 if (it->isDetached()) // only the set holds it
@@ -80,13 +81,21 @@ public:
             m_limit = qMax(1024, m_inUse.size() * 2);
         }
         m_inUse.insert(vector);
-        m_last = vector;
-        return m_last;
+        return remember(vector);
     }
 
 private:
+    const QVector<T> &remember(const QVector<T> &vector)
+    {
+        m_next = (m_next + 1) % RecentCount;
+        m_recent[m_next] = vector;
+        return m_recent[m_next];
+    }
+
+    static constexpr int RecentCount = 4;
     QSet<QVector<T>> m_inUse;
-    QVector<T> m_last;
+    QVector<T> m_recent[RecentCount];
+    int m_next = 0;
     int m_limit = 1024;
 };
 
@@ -210,6 +219,8 @@ public:
     // Hands one line to the parser; with a null syntax only the tree follows.
     // True when the line's node is another one afterwards.
     bool parseNode(const QTextBlock &block, CodeParserSyntax *syntax);
+    // Takes the line's messages out of the list; the row they stood at, or -1 for a line
+    // that had none (which costs no walk of the list).
     int removeLineMessages(CodeBlockData *data);
     void updateFoldingIndent(CodeBlockData *data);
     // Paints the columns of the line being parsed in a format of the document's table.
@@ -250,6 +261,8 @@ public:
     uint otherCount = 0;
     QVector<CodeBlockData::SyntaxMessage> pendingMessages;
     CodeBlockData *firstMessageBlock = nullptr;
+    // The messages of the lines in that list, kept as lines join and leave it.
+    int listedMessages = 0;
     // The formats of the line being parsed: an index into formatTable per column, 0 for
     // the plain format. Indexes keep the per-column work to a word.
     QVector<quint16> lineFormats;
@@ -273,13 +286,20 @@ public:
     {
         QString text;
         int at = -1; // where `next` starts, or -1: lines are read from the document
-        int characters = 0;
+        // Sits at the end of the document: any edit moves it, which asking the document's
+        // size would tell only at the cost of a walk of its tree on every line.
+        QTextCursor end;
+        int endPosition = 0;
         QTextBlock next;
+        // Holds the line handed out last: a line costs no allocation while no one keeps
+        // the one before (a copy that is kept makes the next line a string of its own).
+        QString lineBuffer;
 
         // Where the line ends in `text`; -1 when it can't be read from there.
         int lineEnd(const QTextBlock &block) const;
-        QString line(const QTextBlock &block) const;
-        void advance(const QTextBlock &block);
+        QString line(const QTextBlock &block);
+        // On to `following`, the line below `block`.
+        void advance(const QTextBlock &block, const QTextBlock &following);
     };
     PassText passText;
     // The text being put into the document by a load, while it is.

@@ -87,6 +87,11 @@ void CodeDocumentPrivate::warning(TokenType type, const QString &text, int start
 
 int CodeDocumentPrivate::removeLineMessages(CodeBlockData *data)
 {
+    // Only lines with messages are in the list: most lines of a pass are not, and looking
+    // for them would walk the whole list on every line.
+    QVector<CodeBlockData::SyntaxMessage> &messages = data->d->syntaxMessages;
+    if (messages.isEmpty())
+        return -1;
     // The row where the line's messages stood: all messages of the lines before it.
     int row = 0;
     CodeBlockData **link = &firstMessageBlock;
@@ -94,9 +99,6 @@ int CodeDocumentPrivate::removeLineMessages(CodeBlockData *data)
         row += (*link)->d->syntaxMessages.size();
         link = &(*link)->d->nextWithMessages;
     }
-    QVector<CodeBlockData::SyntaxMessage> &messages = data->d->syntaxMessages;
-    if (messages.isEmpty())
-        return row;
     // Announced from row 0 whatever the line's place: views read the list again.
     beginRemoveRows(QModelIndex(), 0, messages.size() - 1);
     for (const CodeBlockData::SyntaxMessage &message : qAsConst(messages)) {
@@ -106,9 +108,11 @@ int CodeDocumentPrivate::removeLineMessages(CodeBlockData *data)
         default: --otherCount; break;
         }
     }
-    messages.clear();
-    if (*link == data)
+    if (*link == data) {
         *link = data->d->nextWithMessages;
+        listedMessages -= messages.size();
+    }
+    messages.clear();
     data->d->nextWithMessages = nullptr;
     endRemoveRows();
     return row;

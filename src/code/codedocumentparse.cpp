@@ -7,6 +7,7 @@
 #include "code/codedocumenthelpers_p.h"
 #include "code/groupcode.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Ovra {
@@ -79,7 +80,10 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
     const PassText outerText = std::exchange(passText, PassText());
     if (block == document->begin() && (wholePass || last == document->lastBlock())) {
         const QString text = loadingText.isNull() ? document->toRawText() : loadingText;
-        passText = PassText{text, 0, document->characterCount(), block};
+        QTextCursor end(document);
+        end.movePosition(QTextCursor::End);
+        const int endPosition = end.position();
+        passText = PassText{text, 0, std::move(end), endPosition, block, QString()};
     }
     while (block.isValid() && (!afterLast || stateChanged || headerBehind || unseen)) {
         const int before = block.userState();
@@ -89,7 +93,8 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         parseLine(block, highlight);
         if (reparsePending || (rehighlightPending && !runToEnd))
             break;
-        const CodeBlockData *below = testBlockData(block.next());
+        const QTextBlock following = block.next();
+        const CodeBlockData *below = testBlockData(following);
         stateChanged = below ? below->d->stateBefore != block.userState() : block.userState() != before;
         const CodeBlockData *parsed = testBlockData(block);
         const CodeNode *now = parsed ? parsed->d->node : nullptr;
@@ -99,8 +104,8 @@ void CodeDocumentPrivate::parsePass(int position, int removed, int added)
         if (unseen && afterLast && now && !isHeader(now))
             unseen = false;
         afterLast = afterLast || block == last;
-        passText.advance(block);
-        block = block.next();
+        passText.advance(block, following);
+        block = following;
     }
     passText = outerText;
     lineFormats.clear();
@@ -174,7 +179,9 @@ bool CodeDocumentPrivate::parseNode(const QTextBlock &block, CodeParserSyntax *s
         CodeDocumentPrivate::unlinkNode(old);
     if (!previous || previous == old)
         previous = &document->m_root;
-    CodeNode *node = parser->parse(passText.line(block), block, old, previous, &document->m_root, syntax);
+    // A copy of its own: a pass the parser sets off inside its call has a text of its own.
+    const QString text = passText.line(block);
+    CodeNode *node = parser->parse(text, block, old, previous, &document->m_root, syntax);
     data->d->node = node;
     if (old && node != old) {
         // The old node keeps its links to its neighbours: a header that ends finds the
@@ -203,31 +210,35 @@ int CodeDocumentPrivate::PassText::lineEnd(const QTextBlock &block) const
     // and a line end follows it.
     if (at < 0 || block != next)
         return -1;
-    const int end = at + block.length() - 1;
-    if (end > text.size() || (end < text.size() ? !endsLine(text.at(end)) : block.next().isValid()))
+    const int lineEnd = at + block.length() - 1;
+    if (lineEnd > text.size() || (lineEnd < text.size() ? !endsLine(text.at(lineEnd)) : block.next().isValid()))
         return -1;
-    return end;
+    return lineEnd;
 }
 
-QString CodeDocumentPrivate::PassText::line(const QTextBlock &block) const
+QString CodeDocumentPrivate::PassText::line(const QTextBlock &block)
 {
-    const int end = lineEnd(block);
-    return end < 0 ? block.text() : text.mid(at, end - at);
+    const int lineEnd = this->lineEnd(block);
+    if (lineEnd < 0)
+        return block.text();
+    const int length = lineEnd - at;
+    lineBuffer.resize(length);
+    std::copy_n(text.constData() + at, length, lineBuffer.data());
+    return lineBuffer;
 }
 
-void CodeDocumentPrivate::PassText::advance(const QTextBlock &block)
+void CodeDocumentPrivate::PassText::advance(const QTextBlock &block, const QTextBlock &following)
 {
-    // A document changed while the line was parsed no longer matches the text (the size
-    // costs a walk of the document's tree, so it is asked once a line).
-    const int end = lineEnd(block);
-    if (end < 0 || block.document()->characterCount() != characters) {
+    // A document changed while the line was parsed no longer matches the text.
+    const int lineEnd = this->lineEnd(block);
+    if (lineEnd < 0 || end.isNull() || end.position() != endPosition) {
         at = -1;
         return;
     }
     // "\r\n" is one line end; the last line has none.
-    const bool pair = end + 1 < text.size() && text.at(end) == QLatin1Char('\r') && text.at(end + 1) == QLatin1Char('\n');
-    at = end + (pair ? 2 : 1);
-    next = block.next();
+    const bool pair = lineEnd + 1 < text.size() && text.at(lineEnd) == QLatin1Char('\r') && text.at(lineEnd + 1) == QLatin1Char('\n');
+    at = lineEnd + (pair ? 2 : 1);
+    next = following;
 }
 
 void CodeDocumentPrivate::unlinkNode(CodeNode *node)
@@ -247,7 +258,7 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
     if (!parser)
         return;
     currentData = blockData(block);
-    const int row = removeLineMessages(currentData);
+    int row = removeLineMessages(currentData);
     lineParentheses.clear();
     currentData->d->parsed = false;
     QTextBlock(block).setUserState(0);
@@ -264,7 +275,12 @@ void CodeDocumentPrivate::parseLine(const QTextBlock &block, bool highlight)
             if (data && !data->d->syntaxMessages.isEmpty())
                 above = data;
         }
+        // A line that had no messages stood in no place of the list: its new ones are
+        // announced behind all listed ones.
+        if (row < 0)
+            row = listedMessages;
         beginInsertRows(QModelIndex(), row, row + pendingMessages.size() - 1);
+        listedMessages += pendingMessages.size();
         currentData->d->syntaxMessages.swap(pendingMessages);
         pendingMessages.clear();
         if (above) {

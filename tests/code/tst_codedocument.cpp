@@ -111,6 +111,7 @@ private slots:
     void treeFollowsText();
     void editingALineKeepsItsNode();
     void brokenHeaderGivesValuesAwayUntilRetyped();
+    void messagesFollowTheLinesInOrder();
     void bracketKeepsTreeCurrentAndUndoesAtOnce();
     void savesWithCrLfAndTabs();
     void foreignLoadAndBackgroundSave();
@@ -191,6 +192,55 @@ void CodeDocumentTest::brokenHeaderGivesValuesAwayUntilRetyped()
     QCOMPARE(document.messages()->count(Message::All), 0u);
     QCOMPARE(list.errorCount(), 0u);
     list.unregisterMessages(document.messages());
+}
+
+void CodeDocumentTest::messagesFollowTheLinesInOrder()
+{
+    // The lines of messages, in the order the list gives them.
+    auto linesOf = [](Messages *messages) {
+        QList<uint> lines;
+        for (uint i = 0; i < messages->count(Message::All); ++i)
+            lines << messages->at(i, Message::All).line;
+        return lines;
+    };
+    TestDocument document;
+    Messages *messages = document.messages();
+    document.fromString(QStringLiteral("[Stats]\nbad\nspeed = 1\nbad\nbad\nweight = 2\n"));
+    QCOMPARE(linesOf(messages), QList<uint>({1, 3, 4}));
+    QCOMPARE(messages->rowCount(), 3);
+
+    // A message of a line at the end is announced behind those before it.
+    QSignalSpy inserted(messages, &QAbstractItemModel::rowsInserted);
+    document.replaceLine(5, QStringLiteral("bad"));
+    QCOMPARE(inserted.count(), 1);
+    QCOMPARE(inserted.at(0).at(1).toInt(), 3);
+    QCOMPARE(inserted.at(0).at(2).toInt(), 3);
+    // Lines in between and at the start join the list in their place; lines that lose
+    // their message leave it.
+    document.replaceLine(2, QStringLiteral("bad"));
+    document.replaceLine(0, QStringLiteral("bad"));
+    QCOMPARE(linesOf(messages), QList<uint>({0, 1, 2, 3, 4, 5}));
+    document.replaceLine(3, QStringLiteral("speed = 3"));
+    document.replaceLine(0, QStringLiteral("[Stats]"));
+    QCOMPARE(linesOf(messages), QList<uint>({1, 2, 4, 5}));
+    QCOMPARE(messages->rowCount(), 4);
+    QCOMPARE(messages->count(Message::Error), 4u);
+
+    // A long text of which every other line is wrong, loaded and read again.
+    QString text = QStringLiteral("[Stats]\n");
+    for (int i = 0; i < 500; ++i)
+        text += QStringLiteral("bad\nspeed = %1\n").arg(i);
+    document.fromString(text);
+    QCOMPARE(messages->count(Message::All), 500u);
+    QCOMPARE(messages->rowCount(), 500);
+    QCOMPARE(messages->at(0, Message::All).line, 1u);
+    QCOMPARE(messages->at(499, Message::All).line, 999u);
+    document.reparse();
+    QCOMPARE(messages->count(Message::Error), 500u);
+    QCOMPARE(messages->at(250, Message::All).line, 501u);
+    document.fromString(QStringLiteral("[Stats]\n"));
+    QCOMPARE(messages->count(Message::All), 0u);
+    QCOMPARE(messages->rowCount(), 0);
 }
 
 void CodeDocumentTest::bracketKeepsTreeCurrentAndUndoesAtOnce()

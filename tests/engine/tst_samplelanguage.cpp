@@ -138,6 +138,10 @@ private slots:
     void valuesReadAndWrittenBack();
     void reports_data();
     void reports();
+    void plainIntegersAgreeWithReadValue_data();
+    void plainIntegersAgreeWithReadValue();
+    void spellingsOfNumbersInFramesAndBoxes_data();
+    void spellingsOfNumbersInFramesAndBoxes();
     void versionLineAndGroups();
     void contradictingVersionLinesSettle();
     void editValuesThroughGroups();
@@ -249,6 +253,12 @@ void SampleLanguageTest::reports_data()
     QTest::newRow("unknown ease") << true << "    frame (0, 0) ease=offset+spin" << 0 << 29 << 33 << "Unknown word 'spin'";
     QTest::newRow("loop with value") << true << "    frame (0, 0) loop=1" << 0 << 17 << 21 << "no value";
     QTest::newRow("short box") << true << "        attack (1, 2, 3)" << 0 << 15 << 24 << "Expected 4 items";
+    QTest::newRow("box number too big") << true << "        body (1, 2, 3, 12345678901)" << 0 << 23 << 34 << "Bad whole number '12345678901'";
+    QTest::newRow("box of five") << true << "        body (1, 2, 3, 4, 5)" << 0 << 13 << 28 << "Expected 4 items, found 5";
+    QTest::newRow("box empty item") << true << "        body (1, , 3, 4)" << 0 << 16 << 17 << "Empty item";
+    QTest::newRow("sprite number too big") << true << "    frame (9999999999, 0)" << 0 << 11 << 21 << "Bad whole number";
+    QTest::newRow("delay too big") << true << "    frame (0, 0) delay=2147483648" << 0 << 23 << 33 << "Bad whole number";
+    QTest::newRow("offset of one") << true << "    frame (0, 0) offset=(1)" << 0 << 24 << 27 << "Expected 2 items, found 1";
     QTest::newRow("no identifier") << true << "animation" << 0 << 0 << 9 << "Missing identifier";
     QTest::newRow("unclosed name") << true << "animation 3 \"Walk" << 0 << 12 << 17 << "Unclosed quote";
     QTest::newRow("unquoted name") << true << "animation 3 Walk" << 0 << 12 << 16 << "double quotes";
@@ -285,6 +295,134 @@ void SampleLanguageTest::reports()
     for (CodeNode *node = document->root()->next(); node; node = node->next())
         ++nodes;
     QCOMPARE(nodes, (animation ? 2 : 1) + (kind == 0 ? 0 : 1));
+}
+
+void SampleLanguageTest::plainIntegersAgreeWithReadValue_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<bool>("plain");
+
+    QTest::newRow("one") << "7" << 1 << true;
+    QTest::newRow("negative") << "-40" << 1 << true;
+    QTest::newRow("minus zero") << "-0" << 1 << true;
+    QTest::newRow("leading zeros") << "007" << 1 << true;
+    QTest::newRow("nine digits") << "999999999" << 1 << true;
+    QTest::newRow("ten digits") << "1000000000" << 1 << false;
+    QTest::newRow("past int") << "2147483648" << 1 << false;
+    QTest::newRow("plus") << "+3" << 1 << false;
+    QTest::newRow("unicode minus") << QString(QChar(0x2212)) + QLatin1Char('3') << 1 << false;
+    QTest::newRow("arabic digit") << QString(QChar(0x0663)) << 1 << false;
+    QTest::newRow("blank around") << " 3 " << 1 << false;
+    QTest::newRow("lone minus") << "-" << 1 << false;
+    QTest::newRow("empty") << "" << 1 << false;
+    QTest::newRow("letter") << "3x" << 1 << false;
+    QTest::newRow("hex") << "0x10" << 1 << false;
+    QTest::newRow("pair") << "(1, -2)" << 2 << true;
+    QTest::newRow("pair tight") << "(1,-2)" << 2 << true;
+    QTest::newRow("pair wide") << "(  1 ,\t-2\t)" << 2 << true;
+    QTest::newRow("pair of one") << "(1)" << 2 << false;
+    QTest::newRow("pair of three") << "(1, 2, 3)" << 2 << false;
+    QTest::newRow("pair empty item") << "(1, )" << 2 << false;
+    QTest::newRow("pair empty") << "()" << 2 << false;
+    QTest::newRow("pair open") << "(1, 2" << 2 << false;
+    QTest::newRow("pair bare") << "1, 2" << 2 << false;
+    QTest::newRow("pair other blank") << QStringLiteral("(1,") + QChar(0x00A0) + QStringLiteral("2)") << 2 << false;
+    QTest::newRow("pair float") << "(1.5, 2)" << 2 << false;
+    QTest::newRow("corners") << "(-10, -40, 10, 0)" << 4 << true;
+    QTest::newRow("corners of three") << "(1, 2, 3)" << 4 << false;
+    QTest::newRow("corners of five") << "(1, 2, 3, 4, 5)" << 4 << false;
+    QTest::newRow("corners big") << "(1, 2, 3, 12345678901)" << 4 << false;
+    QTest::newRow("corners nested") << "(1, (2), 3, 4)" << 4 << false;
+    QTest::newRow("bracket alone") << "(" << 4 << false;
+}
+
+// The plain readers take a part of what readValue reads, to the same numbers; what they
+// leave, readValue reads or refuses on its own.
+void SampleLanguageTest::plainIntegersAgreeWithReadValue()
+{
+    QFETCH(QString, text);
+    QFETCH(int, count);
+    QFETCH(bool, plain);
+
+    int values[4] = {};
+    const bool read = count == 1 ? SampleLanguage::readPlainInteger(text, values)
+                                 : SampleLanguage::readPlainIntegers(text, values, count);
+    QCOMPARE(read, plain);
+    if (!read)
+        return;
+    const ValueCode::Type type = count == 1 ? ValueCode::Int : count == 2 ? ValueCode::IntVec2 : ValueCode::IntVec4;
+    const SampleLanguage::ReadResult full = SampleLanguage::readValue(type, {}, text, 0);
+    QVERIFY2(full.ok(), qPrintable(full.error));
+    QVariantList numbers;
+    if (count == 1)
+        numbers << full.value;
+    else if (count == 2)
+        numbers << full.value.toPoint().x() << full.value.toPoint().y();
+    else
+        numbers = full.value.toList();
+    QCOMPARE(numbers.size(), count);
+    for (int i = 0; i < count; ++i)
+        QCOMPARE(values[i], numbers.at(i).toInt());
+}
+
+void SampleLanguageTest::spellingsOfNumbersInFramesAndBoxes_data()
+{
+    QTest::addColumn<QString>("frame");
+    QTest::addColumn<QString>("box");
+
+    QTest::newRow("tight") << "frame (3,4) delay=5 offset=(-1,2)" << "attack (1,-2,30,40)";
+    QTest::newRow("wide") << "frame ( 3 , 4 )\tdelay=5  offset=( -1,\t2 )" << "attack  ( 1 , -2 , 30 , 40 )";
+    QTest::newRow("plus signs") << "frame (+3, +4) delay=+5 offset=(-1, +2)" << "attack (+1, -2, +30, 40)";
+    QTest::newRow("leading zeros") << "frame (03, 004) delay=05 offset=(-01, 2)" << "attack (01, -02, 30, 040)";
+    QTest::newRow("other blanks") << QStringLiteral("frame (3,") + QChar(0x2003) + QStringLiteral("4) delay=5 offset=(-1, 2)")
+                                  << QStringLiteral("attack (1,") + QChar(0x00A0) + QStringLiteral("-2, 30, 40)");
+}
+
+// Numbers of frames and boxes in any spelling readValue takes give the nodes of their
+// regular spelling, and count the same tokens.
+void SampleLanguageTest::spellingsOfNumbersInFramesAndBoxes()
+{
+    QFETCH(QString, frame);
+    QFETCH(QString, box);
+
+    auto load = [](const QString &frameLine, const QString &boxLine, SampleFrameData *data, QRect *rect) {
+        auto *document = new AnimationDocument;
+        auto *animations = new SampleAnimations(document);
+        document->fromString(QStringLiteral("animation 1\n    ") + frameLine + QStringLiteral("\n        ") + boxLine
+                             + QLatin1Char('\n'));
+        const uint errors = document->fileMessages()->count(Message::Error);
+        auto *sample = animations->count() == 1 && animations->at(0)->frameCount() == 1
+            ? static_cast<SampleFrame *>(animations->at(0)->frameAt(0))
+            : nullptr;
+        ContactBoxesCode *attacks = sample ? sample->contactBoxes(ContactBoxCode::Attack) : nullptr;
+        if (sample)
+            *data = sample->data();
+        const bool oneBox = attacks && attacks->count() == 1;
+        if (oneBox)
+            *rect = attacks->at(0)->rect();
+        animations->release();
+        return errors == 0 && oneBox;
+    };
+    SampleFrameData regular, spelt;
+    QRect regularRect, speltRect;
+    QVERIFY(load(QStringLiteral("frame (3, 4) delay=5 offset=(-1, 2)"), QStringLiteral("attack (1, -2, 30, 40)"),
+                 &regular, &regularRect));
+    QVERIFY(load(frame, box, &spelt, &speltRect));
+    QCOMPARE(spelt.sprite, QPoint(3, 4));
+    QCOMPARE(spelt.delay, 5);
+    QCOMPARE(spelt.offset, QPoint(-1, 2));
+    QCOMPARE(spelt.text(), regular.text());
+    QCOMPARE(speltRect, QRect(QPoint(1, -2), QPoint(30, 40)));
+    QCOMPARE(speltRect, regularRect);
+
+    // The parser paints as many tokens either way.
+    Held<CodeDocument> document = newDocument(true);
+    document->fromString(QStringLiteral("animation 1\n    frame (0, 0) delay=1\n"));
+    const int tokens = parseAtEnd(document.get(), QStringLiteral("    ") + frame).tokens;
+    QCOMPARE(tokens, parseAtEnd(document.get(), QStringLiteral("    frame (3, 4) delay=5 offset=(-1, 2)")).tokens);
+    QCOMPARE(parseAtEnd(document.get(), QStringLiteral("        ") + box).tokens,
+             parseAtEnd(document.get(), QStringLiteral("        attack (1, -2, 30, 40)")).tokens);
 }
 
 void SampleLanguageTest::versionLineAndGroups()
