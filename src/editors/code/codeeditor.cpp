@@ -294,8 +294,9 @@ void CodeEditor::setCurrentLine(const LinePos &position)
     verticalScrollBar()->setValue(position.scroll);
 }
 
-// The cursor goes first to a line a screen (or half of one) further on, which scrolls the
-// view so far, and then to the line itself, which then stands at the top (or in the middle).
+// For the top or the middle, the cursor goes first to a line a screen (or half of one)
+// further on, which scrolls the view so far, and then to the line itself, which then
+// stands at the top (or in the middle). Otherwise the view moves only as far as needed.
 void CodeEditor::setCurrentLine(uint line, LineType type)
 {
     const QTextBlock block = document()->findBlockByNumber(int(line));
@@ -303,19 +304,24 @@ void CodeEditor::setCurrentLine(uint line, LineType type)
         return;
     const int height = qMax(1, fontMetrics().height());
     const int shown = qMax(1, viewport()->height() / height);
-    const int first = firstVisibleBlock().blockNumber();
-    const int target = int(line);
-    if (type != Visible && (target < first || target >= first + shown)) {
-        int step = target;
+    QScrollBar *bar = verticalScrollBar();
+    const int first = bar->value();
+    const int target = block.firstLineNumber();
+    if (type == Visible) {
+        if (target >= first + shown)
+            bar->setValue(target - shown + 1);
+        else if (target < first)
+            bar->setValue(target);
+    } else if (target < first || target >= first + shown) {
+        int step = int(line);
         if (target >= first)
-            step = target + (type == Top ? shown - 1 : shown / 2);
+            step = int(line) + (type == Top ? shown - 1 : shown / 2);
         else if (type == Middle)
-            step = target - shown / 2;
+            step = int(line) - shown / 2;
         step = qBound(0, step, document()->blockCount() - 1);
         setTextCursor(QTextCursor(document()->findBlockByNumber(step)));
     }
     setTextCursor(QTextCursor(block));
-    ensureCursorVisible();
 }
 
 int CodeEditor::displayedLineCount() const
