@@ -130,26 +130,33 @@ void CodeEditorPrivate::updateRequest(const QRect &rect, int dy)
 void CodeEditorPrivate::cursorMoved()
 {
     const QTextCursor cursor = q->textCursor();
-    emit q->currentLineChanged(cursor.blockNumber());
-    emit q->cursorChanged(QPoint(cursor.positionInBlock(), cursor.blockNumber()));
+    const int line = cursor.blockNumber();
+    emit q->currentLineChanged(line);
+    emit q->cursorChanged(QPoint(cursor.positionInBlock(), line));
     if (formatting.highlightBlocks) {
-        blockForRanges = cursor.blockNumber();
+        blockForRanges = line;
         blockTimer.start();
     }
     startParenTimer();
-    updateExtraSelections();
+    // The band's cursor moves with the text: within its line there is nothing to redo.
+    if (line != highlightedLine) {
+        updateExtraSelections();
+        area->update();
+    }
 }
 
 // The current line's band, then the parenthesis selections on top of it.
 void CodeEditorPrivate::updateExtraSelections()
 {
     QList<QTextEdit::ExtraSelection> selections;
+    highlightedLine = -1;
     if (formatting.highlightLine && formatting.lineColor.isValid()) {
         QTextEdit::ExtraSelection line;
         line.format.setBackground(formatting.lineColor);
         line.format.setProperty(QTextFormat::FullWidthSelection, true);
         line.cursor = q->textCursor();
         line.cursor.clearSelection();
+        highlightedLine = line.cursor.blockNumber();
         selections << line;
     }
     selections += parenSelections;
@@ -221,6 +228,7 @@ void CodeEditor::setDocument(CodeDocument *document)
     d->hoverRanges.clear();
     d->parenSelections.clear();
     d->parenResult = 0;
+    d->foldsClosed = false;
     d->markedLine = QTextCursor();
     d->hoveredFoldLine = d->pendingFoldLine = -1;
     // Without a document the base class makes an empty one of its own.
@@ -385,13 +393,9 @@ void CodeEditor::keyPressEvent(QKeyEvent *event)
 
 void CodeEditor::paintEvent(QPaintEvent *event)
 {
-    {
-        QPainter painter(viewport());
-        d->paintBands(painter, event->rect());
-    }
+    d->paintBands(event->rect());
     QPlainTextEdit::paintEvent(event);
-    QPainter painter(viewport());
-    d->paintFoldBoxes(painter, event->rect());
+    d->paintFoldBoxes(event->rect());
 }
 
 void CodeEditor::resizeEvent(QResizeEvent *event)

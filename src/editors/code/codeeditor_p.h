@@ -66,8 +66,8 @@ public:
     template<typename Paint>
     void forVisibleBlocks(const QRect &clip, Paint paint) const;
     void paintArea(QPaintEvent *event);
-    void paintBands(QPainter &painter, const QRect &clip);
-    void paintFoldBoxes(QPainter &painter, const QRect &clip);
+    void paintBands(const QRect &clip);
+    void paintFoldBoxes(const QRect &clip);
     QRect foldBoxRect(const QTextBlock &block) const;
     void paintAreaBlock(QPainter &painter, const QTextBlock &block, int top, int height);
     void paintFoldHandle(QPainter &painter, const QRect &rect, bool folded);
@@ -113,6 +113,8 @@ public:
     QIcon expandIcon;
 
     int blockForRanges = -1;           // the cursor's block when the block timer started
+    bool foldsClosed = false;          // a fold has been closed since the document came
+    int highlightedLine = -1;          // of the current line's band; -1 for none
     int digits = 0;                    // of the line count, as the margin was last sized
     QList<QTextEdit::ExtraSelection> parenSelections;
     int parenResult = 0;               // of the last match: 0 none, 1 a pair, 2 a mismatch

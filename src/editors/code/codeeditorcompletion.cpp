@@ -1,7 +1,6 @@
 #include "editors/code/codeeditor_p.h"
 
 #include <QAbstractItemView>
-#include <QRegularExpression>
 #include <QCompleter>
 #include <QFile>
 #include <QKeyEvent>
@@ -116,8 +115,13 @@ void CodeEditorPrivate::keyAfterBase(QKeyEvent *event)
         return;
 
     const QTextCursor cursor = q->textCursor();
-    QString line = cursor.block().text().left(cursor.positionInBlock());
-    line.remove(QRegularExpression(QStringLiteral("\\s")));
+    const QString text = cursor.block().text().left(cursor.positionInBlock());
+    QString line;
+    line.reserve(text.size());
+    for (const QChar c : text) {
+        if (!c.isSpace())
+            line += c;
+    }
     int wordStart = line.size();
     while (wordStart > 0 && isWordChar(line.at(wordStart - 1)))
         --wordStart;
@@ -141,8 +145,8 @@ void CodeEditorPrivate::keyAfterBase(QKeyEvent *event)
     }
     QAbstractItemView *popup = completer->popup();
     const bool modifier = modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
-    const QString text = event->text();
-    if (!found || modifier || text.isEmpty() || separators().contains(text.right(1)) || word.isEmpty()) {
+    const QString typed = event->text();
+    if (!found || modifier || typed.isEmpty() || separators().contains(typed.right(1)) || word.isEmpty()) {
         popup->hide();
         return;
     }

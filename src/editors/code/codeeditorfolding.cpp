@@ -39,6 +39,7 @@ void CodeEditor::toggleBlockVisible(const QTextBlock &block)
     }
     if (CodeBlockData *head = CodeEditorPrivate::data(block))
         head->setFolded(!show);
+    d->foldsClosed = d->foldsClosed || !show;
     const int cursorLine = textCursor().blockNumber();
     if (!show && cursorLine > block.blockNumber() && cursorLine <= last.blockNumber()) {
         QTextCursor cursor(block);

@@ -11,6 +11,8 @@
 #include <QStyleOption>
 #include <QTextLayout>
 
+#include <memory>
+
 namespace Ovra {
 
 namespace {
@@ -36,23 +38,25 @@ void CodeEditorPrivate::forVisibleBlocks(const QRect &clip, Paint paint) const
 {
     const CodeEditor *editor = q;
     QTextBlock block = editor->firstVisibleBlock();
-    const QPointF offset = editor->contentOffset();
-    while (block.isValid()) {
-        const QRectF box = editor->blockBoundingGeometry(block).translated(offset);
-        if (box.top() > clip.bottom())
-            break;
-        if (block.isVisible() && box.bottom() >= clip.top())
-            paint(block, box.toAlignedRect());
+    if (!block.isValid())
+        return;
+    qreal top = editor->blockBoundingGeometry(block).translated(editor->contentOffset()).top();
+    while (block.isValid() && top <= clip.bottom()) {
+        const qreal height = block.isVisible() ? editor->blockBoundingRect(block).height() : 0.0;
+        if (height > 0 && top + height >= clip.top())
+            paint(block, QRectF(0, top, 1, height).toAlignedRect());
+        top += height;
         block = block.next();
     }
 }
 
-void CodeEditorPrivate::paintBands(QPainter &painter, const QRect &clip)
+void CodeEditorPrivate::paintBands(const QRect &clip)
 {
     const bool ranges = formatting.highlightBlocks && formatting.blockRangeColor.isValid() && !blockRanges.isEmpty();
     const QTextBlock marked = markedLine.isNull() ? QTextBlock() : markedLine.block();
     if (!ranges && !marked.isValid())
         return;
+    QPainter painter(q->viewport());
     const int width = q->viewport()->width();
     QColor markColor = q->palette().color(QPalette::Highlight);
     markColor.setAlpha(70);
@@ -78,16 +82,22 @@ QRect CodeEditorPrivate::foldBoxRect(const QTextBlock &block) const
     return QRect(x, int(box.top() + line.y()), width, int(line.height()) - 1);
 }
 
-void CodeEditorPrivate::paintFoldBoxes(QPainter &painter, const QRect &clip)
+void CodeEditorPrivate::paintFoldBoxes(const QRect &clip)
 {
     const QColor frame = q->palette().color(QPalette::Mid);
     const QColor text = q->palette().color(QPalette::Text);
+    if (!foldsClosed)
+        return;
+    std::unique_ptr<QPainter> lazy; // most paints have no folded line
     forVisibleBlocks(clip, [&](const QTextBlock &block, const QRect &) {
-        if (!isFoldHead(block) || block.next().isVisible())
+        if (!block.next().isValid() || block.next().isVisible() || !isFoldHead(block))
             return;
         const QRect box = foldBoxRect(block);
         if (box.isNull())
             return;
+        if (!lazy)
+            lazy.reset(new QPainter(q->viewport()));
+        QPainter &painter = *lazy;
         painter.setPen(frame);
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(box);
