@@ -86,6 +86,27 @@ QString writeFile(const QTemporaryDir &dir, const QString &name, const QByteArra
     return path;
 }
 
+// A bookmark of the test: it only remembers where it was put.
+class TestMark : public CodeMark
+{
+public:
+    void setLine(int line, const QTextBlock &) override { m_line = line; }
+    void blockRemoved() override { m_line = -1; }
+    int m_line = -1;
+};
+
+QIcon markIcon()
+{
+    QPixmap pixmap(16, 16);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(QColor(40, 90, 220));
+    painter.setPen(Qt::NoPen);
+    painter.drawEllipse(QRect(2, 2, 12, 12));
+    return QIcon(pixmap);
+}
+
 const QByteArray completerXml =
     "<?xml version=\"1.0\"?>\n"
     "<completer>\n"
@@ -116,6 +137,8 @@ private slots:
     void otherViewUpdatesMargin();
     void currentLine_data();
     void currentLine();
+    void blockAndLineHighlights();
+    void insertTogglesOverwrite();
     void picture();
 
 private:
@@ -476,6 +499,73 @@ void CodeEditorTest::currentLine()
     QCOMPARE(m_editor->currentLine().scroll, position.scroll);
 }
 
+void CodeEditorTest::blockAndLineHighlights()
+{
+    const QColor range(0, 200, 0);
+    CodeEditor::SyntaxFormatting formatting = m_editor->syntaxFormatting();
+    formatting.blockRangeColor = range;
+    formatting.lineColor = QColor(250, 250, 0);
+    m_editor->setSyntaxFormatting(formatting);
+    show();
+    auto textPixel = [this](int line) {
+        const int x = m_editor->viewport()->width() - 3;
+        const int y = m_editor->cursorRect(QTextCursor(m_document->findBlockByNumber(line))).center().y();
+        return m_editor->viewport()->grab().toImage().pixelColor(x, y);
+    };
+    // The cursor in a value of the second group: the group is one range, after a pause.
+    QTest::mouseClick(m_editor->viewport(), Qt::LeftButton, {},
+                      m_editor->cursorRect(QTextCursor(m_document->findBlockByNumber(10))).center());
+    QCOMPARE(m_editor->textCursor().blockNumber(), 10);
+    QCOMPARE(textPixel(10), formatting.lineColor);
+    QTRY_COMPARE(textPixel(9), range);
+    QCOMPARE(textPixel(8), range);
+    QCOMPARE(textPixel(12), range);
+    QVERIFY(textPixel(5) != range);
+    QVERIFY(textPixel(7) != range);
+
+    // A header line stands for the group it opens.
+    QTest::keyClick(m_editor.get(), Qt::Key_Home, Qt::ControlModifier);
+    for (int i = 0; i < 3; ++i)
+        QTest::keyClick(m_editor.get(), Qt::Key_Down);
+    QTRY_COMPARE(textPixel(5), range);
+    QVERIFY(textPixel(9) != range);
+
+    // Hovering a fold handle marks its fold in the side area, after a moment.
+    const AreaColumns columns = areaColumns(*m_editor);
+    auto foldPixel = [&](int line) { return m_editor->extraArea()->grab().toImage().pixelColor(columns.fold - 6, lineY(*m_editor, line)); };
+    const QColor before = foldPixel(10);
+    QTest::mouseMove(m_editor->extraArea(), QPoint(columns.fold, lineY(*m_editor, 8)));
+    QTRY_VERIFY(foldPixel(10) != before);
+    QVERIFY(foldPixel(10).value() < range.value());
+    QCOMPARE(foldPixel(2), foldPixel(7));
+
+    // A marked line keeps its mark in the side area when the cursor goes elsewhere.
+    auto markPixel = [&](int line) { return m_editor->extraArea()->grab().toImage().pixelColor(columns.marks, lineY(*m_editor, line)); };
+    const QColor unmarked = markPixel(5);
+    m_editor->markCurrentLine(true);
+    QCOMPARE(markPixel(3), m_editor->palette().color(QPalette::Highlight));
+    QTest::keyClick(m_editor.get(), Qt::Key_Down);
+    QCOMPARE(markPixel(3), m_editor->palette().color(QPalette::Highlight));
+    m_editor->markCurrentLine(false);
+    QCOMPARE(markPixel(3), unmarked);
+}
+
+void CodeEditorTest::insertTogglesOverwrite()
+{
+    show();
+    m_editor->setTextCursor(QTextCursor(m_document->findBlockByNumber(5)));
+    QTest::keyClick(m_editor.get(), Qt::Key_Insert);
+    QVERIFY(m_editor->overwriteMode());
+    QTest::keyClicks(m_editor.get(), QStringLiteral("  "));
+    QCOMPARE(m_document->findBlockByNumber(5).text(), QStringLiteral("    life = 1000"));
+    QTest::keyClicks(m_editor.get(), QStringLiteral("  x"));
+    QCOMPARE(m_document->findBlockByNumber(5).text(), QStringLiteral("    xife = 1000"));
+    QTest::keyClick(m_editor.get(), Qt::Key_Insert);
+    QVERIFY(!m_editor->overwriteMode());
+    QTest::keyClicks(m_editor.get(), QStringLiteral("y"));
+    QCOMPARE(m_document->findBlockByNumber(5).text(), QStringLiteral("    xyife = 1000"));
+}
+
 // A picture of the editor with a fold, a pair of brackets and changed lines, to look at.
 void CodeEditorTest::picture()
 {
@@ -485,7 +575,14 @@ void CodeEditorTest::picture()
     QFont font(QStringLiteral("Monospace"));
     font.setPointSize(10);
     m_editor->setFont(font);
+    CodeEditor::setLineMarkIcon(markIcon());
+    TestMark mark;
+    QVERIFY(m_document->addMark(&mark, 2));
     show();
+    const AreaColumns columns = areaColumns(*m_editor);
+    QCOMPARE(m_editor->extraArea()->grab().toImage().pixelColor(columns.marks, lineY(*m_editor, 1)), QColor(40, 90, 220));
+    m_editor->setTextCursor(QTextCursor(m_document->findBlockByNumber(7)));
+    m_editor->markCurrentLine(true);
     m_editor->toggleBlockVisible(m_document->findBlockByNumber(3));
     m_editor->setTextCursor(QTextCursor(m_document->findBlockByNumber(9)));
     QTest::keyClick(m_editor.get(), Qt::Key_End);
@@ -500,6 +597,8 @@ void CodeEditorTest::picture()
     const QString path = QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("codeeditor.png"));
     QVERIFY(m_editor->grab().save(path));
     QVERIFY(QFile::exists(path));
+    m_document->removeMark(&mark);
+    CodeEditor::setLineMarkIcon(QIcon());
 }
 
 QTEST_MAIN(CodeEditorTest)

@@ -74,6 +74,7 @@ CodeEditorPrivate::Columns CodeEditorPrivate::columns() const
 {
     Columns c;
     const int spacing = q->fontMetrics().lineSpacing();
+    c.lineSpacing = spacing;
     if (formatting.lineMarks)
         c.marksWidth = spacing;
     if (formatting.lineNumbers) {

@@ -42,6 +42,7 @@ public:
         int fold = 0;
         int foldWidth = 0;
         int width = 0;
+        int lineSpacing = 0;
     };
 
     explicit CodeEditorPrivate(CodeEditor *editor);
@@ -69,7 +70,7 @@ public:
     void paintBands(const QRect &clip);
     void paintFoldBoxes(const QRect &clip);
     QRect foldBoxRect(const QTextBlock &block) const;
-    void paintAreaBlock(QPainter &painter, const QTextBlock &block, int top, int height);
+    void paintAreaBlock(QPainter &painter, const Columns &c, const QTextBlock &block, int top, int height);
     void paintFoldHandle(QPainter &painter, const QRect &rect, bool folded);
 
     // Folding and block ranges (codeeditorfolding.cpp)

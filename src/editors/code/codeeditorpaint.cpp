@@ -124,13 +124,12 @@ QT_WARNING_POP
     }
     painter.setFont(area->font());
     forVisibleBlocks(event->rect(), [&](const QTextBlock &block, const QRect &box) {
-        paintAreaBlock(painter, block, box.top(), box.height());
+        paintAreaBlock(painter, c, block, box.top(), box.height());
     });
 }
 
-void CodeEditorPrivate::paintAreaBlock(QPainter &painter, const QTextBlock &block, int top, int height)
+void CodeEditorPrivate::paintAreaBlock(QPainter &painter, const Columns &c, const QTextBlock &block, int top, int height)
 {
-    const Columns c = columns();
     const bool mirrored = q->layoutDirection() == Qt::RightToLeft;
     auto place = [&](int x, int width) {
         QRect rect(x, top, width, height);
@@ -139,7 +138,7 @@ void CodeEditorPrivate::paintAreaBlock(QPainter &painter, const QTextBlock &bloc
         return rect;
     };
     const int line = block.blockNumber();
-    const int lineHeight = qMin(height, q->fontMetrics().lineSpacing());
+    const int lineHeight = qMin(height, c.lineSpacing);
     const CodeBlockData *lineData = data(block);
 
     if (c.foldWidth && (inRange(hoverRanges, line) || inRange(blockRanges, line))) {
