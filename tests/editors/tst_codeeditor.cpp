@@ -139,6 +139,7 @@ private slots:
     void currentLine();
     void blockAndLineHighlights();
     void insertTogglesOverwrite();
+    void dragBeyondTheViewScrolls();
     void picture();
 
 private:
@@ -564,6 +565,39 @@ void CodeEditorTest::insertTogglesOverwrite()
     QVERIFY(!m_editor->overwriteMode());
     QTest::keyClicks(m_editor.get(), QStringLiteral("y"));
     QCOMPARE(m_document->findBlockByNumber(5).text(), QStringLiteral("    xyife = 1000"));
+}
+
+void CodeEditorTest::dragBeyondTheViewScrolls()
+{
+    QString text;
+    for (int i = 0; i < 200; ++i)
+        text += QStringLiteral("[Move: m%1]\n").arg(i);
+    m_document->fromString(text);
+    show();
+    m_editor->setCurrentLine(0, CodeEditor::Top);
+    QWidget *view = m_editor->viewport();
+    const QPoint start = m_editor->cursorRect(QTextCursor(m_document->findBlockByNumber(1))).center();
+    const QPoint below(start.x(), view->height() + 30);
+    // The screen's pointer waits outside the window, where the drag goes, so that no move
+    // of its own comes in between.
+    QCursor::setPos(view->mapToGlobal(below));
+    QTRY_VERIFY(!view->underMouse());
+    QTest::mousePress(view, Qt::LeftButton, {}, start);
+    QCOMPARE(view->cursor().shape(), Qt::IBeamCursor);
+    // The button held below the bottom edge: the view runs on and the selection with it.
+    QMouseEvent move(QEvent::MouseMove, below, view->mapToGlobal(below), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(view, &move);
+    QTRY_VERIFY(m_editor->verticalScrollBar()->value() > 20);
+    QTRY_VERIFY(m_editor->textCursor().blockNumber() > 30);
+    QCOMPARE(m_editor->textCursor().anchor(), m_document->findBlockByNumber(1).position());
+    QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(start.x(), view->height() - 2));
+    const int stopped = m_editor->verticalScrollBar()->value();
+    // Typing hides the mouse pointer over the text; a move brings it back.
+    QTest::keyClick(m_editor.get(), Qt::Key_Right);
+    QCOMPARE(view->cursor().shape(), Qt::BlankCursor);
+    QTest::mouseMove(view, start);
+    QTRY_COMPARE(view->cursor().shape(), Qt::IBeamCursor);
+    QVERIFY(m_editor->verticalScrollBar()->value() >= stopped);
 }
 
 // A picture of the editor with a fold, a pair of brackets and changed lines, to look at.

@@ -86,7 +86,8 @@ bool CodeEditorPrivate::keyBeforeBase(QKeyEvent *event)
         q->QPlainTextEdit::keyPressEvent(event);
         return true;
     }
-    q->viewport()->setCursor(Qt::BlankCursor);
+    if (q->viewport()->cursor().shape() != Qt::BlankCursor)
+        q->viewport()->setCursor(Qt::BlankCursor);
     foldHoverTimer.stop();
     pendingFoldLine = -1;
     if (completer->popup()->isVisible()) {
