@@ -74,9 +74,15 @@ public:
     void markCurrentLine(bool mark);
     void toggleBlockVisible(const QTextBlock &block);
     void updateBlockHighlight();
+    // The parenthesis match at the cursor as last found: 0 none, 1 a pair, 2 a pair of
+    // different kinds.
+    int parenthesisMatch() const;
+    // The side area of line marks, numbers, fold handles and change bars.
+    QWidget *extraArea() const;
 
     // The icon of a line mark, for all editors.
     static void setLineMarkIcon(const QIcon &icon);
+    static QIcon lineMarkIcon();
 
 signals:
     void currentLineChanged(int line);
