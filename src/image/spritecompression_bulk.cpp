@@ -183,17 +183,18 @@ OVRA_TARGET("avx2") void emitAvx2(const Rle8Plan &plan, uchar *out)
 
 // ---- AVX-512: eight items a store -----------------------------------------------------------
 //
-// For textured pictures a store an item is the bound. Here the stream goes in steps of exactly
-// 32 items, which 64 bytes always hold (an item is one or two bytes), so every step begins at an
-// item start. The items are squeezed together (vpcompressb), then taken eight at a time: each
-// gets eight bytes of a vector filled with its value (vpermb), and squeezing out the bytes past
-// each item's length leaves the eight items' output, one store. Items longer than eight bytes
-// are stored one by one, as the long runs of flat areas want anyway.
+// For textured pictures a store an item is the bound. Here a block's items are squeezed
+// together (vpcompressb), then taken eight at a time: each gets eight bytes of a vector filled
+// with its value (vpermb), and squeezing out the bytes past each item's length leaves the eight
+// items' output, one store. Items longer than eight bytes are stored one by one, as the long
+// runs of flat areas want anyway.
 
 #define OVRA_AVX512 "avx512f,avx512bw,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt"
 
-constexpr int StepItems = 32;
 constexpr int Slot = 8; // bytes of a vector for each item
+// Rounds of Slot items that every block goes through: a block of a textured picture has
+// 32 to 48 items. Stopping at the last item instead would cost a mispredicted branch a block.
+constexpr int PlainRounds = 6;
 
 // One store an item, for the items of `values` and `lengths` from `first` to `last` - 1.
 OVRA_TARGET(OVRA_AVX512) inline uchar *emitItems(const uchar *values, const uchar *lengths, int first, int last, uchar *out)
@@ -210,66 +211,70 @@ OVRA_TARGET(OVRA_AVX512) inline uchar *emitItems(const uchar *values, const ucha
     return out;
 }
 
-// Writes the step's items, packed from byte 0 of `values` and `lengths`, from `out` on.
-OVRA_TARGET(OVRA_AVX512) inline void emitStep(__m512i values, __m512i lengths, uchar *out)
+// Writes the block's `items` items, packed from byte 0 of `values` and `lengths`, from `out`
+// on. Past the last item the lengths are 0.
+OVRA_TARGET(OVRA_AVX512) inline void emitBlockAvx512(__m512i values, __m512i lengths, int items, uchar *out)
 {
     // Byte j of a round's vectors belongs to item 8 * round + j / 8, and is byte j % 8 of its slot.
     const __m512i slotOf = _mm512_set_epi64(0x0707070707070707LL, 0x0606060606060606LL, 0x0505050505050505LL,
                                             0x0404040404040404LL, 0x0303030303030303LL, 0x0202020202020202LL,
                                             0x0101010101010101LL, 0);
-    const __m512i inSlot = _mm512_set1_epi64(0x0706050403020100LL);
-    const uint32_t longItems = uint32_t(_mm512_cmpgt_epu8_mask(lengths, _mm512_set1_epi8(Slot)));
+    const uint64_t longItems = _mm512_cmpgt_epu8_mask(lengths, _mm512_set1_epi8(Slot));
+    // Which bytes of its slot each item fills: its length's lowest bits set, a byte an item,
+    // so that eight items' bytes read as one word are the mask of a round.
+    alignas(64) uint64_t used[Block / Slot];
+    const __m128i fill = _mm_setr_epi8(0, 1, 3, 7, 15, 31, 63, char(127), char(255), 0, 0, 0, 0, 0, 0, 0);
+    _mm512_store_si512(used, _mm512_shuffle_epi8(_mm512_broadcast_i32x4(fill), lengths));
     alignas(64) uchar value[Block];
     alignas(64) uchar length[Block];
     if (longItems) {
         _mm512_store_si512(value, values);
         _mm512_store_si512(length, lengths);
     }
-    for (int round = 0; round < StepItems / Slot; ++round) {
+    const int rounds = items > PlainRounds * Slot ? Block / Slot : PlainRounds;
+    for (int round = 0; round < rounds; ++round) {
         if ((longItems >> (Slot * round)) & 0xFF) {
             out = emitItems(value, length, Slot * round, Slot * (round + 1), out);
             continue;
         }
         const __m512i item = _mm512_add_epi8(slotOf, _mm512_set1_epi8(char(Slot * round)));
-        const __mmask64 used = _mm512_cmplt_epu8_mask(inSlot, _mm512_permutexvar_epi8(item, lengths));
-        _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(used, _mm512_permutexvar_epi8(item, values)));
-        out += _mm_popcnt_u64(used);
+        _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(used[round], _mm512_permutexvar_epi8(item, values)));
+        out += _mm_popcnt_u64(used[round]);
     }
 }
 
-// The loop of decodeRle8Blocks, in steps of StepItems items.
-OVRA_TARGET(OVRA_AVX512) void decodeStepsAvx512(const uchar *&in, const uchar *inEnd, uchar *&out, uchar *outEnd)
+// The loop of decodeRle8Blocks with the plan kept in registers.
+OVRA_TARGET(OVRA_AVX512) void decodeBlocksAvx512(const uchar *&in, const uchar *inEnd, uchar *&out, uchar *outEnd)
 {
     const uchar *p = in;
     uchar *o = out;
     if (inEnd - p <= Block || size_t(outEnd - o) < 2 * Overhang)
         return;
     Overhung overhung(o);
-    const __m512i firstItems = _mm512_maskz_mov_epi8(0xFFFFFFFFULL, _mm512_set1_epi8(char(0xFF)));
+    uint64_t carry = 0; // into the block at p
     while (inEnd - p > Block) {
         const __m512i block = _mm512_loadu_si512(p);
         const __m512i next = _mm512_loadu_si512(p + 1);
         const uint64_t marked = _mm512_cmpeq_epi8_mask(_mm512_and_si512(block, _mm512_set1_epi8(char(0xC0))),
                                                        _mm512_set1_epi8(0x40));
-        uint64_t carry = 0; // a step begins at an item start
-        const uint64_t starts = runStarts(marked, carry);
-        const uint64_t items = ~(starts << 1);
+        uint64_t carryOut = carry;
+        const uint64_t starts = runStarts(marked, carryOut);
+        const uint64_t items = ~((starts << 1) | carry);
         const __m512i counts = _mm512_and_si512(block, _mm512_set1_epi8(0x3F));
-        const __m512i lengths = _mm512_and_si512(
-            firstItems, _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, _mm512_set1_epi8(1), counts)));
+        const __m512i lengths = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, _mm512_set1_epi8(1), counts));
         const __m512i values = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, block, next));
         const size_t total = size_t(_mm512_reduce_add_epi64(_mm512_sad_epu8(lengths, _mm512_setzero_si512())));
         if (size_t(outEnd - o) < std::max(total, Overhang) + Overhang)
             break;
         overhung.keep(o, total);
-        emitStep(values, lengths, o);
+        emitBlockAvx512(values, lengths, int(_mm_popcnt_u64(items)), o);
         o += total;
-        // Past the last item of the step, and its value byte if it is a run.
-        const uint64_t last = _pdep_u64(1ULL << (StepItems - 1), items);
-        p += _tzcnt_u64(last) + ((starts & last) ? 2 : 1);
+        p += Block;
+        carry = carryOut;
     }
     overhung.restore(o);
-    in = p;
+    // A run begun by the last block's last byte had its value from this block's first.
+    in = p + carry;
     out = o;
 }
 
@@ -327,7 +332,7 @@ void decodeRle8(DecodePath path, const uchar *&in, const uchar *inEnd, uchar *&o
         return;
 #ifdef OVRA_X86_VECTORS
     case DecodePath::Avx512:
-        return decodeStepsAvx512(in, inEnd, out, outEnd);
+        return decodeBlocksAvx512(in, inEnd, out, outEnd);
     case DecodePath::Avx2:
         return decodeRle8Blocks(planAvx2, emitAvx2, in, inEnd, out, outEnd);
 #endif
