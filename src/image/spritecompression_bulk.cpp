@@ -243,7 +243,39 @@ OVRA_TARGET(OVRA_AVX512) inline void emitBlockAvx512(__m512i values, __m512i len
     }
 }
 
-// The loop of decodeRle8Blocks with the plan kept in registers.
+// A block's items, packed from byte 0 on.
+struct Avx512Plan
+{
+    __m512i values;
+    __m512i lengths; // 0 past the last item
+    size_t total; // output bytes
+    int items;
+    uint64_t carry; // out of the block
+};
+
+// The carry into the block only decides whether its first byte is a value byte, so both
+// answers are worked out before it is known, and the chain from block to block is one select.
+OVRA_TARGET(OVRA_AVX512) inline Avx512Plan planAvx512(const uchar *bytes, uint64_t carry)
+{
+    const __m512i block = _mm512_loadu_si512(bytes);
+    const __m512i next = _mm512_loadu_si512(bytes + 1);
+    const uint64_t marked = _mm512_cmpeq_epi8_mask(_mm512_and_si512(block, _mm512_set1_epi8(char(0xC0))),
+                                                   _mm512_set1_epi8(0x40));
+    uint64_t carryOut[2] = {0, 0};
+    const uint64_t startsIf[2] = {runStarts(marked, carryOut[0]), runStarts(marked & ~1ULL, carryOut[1])};
+    const uint64_t starts = carry ? startsIf[1] : startsIf[0];
+    const uint64_t items = ~((starts << 1) | carry);
+    const __m512i counts = _mm512_and_si512(block, _mm512_set1_epi8(0x3F));
+    Avx512Plan plan;
+    plan.lengths = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, _mm512_set1_epi8(1), counts));
+    plan.values = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, block, next));
+    plan.total = size_t(_mm512_reduce_add_epi64(_mm512_sad_epu8(plan.lengths, _mm512_setzero_si512())));
+    plan.items = int(_mm_popcnt_u64(items));
+    plan.carry = carry ? carryOut[1] : carryOut[0];
+    return plan;
+}
+
+// The loop of decodeRle8Blocks with the plans kept in registers.
 OVRA_TARGET(OVRA_AVX512) void decodeBlocksAvx512(const uchar *&in, const uchar *inEnd, uchar *&out, uchar *outEnd)
 {
     const uchar *p = in;
@@ -252,25 +284,21 @@ OVRA_TARGET(OVRA_AVX512) void decodeBlocksAvx512(const uchar *&in, const uchar *
         return;
     Overhung overhung(o);
     uint64_t carry = 0; // into the block at p
-    while (inEnd - p > Block) {
-        const __m512i block = _mm512_loadu_si512(p);
-        const __m512i next = _mm512_loadu_si512(p + 1);
-        const uint64_t marked = _mm512_cmpeq_epi8_mask(_mm512_and_si512(block, _mm512_set1_epi8(char(0xC0))),
-                                                       _mm512_set1_epi8(0x40));
-        uint64_t carryOut = carry;
-        const uint64_t starts = runStarts(marked, carryOut);
-        const uint64_t items = ~((starts << 1) | carry);
-        const __m512i counts = _mm512_and_si512(block, _mm512_set1_epi8(0x3F));
-        const __m512i lengths = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, _mm512_set1_epi8(1), counts));
-        const __m512i values = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, block, next));
-        const size_t total = size_t(_mm512_reduce_add_epi64(_mm512_sad_epu8(lengths, _mm512_setzero_si512())));
-        if (size_t(outEnd - o) < std::max(total, Overhang) + Overhang)
+    Avx512Plan plan = planAvx512(p, carry);
+    for (;;) {
+        // The next block is planned before this one is written, its loads ahead of the stores.
+        const bool more = inEnd - p > 2 * Block;
+        const Avx512Plan next = more ? planAvx512(p + Block, plan.carry) : plan;
+        if (size_t(outEnd - o) < std::max(plan.total, Overhang) + Overhang)
             break;
-        overhung.keep(o, total);
-        emitBlockAvx512(values, lengths, int(_mm_popcnt_u64(items)), o);
-        o += total;
+        overhung.keep(o, plan.total);
+        emitBlockAvx512(plan.values, plan.lengths, plan.items, o);
+        o += plan.total;
         p += Block;
-        carry = carryOut;
+        carry = plan.carry;
+        if (!more)
+            break;
+        plan = next;
     }
     overhung.restore(o);
     // A run begun by the last block's last byte had its value from this block's first.
