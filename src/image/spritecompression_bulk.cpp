@@ -211,35 +211,48 @@ OVRA_TARGET(OVRA_AVX512) inline uchar *emitItems(const uchar *values, const ucha
     return out;
 }
 
+// Items 8 * round to 8 * round + 7, none longer than Slot, in one store.
+OVRA_TARGET(OVRA_AVX512) inline uchar *emitRound(__m512i values, uint64_t used, int round, uchar *out)
+{
+    // Byte j of the vector belongs to item 8 * round + j / 8.
+    const __m512i slotOf = _mm512_set_epi64(0x0707070707070707LL, 0x0606060606060606LL, 0x0505050505050505LL,
+                                            0x0404040404040404LL, 0x0303030303030303LL, 0x0202020202020202LL,
+                                            0x0101010101010101LL, 0);
+    const __m512i slots = _mm512_permutexvar_epi8(_mm512_add_epi8(slotOf, _mm512_set1_epi8(char(Slot * round))), values);
+    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(used, slots));
+    return out + _mm_popcnt_u64(used);
+}
+
 // Writes the block's `items` items, packed from byte 0 of `values` and `lengths`, from `out`
 // on. Past the last item the lengths are 0.
 OVRA_TARGET(OVRA_AVX512) inline void emitBlockAvx512(__m512i values, __m512i lengths, int items, uchar *out)
 {
-    // Byte j of a round's vectors belongs to item 8 * round + j / 8, and is byte j % 8 of its slot.
-    const __m512i slotOf = _mm512_set_epi64(0x0707070707070707LL, 0x0606060606060606LL, 0x0505050505050505LL,
-                                            0x0404040404040404LL, 0x0303030303030303LL, 0x0202020202020202LL,
-                                            0x0101010101010101LL, 0);
     const uint64_t longItems = _mm512_cmpgt_epu8_mask(lengths, _mm512_set1_epi8(Slot));
     // Which bytes of its slot each item fills: its length's lowest bits set, a byte an item,
     // so that eight items' bytes read as one word are the mask of a round.
     alignas(64) uint64_t used[Block / Slot];
     const __m128i fill = _mm_setr_epi8(0, 1, 3, 7, 15, 31, 63, char(127), char(255), 0, 0, 0, 0, 0, 0, 0);
     _mm512_store_si512(used, _mm512_shuffle_epi8(_mm512_broadcast_i32x4(fill), lengths));
+    if (longItems == 0) {
+#pragma GCC unroll 8
+        for (int round = 0; round < PlainRounds; ++round)
+            out = emitRound(values, used[round], round, out);
+        if (items > PlainRounds * Slot) {
+            out = emitRound(values, used[PlainRounds], PlainRounds, out);
+            emitRound(values, used[PlainRounds + 1], PlainRounds + 1, out);
+        }
+        return;
+    }
     alignas(64) uchar value[Block];
     alignas(64) uchar length[Block];
-    if (longItems) {
-        _mm512_store_si512(value, values);
-        _mm512_store_si512(length, lengths);
-    }
+    _mm512_store_si512(value, values);
+    _mm512_store_si512(length, lengths);
     const int rounds = items > PlainRounds * Slot ? Block / Slot : PlainRounds;
     for (int round = 0; round < rounds; ++round) {
-        if ((longItems >> (Slot * round)) & 0xFF) {
+        if ((longItems >> (Slot * round)) & 0xFF)
             out = emitItems(value, length, Slot * round, Slot * (round + 1), out);
-            continue;
-        }
-        const __m512i item = _mm512_add_epi8(slotOf, _mm512_set1_epi8(char(Slot * round)));
-        _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(used[round], _mm512_permutexvar_epi8(item, values)));
-        out += _mm_popcnt_u64(used[round]);
+        else
+            out = emitRound(values, used[round], round, out);
     }
 }
 
