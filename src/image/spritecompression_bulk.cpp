@@ -22,7 +22,8 @@ namespace {
 // the whole block at once, then every byte of the block stores a whole vector of its value
 // and moves the output on by its length (a literal 1, a run its count, a run's value byte
 // 0). The next store overwrites what a store wrote past its item, so the only dependency
-// from byte to byte is the output position.
+// from byte to byte is the output position. With AVX-512 (further below) eight items share
+// a store.
 
 constexpr int Block = 64;
 constexpr uint64_t OddBytes = 0xAAAAAAAAAAAAAAAAULL;
@@ -82,7 +83,6 @@ struct Rle8Plan
     alignas(64) uchar values[Block];
     alignas(64) uchar lengths[Block];
     size_t total = 0; // output bytes of the whole block
-    int items = Block; // entries used of the arrays
 };
 
 using PlanBlock = void (*)(const uchar *bytes, uint64_t &carry, Rle8Plan &plan);
@@ -189,11 +189,11 @@ OVRA_TARGET("avx2") void emitAvx2(const Rle8Plan &plan, uchar *out)
 // items' output, one store. Items longer than eight bytes are stored one by one, as the long
 // runs of flat areas want anyway.
 
-#define OVRA_AVX512 "avx512f,avx512bw,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt"
+#define OVRA_AVX512 "avx512f,avx512bw,avx512vbmi,avx512vbmi2,popcnt"
 
 constexpr int Slot = 8; // bytes of a vector for each item
-// Rounds of Slot items that every block goes through: a block of a textured picture has
-// 32 to 48 items. Stopping at the last item instead would cost a mispredicted branch a block.
+// Rounds of Slot items that every block goes through: a block of a textured picture mostly has
+// 33 to 48 items. Stopping at the last item instead would cost a mispredicted branch a block.
 constexpr int PlainRounds = 6;
 
 // One store an item, for the items of `values` and `lengths` from `first` to `last` - 1.
@@ -396,7 +396,7 @@ bool decodePathAvailable(DecodePath path)
     case DecodePath::Avx512:
         return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw")
                && __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2")
-               && __builtin_cpu_supports("bmi2");
+               && __builtin_cpu_supports("popcnt");
 #endif
     default:
         return false;
