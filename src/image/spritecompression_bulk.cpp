@@ -189,7 +189,8 @@ OVRA_TARGET("avx2") void emitAvx2(const Rle8Plan &plan, uchar *out)
 // items' output, one store. Items longer than eight bytes are stored one by one, as the long
 // runs of flat areas want anyway.
 
-#define OVRA_AVX512 "avx512f,avx512bw,avx512vbmi,avx512vbmi2,popcnt"
+// BMI's and-not and shifts keep the bit logic of the plans short.
+#define OVRA_AVX512 "avx512f,avx512bw,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt"
 
 constexpr int Slot = 8; // bytes of a vector for each item
 // Rounds of Slot items that every block goes through: a block of a textured picture mostly has
@@ -396,7 +397,7 @@ bool decodePathAvailable(DecodePath path)
     case DecodePath::Avx512:
         return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw")
                && __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2")
-               && __builtin_cpu_supports("popcnt");
+               && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
 #endif
     default:
         return false;
