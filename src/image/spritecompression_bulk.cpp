@@ -22,12 +22,42 @@ namespace {
 // the whole block at once, then every byte of the block stores a whole vector of its value
 // and moves the output on by its length (a literal 1, a run its count, a run's value byte
 // 0). The next store overwrites what a store wrote past its item, so the only dependency
-// from byte to byte is the output position.
+// from byte to byte is the output position. With AVX-512 (further below) eight items share
+// a store.
 
 constexpr int Block = 64;
 constexpr uint64_t OddBytes = 0xAAAAAAAAAAAAAAAAULL;
 // Each store of a block may reach this far past the block's last byte of output.
 constexpr size_t Overhang = 64;
+
+// The overhang lands on bytes that belong to the next items; where decoding stops, it lands on
+// bytes that the careful loop may never reach (a stream that ends early leaves the rest of the
+// picture as it was), so the original bytes under it are kept aside block by block and put
+// back at the end.
+class Overhung
+{
+public:
+    explicit Overhung(const uchar *out) { memcpy(m_saved, out, Overhang); }
+    // Before a block writes `total` bytes from `out`.
+    void keep(const uchar *out, size_t total)
+    {
+        if (total >= Overhang) {
+            memcpy(m_saved, out + total, Overhang); // untouched so far
+            return;
+        }
+        // Partly under the overhang of the block before: those bytes come from m_saved.
+        // (Rare in pictures, and slower: the copy reads what was just stored.)
+        uchar window[2 * Overhang];
+        memcpy(window, m_saved, Overhang);
+        memcpy(window + Overhang, out + Overhang, Overhang);
+        memcpy(m_saved, window + total, Overhang);
+    }
+    // Where decoding stops.
+    void restore(uchar *out) const { memcpy(out, m_saved, Overhang); }
+
+private:
+    uchar m_saved[Overhang]; // the original bytes from the current output on
+};
 
 // Which bytes of a block begin a run. `marked` has a bit for each byte with the top bits 01;
 // `carry` is 1 when the block's first byte is the value of a run begun by the block before's
@@ -53,7 +83,6 @@ struct Rle8Plan
     alignas(64) uchar values[Block];
     alignas(64) uchar lengths[Block];
     size_t total = 0; // output bytes of the whole block
-    int items = Block; // entries used of the arrays
 };
 
 using PlanBlock = void (*)(const uchar *bytes, uint64_t &carry, Rle8Plan &plan);
@@ -152,41 +181,143 @@ OVRA_TARGET("avx2") void emitAvx2(const Rle8Plan &plan, uchar *out)
     }
 }
 
-// With the bytes that begin no item squeezed out (vpcompressb), the store loop runs once an
-// item rather than once a byte.
-OVRA_TARGET("avx512f,avx512bw,avx512vbmi2") void planAvx512(const uchar *bytes, uint64_t &carry, Rle8Plan &plan)
+// ---- AVX-512: eight items a store -----------------------------------------------------------
+//
+// For textured pictures a store an item is the bound. Here a block's items are squeezed
+// together (vpcompressb), then taken eight at a time: each gets eight bytes of a vector filled
+// with its value (vpermb), and squeezing out the bytes past each item's length leaves the eight
+// items' output, one store. Items longer than eight bytes are stored one by one, as the long
+// runs of flat areas want anyway.
+
+// BMI's and-not and shifts keep the bit logic of the plans short.
+#define OVRA_AVX512 "avx512f,avx512bw,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt"
+
+constexpr int Slot = 8; // bytes of a vector for each item
+// Rounds of Slot items that every block goes through: a block of a textured picture mostly has
+// 33 to 48 items. Stopping at the last item instead would cost a mispredicted branch a block.
+constexpr int PlainRounds = 6;
+
+// One store an item, for the items of `values` and `lengths` from `first` to `last` - 1.
+OVRA_TARGET(OVRA_AVX512) inline uchar *emitItems(const uchar *values, const uchar *lengths, int first, int last, uchar *out)
+{
+    for (int i = first; i < last; ++i) {
+        const __m256i bytes = _mm256_set1_epi8(char(values[i]));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm256_castsi256_si128(bytes));
+        if (lengths[i] > 16) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i *>(out + 16), bytes);
+            _mm256_storeu_si256(reinterpret_cast<__m256i *>(out + 32), bytes);
+        }
+        out += lengths[i];
+    }
+    return out;
+}
+
+// Items 8 * round to 8 * round + 7, none longer than Slot, in one store.
+OVRA_TARGET(OVRA_AVX512) inline uchar *emitRound(__m512i values, uint64_t used, int round, uchar *out)
+{
+    // Byte j of the vector belongs to item 8 * round + j / 8.
+    const __m512i slotOf = _mm512_set_epi64(0x0707070707070707LL, 0x0606060606060606LL, 0x0505050505050505LL,
+                                            0x0404040404040404LL, 0x0303030303030303LL, 0x0202020202020202LL,
+                                            0x0101010101010101LL, 0);
+    const __m512i slots = _mm512_permutexvar_epi8(_mm512_add_epi8(slotOf, _mm512_set1_epi8(char(Slot * round))), values);
+    _mm512_storeu_si512(out, _mm512_maskz_compress_epi8(used, slots));
+    return out + _mm_popcnt_u64(used);
+}
+
+// Writes the block's `items` items, packed from byte 0 of `values` and `lengths`, from `out`
+// on. Past the last item the lengths are 0.
+OVRA_TARGET(OVRA_AVX512) inline void emitBlockAvx512(__m512i values, __m512i lengths, int items, uchar *out)
+{
+    const uint64_t longItems = _mm512_cmpgt_epu8_mask(lengths, _mm512_set1_epi8(Slot));
+    // Which bytes of its slot each item fills: its length's lowest bits set, a byte an item,
+    // so that eight items' bytes read as one word are the mask of a round.
+    alignas(64) uint64_t used[Block / Slot];
+    const __m128i fill = _mm_setr_epi8(0, 1, 3, 7, 15, 31, 63, char(127), char(255), 0, 0, 0, 0, 0, 0, 0);
+    _mm512_store_si512(used, _mm512_shuffle_epi8(_mm512_broadcast_i32x4(fill), lengths));
+    if (longItems == 0) {
+#pragma GCC unroll 8
+        for (int round = 0; round < PlainRounds; ++round)
+            out = emitRound(values, used[round], round, out);
+        if (items > PlainRounds * Slot) {
+            out = emitRound(values, used[PlainRounds], PlainRounds, out);
+            emitRound(values, used[PlainRounds + 1], PlainRounds + 1, out);
+        }
+        return;
+    }
+    alignas(64) uchar value[Block];
+    alignas(64) uchar length[Block];
+    _mm512_store_si512(value, values);
+    _mm512_store_si512(length, lengths);
+    const int rounds = items > PlainRounds * Slot ? Block / Slot : PlainRounds;
+    for (int round = 0; round < rounds; ++round) {
+        if ((longItems >> (Slot * round)) & 0xFF)
+            out = emitItems(value, length, Slot * round, Slot * (round + 1), out);
+        else
+            out = emitRound(values, used[round], round, out);
+    }
+}
+
+// A block's items, packed from byte 0 on.
+struct Avx512Plan
+{
+    __m512i values;
+    __m512i lengths; // 0 past the last item
+    size_t total; // output bytes
+    int items;
+    uint64_t carry; // out of the block
+};
+
+// The carry into the block only decides whether its first byte is a value byte, so both
+// answers are worked out before it is known, and the chain from block to block is one select.
+OVRA_TARGET(OVRA_AVX512) inline Avx512Plan planAvx512(const uchar *bytes, uint64_t carry)
 {
     const __m512i block = _mm512_loadu_si512(bytes);
     const __m512i next = _mm512_loadu_si512(bytes + 1);
     const uint64_t marked = _mm512_cmpeq_epi8_mask(_mm512_and_si512(block, _mm512_set1_epi8(char(0xC0))),
                                                    _mm512_set1_epi8(0x40));
-    const uint64_t valueBytes = carry;
-    const uint64_t starts = runStarts(marked, carry);
-    const uint64_t items = ~((starts << 1) | valueBytes);
+    uint64_t carryOut[2] = {0, 0};
+    const uint64_t startsIf[2] = {runStarts(marked, carryOut[0]), runStarts(marked & ~1ULL, carryOut[1])};
+    const uint64_t starts = carry ? startsIf[1] : startsIf[0];
+    const uint64_t items = ~((starts << 1) | carry);
     const __m512i counts = _mm512_and_si512(block, _mm512_set1_epi8(0x3F));
-    const __m512i lengths = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, _mm512_set1_epi8(1), counts));
-    _mm512_store_si512(plan.lengths, lengths);
-    _mm512_store_si512(plan.values, _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, block, next)));
+    Avx512Plan plan;
+    plan.lengths = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, _mm512_set1_epi8(1), counts));
+    plan.values = _mm512_maskz_compress_epi8(items, _mm512_mask_blend_epi8(starts, block, next));
+    plan.total = size_t(_mm512_reduce_add_epi64(_mm512_sad_epu8(plan.lengths, _mm512_setzero_si512())));
     plan.items = int(_mm_popcnt_u64(items));
-    // The sum of the lengths stays in registers: a store and eight loads would wait for the store.
-    plan.total = size_t(_mm512_reduce_add_epi64(_mm512_sad_epu8(lengths, _mm512_setzero_si512())));
+    plan.carry = carry ? carryOut[1] : carryOut[0];
+    return plan;
 }
 
-// Eight items a round: past the block's last item the lengths are 0, and those stores land
-// where the next block's items will write.
-OVRA_TARGET("avx512f,avx512bw,avx512vbmi2") void emitAvx512(const Rle8Plan &plan, uchar *out)
+// The loop of decodeRle8Blocks with the plans kept in registers.
+OVRA_TARGET(OVRA_AVX512) void decodeBlocksAvx512(const uchar *&in, const uchar *inEnd, uchar *&out, uchar *outEnd)
 {
-    for (int i = 0; i < plan.items; i += 8) {
-        for (int k = i; k < i + 8; ++k) {
-            const __m256i value = _mm256_set1_epi8(char(plan.values[k]));
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm256_castsi256_si128(value));
-            if (plan.lengths[k] > 16) {
-                _mm256_storeu_si256(reinterpret_cast<__m256i *>(out + 16), value);
-                _mm256_storeu_si256(reinterpret_cast<__m256i *>(out + 32), value);
-            }
-            out += plan.lengths[k];
-        }
+    const uchar *p = in;
+    uchar *o = out;
+    if (inEnd - p <= Block || size_t(outEnd - o) < 2 * Overhang)
+        return;
+    Overhung overhung(o);
+    uint64_t carry = 0; // into the block at p
+    Avx512Plan plan = planAvx512(p, carry);
+    for (;;) {
+        // The next block is planned before this one is written, its loads ahead of the stores.
+        const bool more = inEnd - p > 2 * Block;
+        const Avx512Plan next = more ? planAvx512(p + Block, plan.carry) : plan;
+        if (size_t(outEnd - o) < std::max(plan.total, Overhang) + Overhang)
+            break;
+        overhung.keep(o, plan.total);
+        emitBlockAvx512(plan.values, plan.lengths, plan.items, o);
+        o += plan.total;
+        p += Block;
+        carry = plan.carry;
+        if (!more)
+            break;
+        plan = next;
     }
+    overhung.restore(o);
+    // A run begun by the last block's last byte had its value from this block's first.
+    in = p + carry;
+    out = o;
 }
 
 #if defined(__GNUC__) && !defined(__clang__)
@@ -195,10 +326,7 @@ OVRA_TARGET("avx512f,avx512bw,avx512vbmi2") void emitAvx512(const Rle8Plan &plan
 #endif
 
 // Block by block while a whole block and the byte after it are in the stream and its output,
-// with the stores' overhang, is inside the picture. The overhang lands on bytes that belong to
-// the next items; where decoding stops, it lands on bytes that the careful loop may never
-// reach (a stream that ends early leaves the rest of the picture as it was), so the original
-// bytes under the overhang are kept aside block by block and put back at the end.
+// with the stores' overhang, is inside the picture.
 void decodeRle8Blocks(PlanBlock planBlock, EmitBlock emitBlock, const uchar *&in, const uchar *inEnd, uchar *&out,
                       uchar *outEnd)
 {
@@ -206,8 +334,7 @@ void decodeRle8Blocks(PlanBlock planBlock, EmitBlock emitBlock, const uchar *&in
     uchar *o = out;
     if (inEnd - p <= Block || size_t(outEnd - o) < 2 * Overhang)
         return;
-    uchar saved[Overhang]; // the original bytes from o on
-    memcpy(saved, o, Overhang);
+    Overhung overhung(o);
     // Each block is planned while the one before is written: the plan's stores are done by the
     // time its bytes are read back.
     Rle8Plan plans[2];
@@ -223,16 +350,7 @@ void decodeRle8Blocks(PlanBlock planBlock, EmitBlock emitBlock, const uchar *&in
         const size_t total = plan.total;
         if (size_t(outEnd - o) < std::max(total, Overhang) + Overhang)
             break;
-        if (total >= Overhang) {
-            memcpy(saved, o + total, Overhang); // untouched so far
-        } else {
-            // Partly under the overhang of the block before: those bytes come from `saved`.
-            // (Rare in pictures, and slower: the copy reads what was just stored.)
-            uchar window[2 * Overhang];
-            memcpy(window, saved, Overhang);
-            memcpy(window + Overhang, o + Overhang, Overhang);
-            memcpy(saved, window + total, Overhang);
-        }
+        overhung.keep(o, total);
         emitBlock(plan, o);
         o += total;
         p += Block;
@@ -241,7 +359,7 @@ void decodeRle8Blocks(PlanBlock planBlock, EmitBlock emitBlock, const uchar *&in
         if (!more)
             break;
     }
-    memcpy(o, saved, Overhang);
+    overhung.restore(o);
     // A run begun by the last block's last byte had its value from this block's first.
     in = p + carry;
     out = o;
@@ -256,7 +374,7 @@ void decodeRle8(DecodePath path, const uchar *&in, const uchar *inEnd, uchar *&o
         return;
 #ifdef OVRA_X86_VECTORS
     case DecodePath::Avx512:
-        return decodeRle8Blocks(planAvx512, emitAvx512, in, inEnd, out, outEnd);
+        return decodeBlocksAvx512(in, inEnd, out, outEnd);
     case DecodePath::Avx2:
         return decodeRle8Blocks(planAvx2, emitAvx2, in, inEnd, out, outEnd);
 #endif
@@ -278,7 +396,8 @@ bool decodePathAvailable(DecodePath path)
         return __builtin_cpu_supports("avx2");
     case DecodePath::Avx512:
         return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw")
-               && __builtin_cpu_supports("avx512vbmi2");
+               && __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2")
+               && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
 #endif
     default:
         return false;

@@ -488,6 +488,22 @@ void SpriteCompressionTest::rle8PathsAgree_data()
     for (int i = 0; i < stretch.size(); ++i)
         stretch[i] = char(0x40 + (i * 13) % 64);
     QTest::addRow("one stretch of marked bytes") << stretch;
+    // Runs of about eight bytes, the longest that share a store with their neighbours, after
+    // 0 to 62 literals: long and short ones in every eighth of a block, and blocks of more
+    // than 48 items with a long run among them.
+    QByteArray aboutEight;
+    const int counts[] = {7, 8, 9, 1, 16, 17, 63, 2, 0};
+    for (int i = 0; i < 500; ++i) {
+        aboutEight.append(QByteArray((i * 7) % 63, char(0x80 + i % 64)));
+        aboutEight.append(char(0x40 | counts[i % 9])).append(char(i));
+    }
+    QTest::addRow("runs about eight long") << aboutEight;
+    // A textured picture's stream: bands a few pixels wide with noise, 30 to 50 items a block.
+    QRandomGenerator random(9);
+    const QImage textured = indexed(300, 20, [&](int x, int y) {
+        return uchar(1 + (x / 5 + y) % 20 + (random.bounded(6) == 0 ? random.bounded(5) : 0));
+    });
+    QTest::addRow("textured picture") << encoded(textured, Rle8);
 }
 
 void SpriteCompressionTest::rle8PathsAgree()
