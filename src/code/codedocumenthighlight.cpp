@@ -204,10 +204,43 @@ public:
         return QPlainTextDocumentLayout::blockBoundingRect(block);
     }
 
+    // A line laid out with new formats is marked dirty whole, separator included, and the
+    // mark joins the next edit: a keystroke then reaches the layout as the line's length
+    // removed and as much added. The base counts removed plus added from the line's
+    // start, ends up in the next line, and repaints everything on screen. With the line
+    // count unchanged, new text that lies in one line (a separator at most at its end)
+    // changed that line, and when it reaches the separator, the next one too: any removed
+    // line end was put back by it. Only those lines are laid out again.
+    void documentChanged(int from, int removed, int added) override
+    {
+        const QTextDocument *text = document();
+        const int blocks = text->blockCount();
+        if (blocks == m_blockCount && from >= 0) {
+            const QTextBlock line = text->findBlock(from);
+            const int end = line.position() + line.length();
+            if (line.isValid() && from + added <= end && isSettled(line)) {
+                const QTextBlock next = line.next();
+                const bool nextToo = from + added == end && next.isValid();
+                if (!nextToo || isSettled(next)) {
+                    QPlainTextDocumentLayout::documentChanged(line.position(), 0, 1);
+                    if (nextToo)
+                        QPlainTextDocumentLayout::documentChanged(next.position(), 0, 1);
+                    return;
+                }
+            }
+        }
+        QPlainTextDocumentLayout::documentChanged(from, removed, added);
+        m_blockCount = blocks;
+    }
+
+    // Shown or hidden as its lines say: a change of that is the base's to handle.
+    static bool isSettled(const QTextBlock &block) { return block.isVisible() == (block.lineCount() > 0); }
+
     void forgetOwner() { m_owner = nullptr; }
 
 private:
     CodeDocumentPrivate *m_owner;
+    int m_blockCount = -1;
 };
 
 } // namespace

@@ -128,6 +128,8 @@ private slots:
     void modelIconsAndGate();
     void parserEdges();
     void viewPaintsTheFormats();
+    void editsLayOutOnlyTheirLines_data();
+    void editsLayOutOnlyTheirLines();
     void linesReachTheParserAsTheyStand_data();
     void linesReachTheParserAsTheyStand();
     void badInputSurvivesASave_data();
@@ -604,6 +606,65 @@ void CodeDocumentTest::viewPaintsTheFormats()
     QCOMPARE(bluePixels(), 0);
     document.setSyntaxHighlight(true);
     QVERIFY(bluePixels() > 0);
+}
+
+void CodeDocumentTest::editsLayOutOnlyTheirLines_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<bool>("wholeView");
+
+    // Lines of the text: "[Stats]", "speed = 1 ; fast", "pair = (1, 2)", "jump = 4".
+    QTest::newRow("a key in a line") << 16 << 16 << "2" << false;
+    QTest::newRow("a key at a line's end") << 24 << 24 << "0" << false;
+    QTest::newRow("a deletion in a line") << 15 << 17 << "" << false;
+    QTest::newRow("a line end over a line end") << 20 << 27 << "9\n" << false;
+    QTest::newRow("more over a line end") << 20 << 28 << "9\npair" << true;
+    QTest::newRow("a new line") << 16 << 16 << "\nx = 1" << true;
+    QTest::newRow("lines joined") << 24 << 26 << "" << true;
+}
+
+void CodeDocumentTest::editsLayOutOnlyTheirLines()
+{
+    QFETCH(int, from);
+    QFETCH(int, to);
+    QFETCH(QString, typed);
+    QFETCH(bool, wholeView);
+
+    TestDocument document;
+    document.fromString(QStringLiteral("[Stats]\nspeed = 1 ; fast\npair = (1, 2)\njump = 4\n"));
+    QPlainTextEdit editor;
+    editor.setDocument(&document);
+    editor.resize(320, 160);
+    editor.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&editor));
+    // A first key lays out the line with its new formats: the mark that leaves joins the
+    // next edit, which is the one measured.
+    QTextCursor cursor(&document);
+    cursor.setPosition(from);
+    cursor.insertText(QStringLiteral(" "));
+    cursor.deletePreviousChar();
+    QCoreApplication::processEvents();
+
+    QSignalSpy whole(document.documentLayout(), &QAbstractTextDocumentLayout::update);
+    QSignalSpy lines(document.documentLayout(), &QAbstractTextDocumentLayout::updateBlock);
+    cursor.setPosition(from);
+    cursor.setPosition(to, QTextCursor::KeepAnchor);
+    cursor.insertText(typed);
+    QCoreApplication::processEvents();
+    // Every line shows its own text, laid out anew where it changed.
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        const QTextLayout *layout = block.layout();
+        QVERIFY(layout->lineCount() > 0);
+        int laidOut = 0;
+        for (int i = 0; i < layout->lineCount(); ++i)
+            laidOut += layout->lineAt(i).textLength();
+        QCOMPARE(laidOut, block.length() - 1);
+    }
+    QCOMPARE(!whole.isEmpty(), wholeView);
+    if (!wholeView)
+        QVERIFY(!lines.isEmpty());
 }
 
 void CodeDocumentTest::linesReachTheParserAsTheyStand_data()
