@@ -993,13 +993,17 @@ void CodeWorkspaceTest::screenshot()
     m_host->options.insert(QStringLiteral("auto_expand_tree"), true);
     CodeEditor *editor = m_workspace->editor();
     // A folded group, an edited line with an error in it, and the cursor at a parenthesis.
-    editor->toggleBlockVisible(document->find(QStringLiteral("[Move: leap]")).block());
+    editor->toggleBlockVisible(document->find(QStringLiteral("[Move: punch]")).block());
     moveTo(document->find(QStringLiteral("life = 1000")).blockNumber(), 15);
     QTest::keyClicks(editor, QStringLiteral(" %%"));
     const QTextCursor walk = document->find(QStringLiteral("walk = ("));
     moveTo(walk.blockNumber(), walk.positionInBlock() - 1);
     QVERIFY(m_workspace->messageBox()->count() >= 1);
     QVERIFY(m_editor->tree()->currentIndex().isValid());
+    // The parenthesis beside the cursor shows its partner once the editor has the focus.
+    m_workspace->activateWindow();
+    editor->setFocus();
+    QTRY_COMPARE(editor->parenthesisMatch(), 1);
     const QImage image = m_workspace->grab().toImage();
     QCOMPARE(image.size(), QSize(900, 600));
     const QString path = QCoreApplication::applicationDirPath() + QStringLiteral("/codeworkspace.png");
