@@ -90,6 +90,10 @@ public:
     ushort version() const;
     RootCode *root();
     CodeNode *nodeFromIndex(const QModelIndex &index) const;
+    // The tree's item of the node on a line (counted from 0), or of the nearest before it.
+    QModelIndex indexInLine(int line);
+    // The line of an item's node, or -1.
+    int lineNo(const QModelIndex &index) const;
     CodeNode *nodeInBlock(const QTextBlock &block) const;
 
     CodeParser *parser() const;

@@ -91,6 +91,43 @@ CodeNode *CodeDocument::nodeFromIndex(const QModelIndex &index) const
     return RootCode::nodeFromIndex(index);
 }
 
+// From the root down, each level's children from the last: the node on the line, or the
+// nearest one before it, and into it when it holds children of its own.
+QModelIndex CodeDocument::indexInLine(int line)
+{
+    QAbstractItemModel *model = this->model();
+    const ParentCode *parent = root();
+    QModelIndex parentIndex;
+    QModelIndex found;
+    while (parent) {
+        const ParentCode *inner = nullptr;
+        for (int row = int(parent->childCount()) - 1; row >= 0; --row) {
+            CodeNode *child = parent->childAt(uint(row));
+            const int at = child ? child->lineNo() : -1;
+            if (at < 0 || at > line)
+                continue;
+            const QModelIndex index = model->index(row, 0, parentIndex);
+            if (!index.isValid())
+                return found;
+            found = index;
+            const auto *group = dynamic_cast<const ParentCode *>(child);
+            if (at != line && group && group->childCount() > 0) {
+                inner = group;
+                parentIndex = index;
+            }
+            break;
+        }
+        parent = inner;
+    }
+    return found;
+}
+
+int CodeDocument::lineNo(const QModelIndex &index) const
+{
+    const CodeNode *node = nodeFromIndex(index);
+    return CodeNode::isValid(node) ? node->lineNo() : -1;
+}
+
 CodeNode *CodeDocument::nodeInBlock(const QTextBlock &block) const
 {
     const CodeBlockData *data = CodeDocumentPrivate::testBlockData(block);

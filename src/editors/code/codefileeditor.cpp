@@ -28,7 +28,6 @@ public:
     void buildTreeActions();
     CodeNode *currentNode() const;
     bool canEdit() const;
-    QModelIndex indexInLine(int line) const;
     void copyNode();
     void pasteNode(bool after);
     void removeNode();
@@ -121,38 +120,6 @@ bool CodeFileEditorPrivate::canEdit() const
 
 // Down from the root, each level's children from the last to the first: the node on the
 // line, or the nearest node before it, inside the nearest parent before it.
-QModelIndex CodeFileEditorPrivate::indexInLine(int line) const
-{
-    CodeDocument *document = q->document();
-    if (!document)
-        return QModelIndex();
-    QAbstractItemModel *model = document->model();
-    const ParentCode *parent = document->root();
-    QModelIndex parentIndex;
-    QModelIndex found;
-    while (parent) {
-        const ParentCode *inner = nullptr;
-        for (int row = int(parent->childCount()) - 1; row >= 0; --row) {
-            CodeNode *child = parent->childAt(uint(row));
-            const int at = child ? child->lineNo() : -1;
-            if (at < 0 || at > line)
-                continue;
-            const QModelIndex index = model->index(row, 0, parentIndex);
-            if (!index.isValid())
-                return found;
-            found = index;
-            const auto *group = dynamic_cast<const ParentCode *>(child);
-            if (at != line && group && group->childCount() > 0) {
-                inner = group;
-                parentIndex = index;
-            }
-            break;
-        }
-        parent = inner;
-    }
-    return found;
-}
-
 void CodeFileEditorPrivate::copyNode()
 {
     if (CodeNode *node = currentNode())
@@ -401,8 +368,7 @@ void CodeFileEditor::selectedItem(const QModelIndex &index)
     CodeDocument *current = document();
     if (!current || d->following)
         return;
-    const CodeNode *node = current->nodeFromIndex(index);
-    const int line = CodeNode::isValid(node) ? node->lineNo() : -1;
+    const int line = current->lineNo(index);
     if (line >= 0 && d->workspace->document() == current)
         d->workspace->goTo(line, 0);
 }
@@ -412,7 +378,7 @@ void CodeFileEditor::currLineChanged(int line)
     if (!d->tree || !document() || !m_interface
         || !m_interface->option(QStringLiteral("auto_expand_tree"), false).toBool())
         return;
-    const QModelIndex index = d->indexInLine(line);
+    const QModelIndex index = document()->indexInLine(line);
     if (!index.isValid())
         return;
     // Following the cursor must not move the cursor back through a host's tree.
