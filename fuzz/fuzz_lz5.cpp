@@ -24,8 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QImage careful;
     bool carefulOk = false;
     qint64 carefulRead = 0;
-    for (Ovra::DecodePath path : {Ovra::DecodePath::Careful, Ovra::DecodePath::Portable, Ovra::DecodePath::Avx2,
-                                   Ovra::DecodePath::Avx512}) {
+    for (Ovra::DecodePath path : {Ovra::DecodePath::Careful, Ovra::DecodePath::Portable, Ovra::DecodePath::Avx2}) {
         if (!Ovra::decodePathAvailable(path))
             continue;
         QImage image;
