@@ -86,12 +86,18 @@ int distanceFor(QRandomGenerator &random, int pixels, int farthest)
 }
 
 // Packets of every kind, mostly a few pixels long as in textured sprites, up to `pixels`.
-QByteArray builtStream(quint32 seed, int pixels)
+// `shortCopies` in ten packets at least are short copies, so that groups of eight hold none,
+// one or two fourths of a group of four.
+QByteArray builtStream(quint32 seed, int pixels, int shortCopies = 3)
 {
     QRandomGenerator random(seed);
     StreamBuilder out;
     out.run(random.bounded(32), 1 + random.bounded(7));
     while (out.pixels < pixels) {
+        if (random.bounded(10) < shortCopies - 3) {
+            out.shortCopy(distanceFor(random, out.pixels, 256), 2 + random.bounded(random.bounded(2) ? 8 : 63));
+            continue;
+        }
         const int kind = random.bounded(10);
         if (kind < 5)
             out.run(random.bounded(32), 1 + random.bounded(7));
@@ -177,15 +183,20 @@ void Lz5BulkTest::builtStreams_data()
 {
     QTest::addColumn<quint32>("seed");
     QTest::addColumn<int>("pixels");
+    QTest::addColumn<int>("shortCopies");
     for (quint32 seed = 1; seed <= 24; ++seed)
-        QTest::addRow("seed %u", seed) << seed << int(200 + seed * seed * 97);
+        QTest::addRow("seed %u", seed) << seed << int(200 + seed * seed * 97) << 3;
+    // Groups of eight packets with several fourths of a group of four short copies in them.
+    for (quint32 seed = 31; seed <= 36; ++seed)
+        QTest::addRow("short copies, seed %u", seed) << seed << int(20000 + seed * 311) << int(seed - 25);
 }
 
 void Lz5BulkTest::builtStreams()
 {
     QFETCH(quint32, seed);
     QFETCH(int, pixels);
-    const QByteArray stream = builtStream(seed, pixels);
+    QFETCH(int, shortCopies);
+    const QByteArray stream = builtStream(seed, pixels, shortCopies);
     // The whole stream, and pictures that end before it or are left short by it; odd widths
     // give padded rows, decoded through a buffer of their own.
     const QSize sizes[] = {{pixels, 1}, {pixels / 3, 3}, {pixels / 7 + 1, 7}, {pixels / 5 + 40, 5}, {61, pixels / 61}};
@@ -212,10 +223,11 @@ void Lz5BulkTest::randomStreams()
 void Lz5BulkTest::cutStreams()
 {
     // Ending at every byte: inside packets, at control bytes, near the bulk's margins.
-    const QByteArray stream = builtStream(77, 6000);
-    for (int size = 0; size <= stream.size(); ++size) {
-        const QString disagree = pathsDisagree(stream.left(size), 100, 60);
-        QVERIFY2(disagree.isEmpty(), qPrintable(disagree));
+    for (const QByteArray &stream : {builtStream(77, 6000), builtStream(78, 6000, 10)}) {
+        for (int size = 0; size <= stream.size(); ++size) {
+            const QString disagree = pathsDisagree(stream.left(size), 100, 60);
+            QVERIFY2(disagree.isEmpty(), qPrintable(disagree));
+        }
     }
 }
 
@@ -235,6 +247,7 @@ void Lz5BulkTest::bulkStaysInside_data()
     QTest::addColumn<int>("pixels");
     QTest::addRow("built") << builtStream(11, 40000) << 40000;
     QTest::addRow("built, short picture") << builtStream(12, 40000) << 3000;
+    QTest::addRow("built, short copies") << builtStream(13, 40000, 9) << 40000;
     QTest::addRow("runs") << QByteArray(3000, '\0') << 100000;
     QTest::addRow("random") << randomBytes(3, 4000) << 4000;
 }
