@@ -9,6 +9,8 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+#include "decodepaths.h"
+
 #include <vector>
 
 using namespace Ovra;
@@ -120,46 +122,9 @@ QByteArray randomBytes(quint32 seed, int size)
     return bytes;
 }
 
-// What a decoder leaves: its result, every byte of the picture (padding included) and how
-// much of the device it read.
-struct Decoding
-{
-    bool ok = false;
-    QByteArray bytes;
-    qint64 consumed = -1;
-    bool operator==(const Decoding &other) const
-    {
-        return ok == other.ok && bytes == other.bytes && consumed == other.consumed;
-    }
-};
-
-Decoding decodedBy(DecodePath path, const QByteArray &stream, int width, int height)
-{
-    QImage image(width, height, QImage::Format_Indexed8);
-    memset(image.bits(), 0xAA, size_t(image.sizeInBytes()));
-    QByteArray data = stream;
-    QBuffer buffer(&data);
-    buffer.open(QIODevice::ReadOnly);
-    Decoding decoding;
-    decoding.ok = loadLZ5Using(path, image, &buffer);
-    decoding.bytes = QByteArray(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes()));
-    decoding.consumed = buffer.pos();
-    return decoding;
-}
-
-// Every other path against the careful one; an empty string when all agree.
 QString pathsDisagree(const QByteArray &stream, int width, int height)
 {
-    const Decoding careful = decodedBy(DecodePath::Careful, stream, width, height);
-    for (DecodePath path : {DecodePath::Portable, DecodePath::Avx2, DecodePath::Avx512}) {
-        if (decodePathAvailable(path) && !(decodedBy(path, stream, width, height) == careful))
-            return QStringLiteral("path %1 differs for %2 bytes into %3x%4")
-                .arg(int(path))
-                .arg(stream.size())
-                .arg(width)
-                .arg(height);
-    }
-    return QString();
+    return pathsDisagree(loadLZ5Using, stream, width, height);
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+#include "decodepaths.h"
+
 using namespace Ovra;
 using ImageTestBytes::bytes;
 
@@ -80,43 +82,9 @@ QImage decoded(Loader load, const QByteArray &stream, int width, int height,
     return image;
 }
 
-// What a decoder leaves: its result, every byte of the picture (padding included) and how
-// much of the device it read.
-struct Decoding
-{
-    bool ok = false;
-    QByteArray bytes;
-    qint64 consumed = -1;
-    bool operator==(const Decoding &other) const
-    {
-        return ok == other.ok && bytes == other.bytes && consumed == other.consumed;
-    }
-};
-
-Decoding decodedBy(DecodePath path, const QByteArray &stream, int width, int height, QImage::Format format)
-{
-    QImage image(width, height, format);
-    memset(image.bits(), 0xAA, size_t(image.sizeInBytes()));
-    QByteArray data = stream;
-    QBuffer buffer(&data);
-    buffer.open(QIODevice::ReadOnly);
-    Decoding decoding;
-    decoding.ok = loadRLE8Using(path, image, &buffer);
-    decoding.bytes = QByteArray(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes()));
-    decoding.consumed = buffer.pos();
-    return decoding;
-}
-
-// Every other path against the careful one; an empty string when all agree.
 QString pathsDisagree(const QByteArray &stream, int width, int height, QImage::Format format = QImage::Format_Indexed8)
 {
-    const Decoding careful = decodedBy(DecodePath::Careful, stream, width, height, format);
-    for (DecodePath path : {DecodePath::Portable, DecodePath::Avx2, DecodePath::Avx512}) {
-        if (decodePathAvailable(path) && !(decodedBy(path, stream, width, height, format) == careful))
-            return QStringLiteral("path %1 differs for %2 bytes into %3x%4 (format %5)")
-                .arg(int(path)).arg(stream.size()).arg(width).arg(height).arg(int(format));
-    }
-    return QString();
+    return pathsDisagree(loadRLE8Using, stream, width, height, format);
 }
 
 // Pixels an RLE8 stream stands for, to size pictures around its end.
