@@ -7,7 +7,10 @@
 #include "code/codedocumenthelpers_p.h"
 
 #include <QPlainTextDocumentLayout>
+#include <QTextCursor>
 #include <QTextLayout>
+
+#include <algorithm>
 
 namespace Ovra {
 
@@ -249,6 +252,7 @@ public:
     // they drop its lines.
     void layOutAgain(const QTextBlock &block)
     {
+        keepShaped(block);
         const QRectF before = QPlainTextDocumentLayout::blockBoundingRect(block);
         if (m_owner && m_owner->handFormats(block)) {
             m_held = block;
@@ -256,6 +260,30 @@ public:
         }
         QPlainTextDocumentLayout::documentChanged(block.position(), 0, 1);
         m_held = QTextBlock();
+    }
+
+    // The line being typed in keeps its shaped text from its layout to its paint and on to
+    // the next key, and so do the lines next to it, whose edges a repaint of the line
+    // touches when lines are not a whole number of pixels high. Other lines drop theirs once
+    // painted: a long file can't keep it for every line.
+    void keepShaped(const QTextBlock &block)
+    {
+        const QTextBlock lines[ShapedLines] = {block.previous(), block, block.next()};
+        bool same = true;
+        for (int i = 0; i < ShapedLines && same; ++i)
+            same = m_shaped[i].isNull() ? !lines[i].isValid() : m_shaped[i].block() == lines[i];
+        if (same)
+            return;
+        for (QTextCursor &kept : m_shaped) {
+            const QTextBlock old = kept.isNull() ? QTextBlock() : kept.block();
+            if (old.isValid() && std::find(lines, lines + ShapedLines, old) == lines + ShapedLines)
+                old.layout()->setCacheEnabled(false);
+        }
+        for (int i = 0; i < ShapedLines; ++i) {
+            m_shaped[i] = lines[i].isValid() ? QTextCursor(lines[i]) : QTextCursor();
+            if (lines[i].isValid())
+                lines[i].layout()->setCacheEnabled(true);
+        }
     }
 
     // Shown or hidden as its lines say: a change of that is the base's to handle.
@@ -267,6 +295,8 @@ private:
     CodeDocumentPrivate *m_owner;
     int m_blockCount = -1;
     mutable QTextBlock m_held;
+    static constexpr int ShapedLines = 3;
+    QTextCursor m_shaped[ShapedLines];
     QRectF m_heldRect;
 };
 
