@@ -230,8 +230,9 @@ public:
     void storeFormats(const QTextBlock &block, CodeBlockData *data);
     // The line's formats as its layout takes them.
     QVector<QTextLayout::FormatRange> formatRanges(const QTextBlock &block, const FormatRuns &runs) const;
-    // Gives the line's layout its formats when they changed since it got them last.
-    void handFormats(const QTextBlock &block);
+    // Gives the line's layout its formats when they changed since it got them last; true
+    // if it did, which drops the lines the layout had.
+    bool handFormats(const QTextBlock &block);
     int formatIndex(const QTextCharFormat &format);
 
     QList<CodeNodeFile *> distinctNodeFiles() const;
@@ -305,6 +306,10 @@ public:
     // The text being put into the document by a load, while it is.
     QString loadingText;
     bool ignoreContentsChange = false;
+    // The characters of the edit being parsed, first and last: the layout lays the lines
+    // they touch out again by itself. -1 outside an edit.
+    int editFirst = -1;
+    int editLast = -1;
     bool parsing = false;
     bool wholePass = false;
     bool reparsePending = false;

@@ -7,7 +7,10 @@
 #include "code/codedocumenthelpers_p.h"
 
 #include <QPlainTextDocumentLayout>
+#include <QTextCursor>
 #include <QTextLayout>
+
+#include <algorithm>
 
 namespace Ovra {
 
@@ -125,6 +128,11 @@ void CodeDocumentPrivate::storeFormats(const QTextBlock &block, CodeBlockData *d
     // again. A pass over the whole text marks it all at once when it ends.
     if (!part->laidOut || wholePass)
         return;
+    // The edit's own lines are laid out again anyway, and get their formats then; a mark of
+    // a whole line would only widen the change the layout sees to the line below.
+    const int start = block.position();
+    if (editFirst >= 0 && start <= editLast && start + block.length() > editFirst)
+        return;
     // Repainting is no change of the text: the pass must not hear of it.
     const bool ignoring = ignoreContentsChange;
     ignoreContentsChange = true;
@@ -169,21 +177,22 @@ QVector<QTextLayout::FormatRange> CodeDocumentPrivate::formatRanges(const QTextB
     return ranges;
 }
 
-void CodeDocumentPrivate::handFormats(const QTextBlock &block)
+bool CodeDocumentPrivate::handFormats(const QTextBlock &block)
 {
     CodeBlockData *data = testBlockData(block);
     if (!data)
-        return;
+        return false;
     CodeBlockDataPrivate *part = data->d;
     part->laidOut = true;
     if (!part->formatsPending)
-        return;
+        return false;
     part->formatsPending = false;
     QTextLayout *layout = block.layout();
     if (part->formats.isEmpty() && layout->formats().isEmpty())
-        return;
+        return false;
     // This drops the layout's lines: the line is laid out anew, with its formats.
     layout->setFormats(formatRanges(block, part->formats));
+    return true;
 }
 
 namespace {
@@ -199,6 +208,12 @@ public:
 
     QRectF blockBoundingRect(const QTextBlock &block) const override
     {
+        if (m_held.isValid() && block == m_held) {
+            // Asked once, for the size before the layout: the line's lines are gone with
+            // its old formats, and asking the base would lay it out twice.
+            m_held = QTextBlock();
+            return m_heldRect;
+        }
         if (m_owner && block.isValid())
             m_owner->handFormats(block);
         return QPlainTextDocumentLayout::blockBoundingRect(block);
@@ -222,15 +237,53 @@ public:
                 const QTextBlock next = line.next();
                 const bool nextToo = from + added == end && next.isValid();
                 if (!nextToo || isSettled(next)) {
-                    QPlainTextDocumentLayout::documentChanged(line.position(), 0, 1);
+                    layOutAgain(line);
                     if (nextToo)
-                        QPlainTextDocumentLayout::documentChanged(next.position(), 0, 1);
+                        layOutAgain(next);
                     return;
                 }
             }
         }
         QPlainTextDocumentLayout::documentChanged(from, removed, added);
         m_blockCount = blocks;
+    }
+
+    // One line, laid out once with the formats it has now: the size it had is taken before
+    // they drop its lines.
+    void layOutAgain(const QTextBlock &block)
+    {
+        keepShaped(block);
+        const QRectF before = QPlainTextDocumentLayout::blockBoundingRect(block);
+        if (m_owner && m_owner->handFormats(block)) {
+            m_held = block;
+            m_heldRect = before;
+        }
+        QPlainTextDocumentLayout::documentChanged(block.position(), 0, 1);
+        m_held = QTextBlock();
+    }
+
+    // The line being typed in keeps its shaped text from its layout to its paint and on to
+    // the next key, and so do the lines next to it, whose edges a repaint of the line
+    // touches when lines are not a whole number of pixels high. Other lines drop theirs once
+    // painted: a long file can't keep it for every line.
+    void keepShaped(const QTextBlock &block)
+    {
+        const QTextBlock lines[ShapedLines] = {block.previous(), block, block.next()};
+        bool same = true;
+        for (int i = 0; i < ShapedLines && same; ++i)
+            same = m_shaped[i].isNull() ? !lines[i].isValid() : m_shaped[i].block() == lines[i];
+        if (same)
+            return;
+        for (QTextCursor &kept : m_shaped) {
+            const QTextBlock old = kept.isNull() ? QTextBlock() : kept.block();
+            if (old.isValid() && std::find(lines, lines + ShapedLines, old) == lines + ShapedLines)
+                old.layout()->setCacheEnabled(false);
+        }
+        for (int i = 0; i < ShapedLines; ++i) {
+            m_shaped[i] = lines[i].isValid() ? QTextCursor(lines[i]) : QTextCursor();
+            if (lines[i].isValid())
+                lines[i].layout()->setCacheEnabled(true);
+        }
     }
 
     // Shown or hidden as its lines say: a change of that is the base's to handle.
@@ -241,6 +294,10 @@ public:
 private:
     CodeDocumentPrivate *m_owner;
     int m_blockCount = -1;
+    mutable QTextBlock m_held;
+    static constexpr int ShapedLines = 3;
+    QTextCursor m_shaped[ShapedLines];
+    QRectF m_heldRect;
 };
 
 } // namespace

@@ -39,8 +39,13 @@ int lineState(const QTextBlock &block, const CodeNode *node)
 
 void CodeDocumentPrivate::contentsChange(int position, int removed, int added)
 {
-    if (!ignoreContentsChange)
-        parsePass(position, removed, added);
+    if (ignoreContentsChange)
+        return;
+    const int outerFirst = std::exchange(editFirst, position);
+    const int outerLast = std::exchange(editLast, position + qMax(added - 1, 0));
+    parsePass(position, removed, added);
+    editFirst = outerFirst;
+    editLast = outerLast;
 }
 
 void CodeDocumentPrivate::parsePass(int position, int removed, int added)

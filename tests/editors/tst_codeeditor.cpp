@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QPainter>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStringListModel>
@@ -77,6 +78,14 @@ int lineY(CodeEditor &editor, int line)
     return editor.viewport()->mapTo(&editor, rect.center()).y() - editor.extraArea()->y();
 }
 
+// What the screen shows at a point of a widget. Unlike grab(), which paints the widget
+// afresh, this is what its paints so far have left.
+QColor shownPixel(QWidget *widget, const QPoint &at)
+{
+    const QPoint global = widget->mapToGlobal(at);
+    return widget->screen()->grabWindow(0, global.x(), global.y(), 1, 1).toImage().pixelColor(0, 0);
+}
+
 QString writeFile(const QTemporaryDir &dir, const QString &name, const QByteArray &content)
 {
     const QString path = dir.filePath(name);
@@ -138,6 +147,7 @@ private slots:
     void currentLine_data();
     void currentLine();
     void blockAndLineHighlights();
+    void screenFollowsKeys();
     void insertTogglesOverwrite();
     void dragBeyondTheViewScrolls();
     void picture();
@@ -549,6 +559,70 @@ void CodeEditorTest::blockAndLineHighlights()
     QCOMPARE(markPixel(3), m_editor->palette().color(QPalette::Highlight));
     m_editor->markCurrentLine(false);
     QCOMPARE(markPixel(3), unmarked);
+}
+
+// Keys repaint only what they change: what the screen shows of the side area and of the
+// current line's band must still follow them.
+void CodeEditorTest::screenFollowsKeys()
+{
+    CodeEditor::SyntaxFormatting formatting = m_editor->syntaxFormatting();
+    formatting.lineColor = QColor(250, 250, 0);
+    // Nothing else repaints the view while the cursor rests.
+    formatting.highlightBlocks = false;
+    formatting.parenMatching = false;
+    m_editor->setSyntaxFormatting(formatting);
+    show();
+    const AreaColumns columns = areaColumns(*m_editor);
+    QWidget *area = m_editor->extraArea();
+    auto barShown = [&](int line) { return shownPixel(area, QPoint(columns.bar, lineY(*m_editor, line))); };
+    auto bandShown = [&](int line) {
+        const int y = m_editor->cursorRect(QTextCursor(m_document->findBlockByNumber(line))).center().y();
+        return shownPixel(m_editor->viewport(), QPoint(m_editor->viewport()->width() - 3, y));
+    };
+    m_editor->setTextCursor(QTextCursor(m_document->findBlockByNumber(5)));
+    QTRY_COMPARE(bandShown(5), formatting.lineColor);
+    const QColor unchanged = barShown(5);
+    QVERIFY(unchanged != QColor(Qt::red));
+    QCOMPARE(barShown(4), unchanged);
+
+    // The first key changes the line's bar; the ones after it leave it as it is.
+    QTest::keyClick(m_editor.get(), Qt::Key_End);
+    QTest::keyClicks(m_editor.get(), QStringLiteral("0"));
+    QTRY_COMPARE(barShown(5), QColor(Qt::red));
+    QTest::keyClicks(m_editor.get(), QStringLiteral("12"));
+    QTest::keyClick(m_editor.get(), Qt::Key_Backspace);
+    QCOMPARE(m_document->findBlockByNumber(5).text(), QStringLiteral("    life = 100001"));
+    QTRY_COMPARE(m_editor->extraArea()->grab().toImage().pixelColor(columns.bar, lineY(*m_editor, 5)), QColor(Qt::red));
+    QCOMPARE(barShown(5), QColor(Qt::red));
+    QCOMPARE(barShown(4), unchanged);
+    QCOMPARE(barShown(6), unchanged);
+
+    // The band goes with the cursor to the next line and off the one it left; a line typed
+    // in there gets its bar too.
+    QTest::keyClick(m_editor.get(), Qt::Key_Down);
+    QCOMPARE(m_editor->textCursor().blockNumber(), 6);
+    QTRY_COMPARE(bandShown(6), formatting.lineColor);
+    QTRY_VERIFY(bandShown(5) != formatting.lineColor);
+    // So too when the cursor is put elsewhere, and back.
+    m_editor->setTextCursor(QTextCursor(m_document->findBlockByNumber(2)));
+    QTRY_COMPARE(bandShown(2), formatting.lineColor);
+    QTRY_VERIFY(bandShown(6) != formatting.lineColor);
+    m_editor->setTextCursor(QTextCursor(m_document->findBlockByNumber(6)));
+    QTest::keyClick(m_editor.get(), Qt::Key_End);
+    QTRY_COMPARE(bandShown(6), formatting.lineColor);
+    QTRY_VERIFY(bandShown(2) != formatting.lineColor);
+    QTest::keyClicks(m_editor.get(), QStringLiteral("x"));
+    QTRY_COMPARE(barShown(6), QColor(Qt::red));
+    QCOMPARE(barShown(7), unchanged);
+
+    // Undone to the saved text, the lines lose their bars on screen as well.
+    m_editor->undo();
+    m_editor->undo();
+    m_editor->undo();
+    m_editor->undo();
+    m_editor->undo();
+    m_editor->undo();
+    QTRY_COMPARE(barShown(6), unchanged);
 }
 
 void CodeEditorTest::insertTogglesOverwrite()

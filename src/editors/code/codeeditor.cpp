@@ -10,6 +10,7 @@
 #include <QIcon>
 #include <QPainter>
 #include <QScreen>
+#include <QtMath>
 #include <QScrollBar>
 #include <QStringListModel>
 #include <QTextBlock>
@@ -120,12 +121,18 @@ void CodeEditorPrivate::blockCountChanged(int)
     area->update();
 }
 
+// The area follows the text's repaints, but a strip whose lines it shows as they are (a
+// keystroke within a line, the cursor's blink) is left alone.
 void CodeEditorPrivate::updateRequest(const QRect &rect, int dy)
 {
-    if (dy)
+    if (dy) {
+        paintedArea.clear();
         area->scroll(0, dy);
-    else
-        area->update(0, rect.y(), area->width(), rect.height());
+        return;
+    }
+    const QRect strip(0, rect.y(), area->width(), rect.height());
+    if (!areaShows(strip))
+        area->update(strip);
 }
 
 void CodeEditorPrivate::cursorMoved()
@@ -139,29 +146,42 @@ void CodeEditorPrivate::cursorMoved()
         blockTimer.start();
     }
     startParenTimer();
-    // The band's cursor moves with the text: within its line there is nothing to redo.
+    // Within its line the band has nothing to redo.
     if (line != highlightedLine) {
-        updateExtraSelections();
+        updateLineBand();
         area->update();
     }
 }
 
-// The current line's band, then the parenthesis selections on top of it.
+// The parenthesis selections; the current line's band below them is painted with the
+// other bands, which spares the text's paint the work of a selection as wide as the view.
 void CodeEditorPrivate::updateExtraSelections()
 {
-    QList<QTextEdit::ExtraSelection> selections;
-    highlightedLine = -1;
-    if (formatting.highlightLine && formatting.lineColor.isValid()) {
-        QTextEdit::ExtraSelection line;
-        line.format.setBackground(formatting.lineColor);
-        line.format.setProperty(QTextFormat::FullWidthSelection, true);
-        line.cursor = q->textCursor();
-        line.cursor.clearSelection();
-        highlightedLine = line.cursor.blockNumber();
-        selections << line;
-    }
-    selections += parenSelections;
-    q->setExtraSelections(selections);
+    updateLineBand();
+    q->setExtraSelections(parenSelections);
+}
+
+void CodeEditorPrivate::updateLineBand()
+{
+    const bool shown = formatting.highlightLine && formatting.lineColor.isValid();
+    const QTextCursor cursor = q->textCursor();
+    const int line = shown ? cursor.blockNumber() : -1;
+    if (line == highlightedLine && bandLine.isNull() != shown && (!shown || bandLine.block() == cursor.block()))
+        return;
+    if (!bandLine.isNull() && bandLine.document() == q->document())
+        updateLine(bandLine.block());
+    bandLine = shown ? QTextCursor(cursor.block()) : QTextCursor();
+    highlightedLine = line;
+    if (shown)
+        updateLine(cursor.block());
+}
+
+void CodeEditorPrivate::updateLine(const QTextBlock &block)
+{
+    if (!block.isValid() || !block.isVisible())
+        return;
+    const QRectF box = q->blockBoundingGeometry(block).translated(q->contentOffset());
+    q->viewport()->update(QRect(0, qFloor(box.top()), q->viewport()->width(), qCeil(box.height()) + 1));
 }
 
 QTextBlock CodeEditorPrivate::blockAtY(int y) const
@@ -231,6 +251,8 @@ void CodeEditor::setDocument(CodeDocument *document)
     d->parenResult = 0;
     d->foldsClosed = false;
     d->markedLine = QTextCursor();
+    d->bandLine = QTextCursor();
+    d->paintedArea.clear();
     d->hoveredFoldLine = d->pendingFoldLine = -1;
     // Without a document the base class makes an empty one of its own.
     QPlainTextEdit::setDocument(document);

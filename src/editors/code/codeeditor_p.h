@@ -3,6 +3,7 @@
 #include "editors/code/codeeditor.h"
 
 #include <QBasicTimer>
+#include <QHash>
 #include <QIcon>
 #include <QMap>
 #include <QObject>
@@ -45,6 +46,20 @@ public:
         int lineSpacing = 0;
     };
 
+    // What the side area shows beside one line, as it was painted at some height: a strip
+    // whose lines would be painted as they are needs no paint.
+    struct AreaLine
+    {
+        int line = -1;
+        int height = 0;
+        uint state = 0;
+        qint64 icon = 0;
+        bool operator==(const AreaLine &other) const
+        {
+            return line == other.line && height == other.height && state == other.state && icon == other.icon;
+        }
+    };
+
     explicit CodeEditorPrivate(CodeEditor *editor);
     ~CodeEditorPrivate() override;
 
@@ -61,6 +76,8 @@ public:
     void updateRequest(const QRect &rect, int dy);
     void cursorMoved();
     void updateExtraSelections();
+    void updateLineBand();
+    void updateLine(const QTextBlock &block);
     QTextBlock blockAtY(int y) const;
 
     // Painting (codeeditorpaint.cpp)
@@ -68,6 +85,9 @@ public:
     void forVisibleBlocks(const QRect &clip, Paint paint) const;
     void paintArea(QPaintEvent *event);
     void paintBands(const QRect &clip);
+    void paintLineBand(QPainter &painter, const QTextBlock &block, int column, int top);
+    AreaLine areaLine(const QTextBlock &block, int height) const;
+    bool areaShows(const QRect &strip) const;
     void paintFoldBoxes(const QRect &clip);
     QRect foldBoxRect(const QTextBlock &block) const;
     void paintAreaBlock(QPainter &painter, const Columns &c, const QTextBlock &block, int top, int height);
@@ -116,6 +136,8 @@ public:
     int blockForRanges = -1;           // the cursor's block when the block timer started
     bool foldsClosed = false;          // a fold has been closed since the document came
     int highlightedLine = -1;          // of the current line's band; -1 for none
+    QTextCursor bandLine;              // in the line the band was last painted for
+    QHash<int, AreaLine> paintedArea;  // what the area shows, by the top of each line
     int digits = 0;                    // of the line count, as the margin was last sized
     QList<QTextEdit::ExtraSelection> parenSelections;
     int parenResult = 0;               // of the last match: 0 none, 1 a pair, 2 a mismatch

@@ -10,6 +10,7 @@
 #include <QStyle>
 #include <QStyleOption>
 #include <QTextLayout>
+#include <QtMath>
 
 #include <memory>
 
@@ -50,23 +51,46 @@ void CodeEditorPrivate::forVisibleBlocks(const QRect &clip, Paint paint) const
     }
 }
 
+// Under the text: the block range, the marked line, and the current line's band on top.
 void CodeEditorPrivate::paintBands(const QRect &clip)
 {
     const bool ranges = formatting.highlightBlocks && formatting.blockRangeColor.isValid() && !blockRanges.isEmpty();
     const QTextBlock marked = markedLine.isNull() ? QTextBlock() : markedLine.block();
-    if (!ranges && !marked.isValid())
+    const QTextCursor cursor = q->textCursor();
+    const bool band = formatting.highlightLine && formatting.lineColor.isValid();
+    const QTextBlock current = band ? cursor.block() : QTextBlock();
+    if (!ranges && !marked.isValid() && !current.isValid())
         return;
     QPainter painter(q->viewport());
     const int width = q->viewport()->width();
     QColor markColor = q->palette().color(QPalette::Highlight);
     markColor.setAlpha(70);
     forVisibleBlocks(clip, [&](const QTextBlock &block, const QRect &box) {
-        const QRect band(0, box.top(), width, box.height());
+        const QRect full(0, box.top(), width, box.height());
         if (ranges && inRange(blockRanges, block.blockNumber()))
-            painter.fillRect(band, formatting.blockRangeColor);
+            painter.fillRect(full, formatting.blockRangeColor);
         if (block == marked)
-            painter.fillRect(band, markColor);
+            painter.fillRect(full, markColor);
+        if (block == current)
+            paintLineBand(painter, block, cursor.positionInBlock(), box.top());
     });
+}
+
+// The band covers the cursor's line of the text from where the line starts to the right
+// edge, as tall as the line, its lower edge on a whole pixel.
+void CodeEditorPrivate::paintLineBand(QPainter &painter, const QTextBlock &block, int column, int top)
+{
+    const QTextLayout *layout = block.layout();
+    QTextLine line = layout ? layout->lineForTextPosition(column) : QTextLine();
+    if (!line.isValid() && layout && layout->lineCount() > 0)
+        line = layout->lineAt(layout->lineCount() - 1);
+    if (!line.isValid())
+        return;
+    const qreal left = q->contentOffset().x() + line.x();
+    const qreal y = top + line.y();
+    const qreal right = q->viewport()->width();
+    if (right > left)
+        painter.fillRect(QRectF(left, y, right - left, qCeil(y + line.height()) - y), formatting.lineColor);
 }
 
 QRect CodeEditorPrivate::foldBoxRect(const QTextBlock &block) const
@@ -123,9 +147,69 @@ QT_WARNING_POP
         painter.fillRect(marks, column);
     }
     painter.setFont(area->font());
-    forVisibleBlocks(event->rect(), [&](const QTextBlock &block, const QRect &box) {
+    // Only lines painted whole, from side to side, are known to show what they were
+    // painted with.
+    const QRect clip = event->rect();
+    if (clip == area->rect())
+        paintedArea.clear();
+    const bool plain = event->region().rectCount() == 1;
+    forVisibleBlocks(clip, [&](const QTextBlock &block, const QRect &box) {
         paintAreaBlock(painter, c, block, box.top(), box.height());
+        if (plain && clip.contains(QRect(0, box.top(), area->width(), box.height())))
+            paintedArea.insert(box.top(), areaLine(block, box.height()));
+        else
+            paintedArea.remove(box.top());
     });
+}
+
+CodeEditorPrivate::AreaLine CodeEditorPrivate::areaLine(const QTextBlock &block, int height) const
+{
+    enum State : uint {
+        Current = 1, Marks = 2, Marked = 4, FoldHead = 8, Folded = 16,
+        Changed = 32, Saved = 64, Range = 128, Hover = 256
+    };
+    AreaLine shown;
+    shown.line = block.blockNumber();
+    shown.height = height;
+    uint state = 0;
+    if (shown.line == q->textCursor().blockNumber())
+        state |= Current;
+    const CodeBlockData *lineData = data(block);
+    if (lineData && !lineData->marks().isEmpty()) {
+        state |= Marks;
+        shown.icon = CodeEditor::lineMarkIcon().cacheKey();
+    }
+    if (!markedLine.isNull() && markedLine.block() == block)
+        state |= Marked;
+    if (isFoldHead(block))
+        state |= block.next().isVisible() ? FoldHead : FoldHead | Folded;
+    const CodeDocument *document = q->codeDocument();
+    if (document && block.revision() != document->savedRevision())
+        state |= block.revision() < 0 ? Changed | Saved : Changed;
+    if (inRange(blockRanges, shown.line))
+        state |= Range;
+    if (inRange(hoverRanges, shown.line))
+        state |= Hover;
+    shown.state = state;
+    return shown;
+}
+
+// True when every line in the strip was last painted whole at its place and would be
+// painted the same now, and the lines fill the strip.
+bool CodeEditorPrivate::areaShows(const QRect &strip) const
+{
+    if (paintedArea.isEmpty() || !strip.isValid())
+        return false;
+    int reached = strip.top();
+    bool same = true;
+    forVisibleBlocks(strip, [&](const QTextBlock &block, const QRect &box) {
+        if (!same)
+            return;
+        const auto painted = paintedArea.constFind(box.top());
+        same = box.top() <= reached && painted != paintedArea.constEnd() && *painted == areaLine(block, box.height());
+        reached = qMax(reached, box.bottom() + 1);
+    });
+    return same && reached > strip.bottom();
 }
 
 void CodeEditorPrivate::paintAreaBlock(QPainter &painter, const Columns &c, const QTextBlock &block, int top, int height)
