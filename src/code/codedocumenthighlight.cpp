@@ -11,6 +11,7 @@
 #include <QTextLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace Ovra {
 
@@ -214,8 +215,8 @@ public:
             m_held = QTextBlock();
             return m_heldRect;
         }
-        if (m_owner && block.isValid())
-            m_owner->handFormats(block);
+        if (m_owner && block.isValid() && m_owner->handFormats(block))
+            noteMark(block.position());
         return QPlainTextDocumentLayout::blockBoundingRect(block);
     }
 
@@ -229,6 +230,9 @@ public:
     void documentChanged(int from, int removed, int added) override
     {
         const QTextDocument *text = document();
+        m_reportedRevision = text->revision();
+        if (m_flushing)
+            return; // the lines marked were laid out with their formats already
         const int blocks = text->blockCount();
         if (blocks == m_blockCount && from >= 0) {
             const QTextBlock line = text->findBlock(from);
@@ -286,6 +290,34 @@ public:
         }
     }
 
+    // Handing a line its formats as it is first laid out (shown, scrolled to) records a
+    // change of the document that Qt reports only with the next edit, and then as part of
+    // it: the first key after scrolling would parse every line scrolled past again. So once
+    // the paint is over, the record is reported on its own, and taken as what it is.
+    void noteMark(int position) const
+    {
+        m_markFrom = m_markFrom < 0 ? position : qMin(m_markFrom, position);
+        if (m_flushQueued)
+            return;
+        m_flushQueued = true;
+        auto *self = const_cast<CodeDocumentLayout *>(this);
+        QMetaObject::invokeMethod(self, [self] { self->flushMarks(); }, Qt::QueuedConnection);
+    }
+
+    void flushMarks()
+    {
+        m_flushQueued = false;
+        const int from = std::exchange(m_markFrom, -1);
+        QTextDocument *text = document();
+        // An edit block begun since the document last reported (it counts a revision as
+        // one begins) holds an edit still to be reported: the record goes with it then.
+        if (from < 0 || !m_owner || text->revision() != m_reportedRevision)
+            return;
+        m_flushing = true;
+        text->markContentsDirty(qMin(from, text->characterCount() - 1), 0);
+        m_flushing = false;
+    }
+
     // Shown or hidden as its lines say: a change of that is the base's to handle.
     static bool isSettled(const QTextBlock &block) { return block.isVisible() == (block.lineCount() > 0); }
 
@@ -294,6 +326,10 @@ public:
 private:
     CodeDocumentPrivate *m_owner;
     int m_blockCount = -1;
+    int m_reportedRevision = -1;
+    mutable int m_markFrom = -1;
+    mutable bool m_flushQueued = false;
+    bool m_flushing = false;
     mutable QTextBlock m_held;
     static constexpr int ShapedLines = 3;
     QTextCursor m_shaped[ShapedLines];

@@ -12,6 +12,7 @@
 #include <QAbstractItemModelTester>
 #include <QAbstractTextDocumentLayout>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QRandomGenerator>
@@ -130,6 +131,7 @@ private slots:
     void viewPaintsTheFormats();
     void editsLayOutOnlyTheirLines_data();
     void editsLayOutOnlyTheirLines();
+    void scrollingLeavesTheNextKeyItsLine();
     void linesReachTheParserAsTheyStand_data();
     void linesReachTheParserAsTheyStand();
     void badInputSurvivesASave_data();
@@ -665,6 +667,54 @@ void CodeDocumentTest::editsLayOutOnlyTheirLines()
     QCOMPARE(!whole.isEmpty(), wholeView);
     if (!wholeView)
         QVERIFY(!lines.isEmpty());
+}
+
+void CodeDocumentTest::scrollingLeavesTheNextKeyItsLine()
+{
+    // What the layout relies on: an edit block, once begun, has moved the revision on.
+    TestDocument plain;
+    const int revision = plain.revision();
+    QTextCursor open(&plain);
+    open.beginEditBlock();
+    QVERIFY(plain.revision() != revision);
+    open.endEditBlock();
+
+    QStringList lines;
+    for (int i = 0; i < 400; ++i)
+        lines << QStringLiteral("value%1 = %1").arg(i);
+    TestDocument document;
+    document.fromString(lines.join(QLatin1Char('\n')));
+    QPlainTextEdit editor;
+    editor.setDocument(&document);
+    editor.resize(320, 160);
+    editor.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&editor));
+    // Scrolled through, every line is laid out once with its formats.
+    for (int value = 0; value <= editor.verticalScrollBar()->maximum(); value += 5) {
+        editor.verticalScrollBar()->setValue(value);
+        editor.viewport()->repaint();
+        QCoreApplication::processEvents();
+    }
+    const int calls = document.parser.calls;
+    QTextCursor cursor(document.findBlockByNumber(390));
+    cursor.movePosition(QTextCursor::EndOfBlock);
+    cursor.insertText(QStringLiteral("1"));
+    // The key's line alone, not the lines scrolled past (all 400 of them before).
+    QCOMPARE(document.parser.calls - calls, 1);
+    QCOMPARE(document.findBlockByNumber(390).text(), QStringLiteral("value390 = 3901"));
+
+    // With an edit block left open across a paint, the record waits for the edit, which is
+    // parsed whole.
+    editor.verticalScrollBar()->setValue(0);
+    QTextCursor held(document.findBlockByNumber(2));
+    held.beginEditBlock();
+    held.insertText(QStringLiteral("zz"));
+    editor.viewport()->repaint();
+    QCoreApplication::processEvents();
+    held.endEditBlock();
+    QCOMPARE(document.findBlockByNumber(2).text(), QStringLiteral("zzvalue2 = 2"));
+    QVERIFY(document.nodeInBlock(document.findBlockByNumber(2)));
+    QCOMPARE(document.nodeInBlock(document.findBlockByNumber(2))->lineNo(), 2);
 }
 
 void CodeDocumentTest::linesReachTheParserAsTheyStand_data()

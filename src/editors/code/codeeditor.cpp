@@ -131,8 +131,10 @@ void CodeEditorPrivate::updateRequest(const QRect &rect, int dy)
         return;
     }
     const QRect strip(0, rect.y(), area->width(), rect.height());
-    if (!areaShows(strip))
-        area->update(strip);
+    if (areaShows(strip))
+        return;
+    // The lines the strip touches are painted whole, so that the area knows them after.
+    area->update(wholeLines(strip));
 }
 
 void CodeEditorPrivate::cursorMoved()

@@ -83,6 +83,8 @@ public:
     // Painting (codeeditorpaint.cpp)
     template<typename Paint>
     void forVisibleBlocks(const QRect &clip, Paint paint) const;
+    // The strip grown to the whole lines it touches.
+    QRect wholeLines(const QRect &strip) const;
     void paintArea(QPaintEvent *event);
     void paintBands(const QRect &clip);
     void paintLineBand(QPainter &painter, const QTextBlock &block, int column, int top);

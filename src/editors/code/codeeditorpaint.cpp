@@ -194,6 +194,15 @@ CodeEditorPrivate::AreaLine CodeEditorPrivate::areaLine(const QTextBlock &block,
     return shown;
 }
 
+QRect CodeEditorPrivate::wholeLines(const QRect &strip) const
+{
+    QRect lines = strip;
+    forVisibleBlocks(strip, [&](const QTextBlock &, const QRect &box) {
+        lines |= QRect(strip.left(), box.top(), strip.width(), box.height());
+    });
+    return lines;
+}
+
 // True when every line in the strip was last painted whole at its place and would be
 // painted the same now, and the lines fill the strip.
 bool CodeEditorPrivate::areaShows(const QRect &strip) const
