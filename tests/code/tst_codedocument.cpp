@@ -103,6 +103,19 @@ QVector<QTextLayout::FormatRange> shownFormats(const QTextBlock &block)
 
 } // namespace
 
+namespace {
+
+// The document in a plain view on screen, as a user sees it.
+bool shown(QPlainTextEdit &editor, QTextDocument &document, int height)
+{
+    editor.setDocument(&document);
+    editor.resize(320, height);
+    editor.show();
+    return QTest::qWaitForWindowExposed(&editor);
+}
+
+} // namespace
+
 class CodeDocumentTest : public QObject
 {
     Q_OBJECT
@@ -587,10 +600,7 @@ void CodeDocumentTest::viewPaintsTheFormats()
     TestDocument document;
     document.fromString(QStringLiteral("pair = (1, 2) ; note\n"));
     QPlainTextEdit editor;
-    editor.setDocument(&document);
-    editor.resize(320, 120);
-    editor.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&editor));
+    QVERIFY(shown(editor, document, 120));
     // Pixels of the key, in the blue of its format.
     const auto bluePixels = [&editor] {
         const QImage shot = editor.viewport()->grab().toImage();
@@ -637,10 +647,7 @@ void CodeDocumentTest::editsLayOutOnlyTheirLines()
     TestDocument document;
     document.fromString(QStringLiteral("[Stats]\nspeed = 1 ; fast\npair = (1, 2)\njump = 4\n"));
     QPlainTextEdit editor;
-    editor.setDocument(&document);
-    editor.resize(320, 160);
-    editor.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&editor));
+    QVERIFY(shown(editor, document, 160));
     // A first key lays out the line with its new formats: the mark that leaves joins the
     // next edit, which is the one measured.
     QTextCursor cursor(&document);
@@ -685,10 +692,7 @@ void CodeDocumentTest::scrollingLeavesTheNextKeyItsLine()
     TestDocument document;
     document.fromString(lines.join(QLatin1Char('\n')));
     QPlainTextEdit editor;
-    editor.setDocument(&document);
-    editor.resize(320, 160);
-    editor.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&editor));
+    QVERIFY(shown(editor, document, 160));
     // Scrolled through, every line is laid out once with its formats.
     for (int value = 0; value <= editor.verticalScrollBar()->maximum(); value += 5) {
         editor.verticalScrollBar()->setValue(value);

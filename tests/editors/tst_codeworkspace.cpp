@@ -16,6 +16,7 @@
 #include "project/project.h"
 #include "project/regexp.h"
 
+#include "held.h"
 #include "scriptedanswerer.h"
 #include "testfiles.h"
 #include "testinterface.h"
@@ -49,13 +50,6 @@ namespace {
 
 const int Definitions = 5; // the sample engine's definition files
 
-// Files of the model are counted references: the test's own ends with its scope.
-struct Releaser
-{
-    void operator()(Object *object) const { object->release(); }
-};
-template<typename T>
-using Held = std::unique_ptr<T, Releaser>;
 
 // The build tree (where the programs, the plug-ins and the engine's data go) and the
 // source tree, found from where the test runs and from its data directory.

@@ -25,36 +25,13 @@ using namespace Ovra;
 
 namespace {
 
-// A file that remembers how it was opened; its loads succeed unless told otherwise.
-class OpeningFile : public TestFile
-{
-public:
-    explicit OpeningFile(bool loads) : m_loads(loads) {}
-    bool fromFile(Archive &archive, const QString &source, uint flags, JobStats *stats) override
-    {
-        TestFile::fromFile(archive, source, flags, stats);
-        openedAs << QStringLiteral("%1|%2").arg(source).arg(flags);
-        return m_loads;
-    }
-    QStringList openedAs;
-
-private:
-    bool m_loads;
-};
-
 class StatesEngine : public Engine
 {
 public:
     StatesEngine() : Engine(QStringLiteral("states")) {}
     QString queryString(StringType, uint) const override { return QString(); }
     QString singleFileFilters(int type) const override { return type == 4 ? QStringLiteral("States (*.rules *.steps)") : QString(); }
-    ProjectFile *createFile(int, Project *) override
-    {
-        created << new OpeningFile(loads);
-        return created.last();
-    }
-    bool loads = true;
-    QList<OpeningFile *> created;
+    ProjectFile *createFile(int, Project *) override { return new TestFile; }
 };
 
 class EngineWork : public RecordingParent
@@ -111,7 +88,9 @@ public:
     }
 };
 
-// Answers the next file dialog with `name`, as a user typing it would.
+
+// Answers the next file dialog with `name` as soon as its own event loop runs, as a user
+// typing it would.
 void answerFileDialog(const QString &name)
 {
     QTimer::singleShot(0, [name] {
@@ -120,14 +99,6 @@ void answerFileDialog(const QString &name)
         dialog->selectFile(name);
         QMetaObject::invokeMethod(dialog, "accept");
     });
-}
-
-// The open dialog takes only files that are there.
-void writeFile(const QString &path)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("rules\n");
 }
 
 } // namespace
@@ -145,9 +116,6 @@ private slots:
     void failedSaveGoesToSaveAs();
     void saveFileAsAddsTheExtensionAndWarnsOutside_data();
     void saveFileAsAddsTheExtensionAndWarnsOutside();
-    void openAsksAboutFilesOutsideTheProject_data();
-    void openAsksAboutFilesOutsideTheProject();
-    void failedOpenLeavesNothingBehind();
     void resetScrollPosPutsTheViewBack();
 
 private:
@@ -162,8 +130,6 @@ void EditorTest::init()
 {
     m_host.reset(new Host);
     setGlobalInterface(m_host.get());
-    m_engine.created.clear();
-    m_engine.loads = true;
     m_dir.reset(new QTemporaryDir);
     m_work.reset(new EngineWork(m_dir->path() + QLatin1Char('/'), FileSystemArchive::instance(), &m_engine));
     auto *main = new TestFile(m_dir->filePath(QStringLiteral("actors/hero/hero.def")));
@@ -292,70 +258,6 @@ void EditorTest::saveFileAsAddsTheExtensionAndWarnsOutside()
     QCOMPARE(file->saves, QStringList({m_dir->filePath(saved) + (outside ? QStringLiteral("|1") : QStringLiteral("|0"))}));
     QCOMPARE(modified.count(), 1);
     QCOMPARE(m_project->option(QStringLiteral("states_path")).toString(), QFileInfo(m_dir->filePath(saved)).absolutePath());
-}
-
-void EditorTest::openAsksAboutFilesOutsideTheProject_data()
-{
-    QTest::addColumn<QString>("chosen");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<int>("questions");
-    QTest::addColumn<uint>("flags");
-
-    QTest::addRow("inside") << "actors/hero/walk.rules" << int(QMessageBox::Yes) << 0 << 0u;
-    QTest::addRow("outside, as a copy") << "elsewhere.rules" << int(QMessageBox::Yes) << 1 << 1u;
-    QTest::addRow("outside, as it is") << "elsewhere.rules" << int(QMessageBox::No) << 1 << 0u;
-}
-
-void EditorTest::openAsksAboutFilesOutsideTheProject()
-{
-    QFETCH(QString, chosen);
-    QFETCH(int, answer);
-    QFETCH(int, questions);
-    QFETCH(uint, flags);
-
-    const QString path = m_dir->filePath(chosen);
-    QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
-    writeFile(path);
-    StatesEditor editor;
-    QSignalSpy modified(&editor, &FileEditor::modified);
-    ScriptedAnswerer user({QMessageBox::StandardButton(answer)});
-    answerFileDialog(path);
-    editor.open();
-
-    QCOMPARE(user.prompts().size(), questions);
-    if (questions) {
-        const Prompt &question = user.prompts().first();
-        QCOMPARE(question.title, QStringLiteral("External file!"));
-        QVERIFY(question.text.endsWith(QStringLiteral("Do you want to load it as copy?\nNote: As copy, if you save it "
-                                                      "the previous file will be overwritten!")));
-        QCOMPARE(question.defaultButton, QMessageBox::No);
-    }
-    QCOMPARE(m_engine.created.size(), 1);
-    QCOMPARE(m_engine.created.first()->openedAs, QStringList({QStringLiteral("%1|%2").arg(path).arg(flags)}));
-    QCOMPARE(m_project->filesByType(4), QList<ProjectFile *>({m_engine.created.first()}));
-    QCOMPARE(m_project->option(QStringLiteral("states_path")).toString(), QFileInfo(path).absolutePath());
-    QCOMPARE(m_host->activated, QList<Editor *>({&editor}));
-    QCOMPARE(modified.count(), 1);
-}
-
-void EditorTest::failedOpenLeavesNothingBehind()
-{
-    m_engine.loads = false;
-    StatesEditor editor;
-    QSignalSpy modified(&editor, &FileEditor::modified);
-    ScriptedAnswerer user;
-    const QString path = m_dir->filePath(QStringLiteral("actors/hero/broken.rules"));
-    QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
-    writeFile(path);
-    answerFileDialog(path);
-    editor.open();
-    QCOMPARE(m_engine.created.size(), 1);
-    QCOMPARE(m_engine.created.first()->loads, 1);
-    QVERIFY(m_project->filesByType(4).isEmpty());
-    QCOMPARE(m_engine.created.first()->freed, 1);
-    QVERIFY(m_project->option(QStringLiteral("states_path")).toString().isEmpty());
-    QVERIFY(m_host->activated.isEmpty());
-    QCOMPARE(modified.count(), 0);
 }
 
 void EditorTest::resetScrollPosPutsTheViewBack()
