@@ -211,11 +211,9 @@ class ContainerReader
 public:
     ContainerReader(const QByteArray &bytes, QString &reason, StreamCheck streams)
         : m_bytes(bytes)
-        , m_in(bytes)
         , m_reason(reason)
         , m_streams(streams)
     {
-        m_in.setByteOrder(QDataStream::LittleEndian);
     }
 
     bool read(SpriteContainerData &data)
@@ -245,16 +243,29 @@ private:
         return false;
     }
 
+    // Records are read straight from the bytes: a stream over them would copy every byte
+    // of the file through its buffer on the way past the pixels.
+    bool has(qint64 count) const { return count <= m_bytes.size() - m_at; }
+
+    template<typename T>
+    T take()
+    {
+        const T value = qFromLittleEndian<T>(m_bytes.constData() + m_at);
+        m_at += qint64(sizeof(T));
+        return value;
+    }
+
     bool readHeader(quint32 &paletteCount, quint32 &spriteCount)
     {
         if (m_bytes.size() < HeaderSize)
             return refuse(cutShortText());
         if (memcmp(m_bytes.constData(), Magic, 4) != 0)
             return refuse(QStringLiteral("This is not a sprite container."));
-        m_in.skipRawData(4);
-        quint16 version = 0;
-        quint16 reserved = 0;
-        m_in >> version >> reserved >> paletteCount >> spriteCount;
+        m_at = 4;
+        const auto version = take<quint16>();
+        const auto reserved = take<quint16>();
+        paletteCount = take<quint32>();
+        spriteCount = take<quint32>();
         if (version != Version)
             return refuse(QStringLiteral("Sprite container version %1 is unknown.").arg(version));
         // Reserved bytes are written as zero and read only as zero, so that a file read and
@@ -270,13 +281,13 @@ private:
 
     bool readPalette(quint32 i)
     {
-        SpriteContainerPalette palette;
-        quint16 count = 0;
-        quint16 reserved = 0;
-        m_in >> palette.group >> palette.number >> count >> reserved;
-        m_at += PaletteHeaderSize;
-        if (m_in.status() != QDataStream::Ok)
+        if (!has(PaletteHeaderSize))
             return refuse(cutShortText());
+        SpriteContainerPalette palette;
+        palette.group = take<quint16>();
+        palette.number = take<quint16>();
+        const auto count = take<quint16>();
+        const auto reserved = take<quint16>();
         if (reserved != 0)
             return refuse(reservedSetText());
         if (count > 256)
@@ -284,9 +295,12 @@ private:
         if (qint64(count) * 4 > m_bytes.size() - m_at)
             return refuse(cutShortText());
         palette.colors.resize(count);
-        for (RGBA &entry : palette.colors)
-            m_in >> entry.red >> entry.green >> entry.blue >> entry.alpha;
-        m_at += qint64(count) * 4;
+        for (RGBA &entry : palette.colors) {
+            entry.red = take<quint8>();
+            entry.green = take<quint8>();
+            entry.blue = take<quint8>();
+            entry.alpha = take<quint8>();
+        }
         // Unused entries at the end are never written, so a file holding them would not
         // come back the same.
         if (count > 0 && isUnused(palette.colors.last()))
@@ -297,15 +311,21 @@ private:
 
     bool readSprite(quint32 i)
     {
+        if (!has(SpriteHeaderSize))
+            return refuse(cutShortText());
         SpriteContainerSprite sprite;
         SpritePixels &pixels = sprite.pixels;
-        quint32 source = 0;
-        quint32 length = 0;
-        m_in >> sprite.group >> sprite.number >> sprite.axisX >> sprite.axisY >> pixels.width >> pixels.height
-            >> pixels.format >> pixels.codec >> sprite.palette >> source >> length;
-        m_at += SpriteHeaderSize;
-        if (m_in.status() != QDataStream::Ok)
-            return refuse(cutShortText());
+        sprite.group = take<quint16>();
+        sprite.number = take<quint16>();
+        sprite.axisX = take<qint16>();
+        sprite.axisY = take<qint16>();
+        pixels.width = take<quint16>();
+        pixels.height = take<quint16>();
+        pixels.format = take<quint8>();
+        pixels.codec = take<quint8>();
+        sprite.palette = take<quint16>();
+        const auto source = take<quint32>();
+        const auto length = take<quint32>();
         quint8 format = pixels.format;
         if (source != 0) {
             if (!readSharedPixels(i, sprite, source, length))
@@ -353,10 +373,9 @@ private:
             : pixels.codec == SpritePixels::Raw;
         if (!known)
             return refuse(QStringLiteral("Sprite %1 has an unknown codec (%2).").arg(i).arg(pixels.codec));
-        if (qint64(length) > m_bytes.size() - m_at)
+        if (!has(length))
             return refuse(cutShortText());
-        pixels.stream = m_bytes.mid(int(m_at), int(length));
-        m_in.skipRawData(int(length));
+        pixels.setStream(m_bytes, int(m_at), int(length));
         m_at += length;
         if (m_streams == StreamCheck::OnFirstUse)
             return true;
@@ -379,7 +398,6 @@ private:
     }
 
     const QByteArray &m_bytes;
-    QDataStream m_in;
     QString &m_reason;
     const StreamCheck m_streams;
     qint64 m_at = HeaderSize;
@@ -387,6 +405,12 @@ private:
 };
 
 } // namespace
+
+void SpritePixels::setStream(const QByteArray &bytes, int at, int length)
+{
+    owner = bytes;
+    stream = QByteArray::fromRawData(owner.constData() + at, length);
+}
 
 qint64 SpritePixels::unpackedSize() const
 {

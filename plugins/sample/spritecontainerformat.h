@@ -28,8 +28,13 @@ struct SpritePixels
     quint8 codec = NoCodec;
     QByteArray stream;
     mutable quint8 check = Unchecked;
+    // What a stream read in place views (see setStream); empty for a stream of its own.
+    QByteArray owner = {};
 
     bool isNull() const { return format == NoFormat; }
+    // A stream that is a piece of a container's bytes, read in place: it views them, and
+    // keeps a shared copy of the whole array so that they live as long as it does.
+    void setStream(const QByteArray &bytes, int at, int length);
     // The bytes the stream unpacks to.
     qint64 unpackedSize() const;
     bool operator==(const SpritePixels &other) const

@@ -142,8 +142,14 @@ void SpriteContainerTest::layout()
     QCOMPARE(bytes.mid(60).toHex(), QByteArray("03000500ffff0200" "0000000000000000" "0100000000000000"));
     SpriteContainerData read;
     QString reason;
-    QVERIFY2(readSpriteContainer(bytes, read, reason), qPrintable(reason));
+    QByteArray held = writeSpriteContainer(smallData()); // its own buffer, not shared with bytes
+    QVERIFY2(readSpriteContainer(held, read, reason), qPrintable(reason));
     QCOMPARE(read.sprites.at(1).source, 0);
+    // Streams are read in place, yet the caller's bytes stay the caller's: changing or
+    // dropping them leaves the sprites as they were read.
+    held.fill('\xee');
+    held.clear();
+    QCOMPARE(read.sprites.at(0).pixels.stream, QByteArray("\0\1\1\0", 4));
     QCOMPARE(writeSpriteContainer(read), bytes);
 }
 
