@@ -22,6 +22,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTemporaryDir>
@@ -57,6 +58,10 @@ private slots:
     void aboutNamesVersionAndPlugins();
     void filesOfTheCommandLine();
     void screenshot();
+    void commandLineTexts_data();
+    void commandLineTexts();
+    void commandLineScreenshot();
+    void commandLineScreenshotOfABadWork();
 
 private:
     void startStudio();
@@ -457,6 +462,92 @@ void StudioWindowTest::screenshot()
     const QString shot = QCoreApplication::applicationDirPath() + QStringLiteral("/studiowindow.png");
     QVERIFY(image.save(shot));
     qInfo("screenshot: %s", qPrintable(shot));
+}
+
+namespace {
+
+struct Run
+{
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// The program itself, run as a user runs it, with the test's settings file.
+Run runProgram(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/ovra-studio"), arguments);
+    Run run;
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+        return run;
+    }
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
+}
+
+} // namespace
+
+void StudioWindowTest::commandLineTexts_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QStringList>("says"); // on stdout for 0, else on stderr
+    QTest::newRow("version") << QStringList{"--version"} << 0 << QStringList{"ovra-studio " OVRA_VERSION "\n"};
+    QTest::newRow("help") << QStringList{"--help"} << 0
+                          << QStringList{"[WORK|PROJECT] [FILE...]", "--plugins <DIR>", "--settings <FILE>", "--screenshot <FILE>", "--version"};
+    QTest::newRow("unknown option") << QStringList{"--colour"} << 2 << QStringList{"Unknown option 'colour'", "--help"};
+    QTest::newRow("screenshot without a name") << QStringList{"--screenshot="} << 2 << QStringList{"need a file name"};
+}
+
+void StudioWindowTest::commandLineTexts()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QStringList, says);
+    const Run run = runProgram(QStringList{QStringLiteral("--settings"), m_settingsFile} + arguments);
+    QCOMPARE(run.exitCode, exitCode);
+    const QString text = QString::fromLocal8Bit(exitCode == 0 ? run.out : run.err);
+    for (const QString &expected : says)
+        QVERIFY2(text.contains(expected), qPrintable(text));
+    // Nothing was opened, so nothing was kept.
+    QVERIFY(!QFile::exists(m_settingsFile));
+}
+
+void StudioWindowTest::commandLineScreenshot()
+{
+    const QString shot = m_dir->filePath(QStringLiteral("window.png"));
+    const QByteArray before = readFile(m_work + QStringLiteral("/knight/knight.def"));
+    const Run run = runProgram({QStringLiteral("--settings"), m_settingsFile, QStringLiteral("--plugins"), pluginDir(),
+                                QStringLiteral("--screenshot"), shot, m_work, QStringLiteral("knight/knight.def")});
+    QVERIFY2(run.exitCode == 0, run.err.constData());
+    QImage image(shot);
+    QCOMPARE(image.size(), QSize(1280, 800));
+    // A painted window, not a blank picture: the text's colours and the frame's greys.
+    QSet<QRgb> colours;
+    for (int y = 0; y < image.height(); y += 7) {
+        for (int x = 0; x < image.width(); x += 7)
+            colours.insert(image.pixel(x, y));
+    }
+    QVERIFY2(colours.size() > 20, qPrintable(QString::number(colours.size())));
+    QVERIFY(image.save(QCoreApplication::applicationDirPath() + QStringLiteral("/studiowindow-cli.png")));
+    QCOMPARE(readFile(m_work + QStringLiteral("/knight/knight.def")), before);
+}
+
+void StudioWindowTest::commandLineScreenshotOfABadWork()
+{
+    const QString shot = m_dir->filePath(QStringLiteral("none.png"));
+    QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("nothing"))));
+    const Run run = runProgram({QStringLiteral("--settings"), m_settingsFile, QStringLiteral("--plugins"), pluginDir(),
+                                QStringLiteral("--screenshot"), shot, m_dir->filePath(QStringLiteral("nothing"))});
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.err.contains("no project file in this directory"), run.err.constData());
+    QVERIFY2(run.err.contains("no screenshot taken"), run.err.constData());
+    QVERIFY(!QFile::exists(shot));
 }
 
 QTEST_MAIN(StudioWindowTest)
