@@ -19,6 +19,12 @@
 #include "project/parentproject.h"
 #include "project/project.h"
 
+// The options dialog is a part of its own; the window offers it once the program has it.
+#if __has_include("optionsdialog.h")
+#include "optionsdialog.h"
+#define STUDIO_OPTIONS_DIALOG 1
+#endif
+
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
@@ -364,8 +370,12 @@ void MainWindow::reportEngines()
 
 void MainWindow::showOptions()
 {
-    // The options dialog comes with its own change of the tree; until then the action says so.
+#ifdef STUDIO_OPTIONS_DIALOG
+    OptionsDialog dialog(d->host, this);
+    dialog.exec();
+#else
     tell(QMessageBox::Information, tr("Options"), tr("The options dialog is not part of this build."), this);
+#endif
 }
 
 void MainWindow::about()

@@ -19,6 +19,7 @@
 
 #include <QAction>
 #include <QDockWidget>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -46,6 +47,7 @@ private slots:
     void cleanup();
 
     void typedValueIsSavedAndUndoneByteForByte();
+    void saveAllWritesEveryChangedFile();
     void damagedFileShowsItsMessages();
     void closingWithAChangeAsks();
     void sessionAndOptionsSurviveARestart();
@@ -54,6 +56,7 @@ private slots:
     void garbagePluginsLeaveAWorkingWindow();
     void fileThatCantBeWrittenLandsInSaveAs();
     void findAndReplaceAcrossTheProject();
+    void backupAndRestore();
     void scriptsWriteToTheOutputDock();
     void aboutNamesVersionAndPlugins();
     void filesOfTheCommandLine();
@@ -170,6 +173,30 @@ void StudioWindowTest::typedValueIsSavedAndUndoneByteForByte()
     QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
     QTRY_COMPARE(readFile(path), original);
     QVERIFY(m_nobody->prompts().isEmpty());
+}
+
+void StudioWindowTest::saveAllWritesEveryChangedFile()
+{
+    openTheWork();
+    const QString definitionsPath = m_work + QStringLiteral("/knight/knight.def");
+    const QString scriptPath = m_work + QStringLiteral("/knight/knight.lua");
+    const QString animationsPath = m_work + QStringLiteral("/knight/knight.oan");
+    const QByteArray animations = readFile(animationsPath);
+    CodeDocument *definitions = showFromTree(QStringLiteral("knight.def"));
+    QVERIFY(definitions);
+    goToEndOfLine(QStringLiteral("power = 3000"));
+    QTest::keyClicks(codeEditor(), QStringLiteral("1"));
+    CodeDocument *script = showFromTree(QStringLiteral("knight.lua"));
+    QVERIFY(script);
+    QTest::keyClick(codeEditor(), Qt::Key_Home, Qt::ControlModifier);
+    QTest::keyClicks(codeEditor(), QStringLiteral("-- saved with the rest"));
+    QTest::keyClick(codeEditor(), Qt::Key_Return);
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_file", "file_save_all"));
+    QTRY_VERIFY(readFile(definitionsPath).contains("    power = 30001\r\n"));
+    QTRY_VERIFY(readFile(scriptPath).startsWith("-- saved with the rest\r\n"));
+    QTRY_VERIFY(!definitions->isModified() && !script->isModified());
+    // A file without a change is not written again.
+    QCOMPARE(readFile(animationsPath), animations);
 }
 
 void StudioWindowTest::damagedFileShowsItsMessages()
@@ -395,6 +422,41 @@ void StudioWindowTest::findAndReplaceAcrossTheProject()
     QVERIFY(definitions->isModified());
     QVERIFY(readFile(m_work + QStringLiteral("/knight/knight.def")).contains("damage = "));
     dialog->close();
+}
+
+void StudioWindowTest::backupAndRestore()
+{
+    openTheWork();
+    const QString path = m_work + QStringLiteral("/knight/knight.def");
+    const QByteArray original = readFile(path);
+    whenModal("QInputDialog", [](QWidget *widget) {
+        auto *dialog = static_cast<QInputDialog *>(widget);
+        dialog->setTextValue(QStringLiteral("before-the-change"));
+        dialog->accept();
+    });
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_file", "file_backup"));
+    const QFileInfoList backups = QDir(m_work + QStringLiteral("/backup")).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
+    QCOMPARE(backups.size(), 1);
+    QVERIFY2(backups.first().fileName().contains(QStringLiteral("before-the-change")), qPrintable(backups.first().fileName()));
+
+    // The file changes on disk behind the studio's back; the backup brings it back.
+    auto *definitions = dynamic_cast<CodeDocument *>(m_studio->window->project()->file(5));
+    QVERIFY(definitions);
+    definitions->pauseWatch(true);
+    QVERIFY(writeFile(path, "[Character: knight]\r\n    life = 1\r\n"));
+    QString offered;
+    whenModal("QInputDialog", [&offered](QWidget *widget) {
+        auto *dialog = static_cast<QInputDialog *>(widget);
+        offered = dialog->comboBoxItems().join(QLatin1Char('|'));
+        dialog->accept();
+    });
+    ScriptedAnswerer user({QMessageBox::Yes});
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_file", "file_restore"));
+    QCOMPARE(offered, backups.first().isDir() ? backups.first().fileName() : backups.first().completeBaseName());
+    QCOMPARE(user.prompts().size(), 1);
+    QCOMPARE(user.prompts().first().defaultButton, QMessageBox::No);
+    QCOMPARE(readFile(path), original);
+    definitions->pauseWatch(false);
 }
 
 void StudioWindowTest::scriptsWriteToTheOutputDock()
