@@ -1,0 +1,126 @@
+#include "studiotestsupport.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QMenu>
+#include <QTimer>
+#include <QToolBar>
+#include <QTreeView>
+#include <QtTest>
+
+namespace StudioTest {
+
+QString buildDir()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/.."));
+}
+
+QString sourceDir()
+{
+    return QDir::cleanPath(QStringLiteral(TESTDATADIR "/../../.."));
+}
+
+QString pluginDir()
+{
+    return buildDir() + QStringLiteral("/lib/plugins");
+}
+
+Studio::Studio(const QString &settingsFile, Ovra::ProjectLocator *locator)
+    : settings(std::make_unique<QSettings>(settingsFile, QSettings::IniFormat))
+    , host(std::make_unique<StudioHost>(settings.get()))
+    , window(std::make_unique<MainWindow>(host.get(), locator))
+{
+}
+
+Studio::~Studio()
+{
+    window.reset();
+    host.reset();
+    settings.reset();
+}
+
+void whenModal(const char *className, std::function<void(QWidget *)> answer)
+{
+    auto *poll = new QTimer;
+    auto tries = std::make_shared<int>(0);
+    const QByteArray wanted(className);
+    QObject::connect(poll, &QTimer::timeout, [poll, tries, answer, wanted] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        if (dialog && dialog->inherits(wanted.constData())) {
+            poll->stop();
+            poll->deleteLater();
+            answer(dialog);
+        } else if (++*tries > 500) {
+            poll->stop();
+            poll->deleteLater();
+        }
+    });
+    poll->start(10);
+}
+
+void answerFileDialog(const QString &name)
+{
+    whenModal("QFileDialog", [name](QWidget *widget) {
+        auto *dialog = static_cast<QFileDialog *>(widget);
+        dialog->selectFile(name);
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
+}
+
+QModelIndex findRow(const QAbstractItemModel *model, const QString &text, const QModelIndex &parent)
+{
+    for (int row = 0; model && row < model->rowCount(parent); ++row) {
+        const QModelIndex index = model->index(row, 0, parent);
+        if (index.data().toString() == text)
+            return index;
+        const QModelIndex below = findRow(model, text, index);
+        if (below.isValid())
+            return below;
+    }
+    return QModelIndex();
+}
+
+bool doubleClickRow(QTreeView *view, const QModelIndex &index)
+{
+    if (!index.isValid())
+        return false;
+    view->scrollTo(index);
+    const QRect rect = view->visualRect(index);
+    if (!rect.isValid())
+        return false;
+    // A press and release first, as a real double click comes, then the second press.
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, rect.center());
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, rect.center());
+    return true;
+}
+
+bool clickToolButton(MainWindow *window, const char *bar, const char *name)
+{
+    auto *toolBar = window->findChild<QToolBar *>(QString::fromLatin1(bar));
+    QAction *action = window->host()->action(name);
+    QWidget *button = toolBar && action ? toolBar->widgetForAction(action) : nullptr;
+    if (!button || !button->isVisible())
+        return false;
+    QTest::mouseClick(button, Qt::LeftButton);
+    return true;
+}
+
+bool chooseFromMenu(MainWindow *window, const char *menuName, const char *name)
+{
+    auto *menu = window->findChild<QMenu *>(QString::fromLatin1(menuName));
+    if (!menu)
+        return false;
+    for (QAction *action : menu->actions()) {
+        if (action->objectName() == QLatin1String(name)) {
+            if (!action->isEnabled())
+                return false;
+            action->trigger();
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace StudioTest
