@@ -22,11 +22,31 @@ enum Column { NameColumn, ColorColumn, BoldColumn, ItalicColumn, ColumnCount };
 
 QString displayName(const QString &name)
 {
+    static const struct
+    {
+        const char *name;
+        const char *text;
+    } table[] = {
+        {"foreground", QT_TRANSLATE_NOOP("ColorsPage", "Foreground")},
+        {"background", QT_TRANSLATE_NOOP("ColorsPage", "Background")},
+        {"line", QT_TRANSLATE_NOOP("ColorsPage", "Current line")},
+        {"block_range", QT_TRANSLATE_NOOP("ColorsPage", "Current block")},
+        {"paren_range", QT_TRANSLATE_NOOP("ColorsPage", "Between matching parentheses")},
+        {"paren", QT_TRANSLATE_NOOP("ColorsPage", "Matching parentheses")},
+    };
+    for (const auto &entry : table) {
+        if (name == QLatin1String(entry.name))
+            return ColorsPage::tr(entry.text);
+    }
+    // The syntax classes are named after what the parsers report: "syntax_comment".
     QString text = name;
+    const bool syntax = text.startsWith(QLatin1String("syntax_"));
+    if (syntax)
+        text.remove(0, 7);
     text.replace(QLatin1Char('_'), QLatin1Char(' '));
     if (!text.isEmpty())
         text[0] = text.at(0).toUpper();
-    return text;
+    return syntax ? ColorsPage::tr("Syntax: %1").arg(text) : text;
 }
 
 // A few lines of a definition file: a comment, a directive, a group header with its name,
@@ -185,7 +205,12 @@ void ColorsPage::buildTable()
         connect(bold, &QCheckBox::toggled, this, changed);
         connect(italic, &QCheckBox::toggled, this, changed);
     }
+    // Cell widgets don't count in the table's own measure of a column.
+    int buttonWidth = m_table->horizontalHeader()->sectionSizeHint(ColorColumn);
+    for (ColorButton *button : m_table->findChildren<ColorButton *>())
+        buttonWidth = qMax(buttonWidth, qMax(button->minimumWidth(), button->sizeHint().width()));
     m_table->resizeColumnsToContents();
+    m_table->setColumnWidth(ColorColumn, buttonWidth + 8);
     m_table->horizontalHeader()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
 }
 

@@ -111,7 +111,11 @@ OptionsDialog::OptionsDialog(StudioHost *host, QWidget *parent)
     d->addPage(createGraphicsPage(host), QStringLiteral("editor_anim"));
     d->addPage(new ShortcutsEditor(host), QStringLiteral("code_keyword"));
     d->addPage(createEnginePage(host), QStringLiteral("editor_project"));
-    d->list->setFixedWidth(d->list->sizeHintForColumn(0) + host->scaleToDPI(24));
+    // Wide enough for the longest title beside its icon, whatever the style's item margins.
+    int widest = 0;
+    for (OptionsPage *page : qAsConst(d->pages))
+        widest = qMax(widest, d->list->fontMetrics().horizontalAdvance(page->title()));
+    d->list->setFixedWidth(widest + d->list->iconSize().width() + host->scaleToDPI(36));
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Apply
                                              | QDialogButtonBox::RestoreDefaults,
@@ -123,7 +127,10 @@ OptionsDialog::OptionsDialog(StudioHost *host, QWidget *parent)
     connect(buttons->button(QDialogButtonBox::RestoreDefaults), &QPushButton::clicked, this, [this] {
         static_cast<OptionsPage *>(d->stack->currentWidget())->restoreDefaults();
     });
-    connect(d->list, &QListWidget::currentRowChanged, d->stack, &QStackedWidget::setCurrentIndex);
+    connect(d->list, &QListWidget::currentRowChanged, this, [this, buttons](int row) {
+        d->stack->setCurrentIndex(row);
+        buttons->button(QDialogButtonBox::RestoreDefaults)->setEnabled(d->pages.value(row) && d->pages.value(row)->hasDefaults());
+    });
 
     auto *pages = new QHBoxLayout;
     pages->addWidget(d->list);
@@ -135,7 +142,7 @@ OptionsDialog::OptionsDialog(StudioHost *host, QWidget *parent)
     for (OptionsPage *page : qAsConst(d->pages))
         page->load();
     d->list->setCurrentRow(0);
-    resize(host->scaleToDPI(760), host->scaleToDPI(560));
+    resize(host->scaleToDPI(780), host->scaleToDPI(680));
 }
 
 OptionsDialog::~OptionsDialog() = default;

@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPixmap>
+#include <QScrollArea>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
@@ -38,6 +39,8 @@ ColorButton::ColorButton(const QString &title, QWidget *parent)
     setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     setIconSize(QSize(28, 14));
     setToolTip(title);
+    // Room for the widest name a colour has, so that none is elided as colours change.
+    setMinimumWidth(iconSize().width() + fontMetrics().horizontalAdvance(QStringLiteral("#DDDDDD")) + 24);
     connect(this, &QToolButton::clicked, this, &ColorButton::choose);
     setColor(QColor());
 }
@@ -74,10 +77,20 @@ FieldsPage::FieldsPage(StudioHost *host, const QString &title, QWidget *parent)
     : OptionsPage(host, title, parent)
     , m_form(new QFormLayout)
 {
-    m_form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    m_form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    // A long page scrolls on a small screen rather than squeezing its rows.
+    auto *content = new QWidget;
+    auto *inner = new QVBoxLayout(content);
+    inner->addLayout(m_form);
+    inner->addStretch(1);
+    auto *scroll = new QScrollArea(this);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(content);
+    m_body = content;
     auto *layout = new QVBoxLayout(this);
-    layout->addLayout(m_form);
-    layout->addStretch(1);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(scroll);
 }
 
 void FieldsPage::load()
@@ -100,7 +113,7 @@ void FieldsPage::restoreDefaults()
 
 QWidget *FieldsPage::addCheck(const QString &name, const QString &text)
 {
-    auto *box = new QCheckBox(text, this);
+    auto *box = new QCheckBox(text, m_body);
     box->setObjectName(name);
     m_form->addRow(box);
     addField({name, [box] { return QVariant(box->isChecked()); },
@@ -110,7 +123,7 @@ QWidget *FieldsPage::addCheck(const QString &name, const QString &text)
 
 QWidget *FieldsPage::addCombo(const QString &name, const QString &label, const QList<Choice> &choices)
 {
-    auto *combo = new QComboBox(this);
+    auto *combo = new QComboBox(m_body);
     combo->setObjectName(name);
     for (const Choice &choice : choices)
         combo->addItem(choice.text, choice.value);
@@ -128,7 +141,7 @@ QWidget *FieldsPage::addCombo(const QString &name, const QString &label, const Q
 
 QWidget *FieldsPage::addSpin(const QString &name, const QString &label, int minimum, int maximum)
 {
-    auto *spin = new QSpinBox(this);
+    auto *spin = new QSpinBox(m_body);
     spin->setObjectName(name);
     spin->setRange(minimum, maximum);
     m_form->addRow(label, spin);
@@ -140,7 +153,7 @@ QWidget *FieldsPage::addSpin(const QString &name, const QString &label, int mini
 QWidget *FieldsPage::addDouble(const QString &name, const QString &label, double minimum, double maximum,
                                double step)
 {
-    auto *spin = new QDoubleSpinBox(this);
+    auto *spin = new QDoubleSpinBox(m_body);
     spin->setObjectName(name);
     spin->setRange(minimum, maximum);
     spin->setSingleStep(step);
@@ -153,7 +166,7 @@ QWidget *FieldsPage::addDouble(const QString &name, const QString &label, double
 
 QWidget *FieldsPage::addColor(const QString &name, const QString &label)
 {
-    auto *button = new ColorButton(label, this);
+    auto *button = new ColorButton(label, m_body);
     button->setObjectName(name);
     m_form->addRow(label, button);
     // A colour that can't be read (a hand-edited file) shows the default rather than none.
@@ -167,7 +180,7 @@ QWidget *FieldsPage::addColor(const QString &name, const QString &label)
 
 QWidget *FieldsPage::addFile(const QString &name, const QString &label, const QString &filter)
 {
-    auto *row = new QWidget(this);
+    auto *row = new QWidget(m_body);
     row->setObjectName(name);
     auto *edit = new QLineEdit(row);
     edit->setObjectName(name + QStringLiteral("_edit"));
@@ -194,7 +207,7 @@ QWidget *FieldsPage::addFile(const QString &name, const QString &label, const QS
 
 void FieldsPage::addSection(const QString &text)
 {
-    auto *label = new QLabel(QStringLiteral("<b>%1</b>").arg(text.toHtmlEscaped()), this);
+    auto *label = new QLabel(QStringLiteral("<b>%1</b>").arg(text.toHtmlEscaped()), m_body);
     m_form->addRow(label);
 }
 
@@ -261,7 +274,7 @@ public:
 private:
     void addFont()
     {
-        auto *fonts = new QFontComboBox(this);
+        auto *fonts = new QFontComboBox(body());
         fonts->setObjectName(QStringLiteral("font_name"));
         fonts->setFontFilters(QFontComboBox::MonospacedFonts);
         form()->addRow(tr("Family:"), fonts);
@@ -365,6 +378,7 @@ public:
     void load() override {}
     void apply() override { m_engine->save(); }
     void restoreDefaults() override {}
+    bool hasDefaults() const override { return false; }
 
 private:
     Ovra::Engine *m_engine;

@@ -26,6 +26,7 @@ public:
     virtual void load() = 0;
     virtual void apply() = 0;
     virtual void restoreDefaults() = 0;
+    virtual bool hasDefaults() const { return true; }
 
 private:
     StudioHost *m_host;
@@ -73,6 +74,8 @@ public:
 
 protected:
     QFormLayout *form() const { return m_form; }
+    // The parent of the fields, inside the page's scroll area.
+    QWidget *body() const { return m_body; }
     // Each widget gets the option's name as its object name, so that it can be found.
     QWidget *addCheck(const QString &name, const QString &text);
     QWidget *addCombo(const QString &name, const QString &label, const QList<Choice> &choices);
@@ -93,6 +96,7 @@ protected:
 
 private:
     QFormLayout *m_form;
+    QWidget *m_body = nullptr;
     QList<Field> m_fields;
 };
 

@@ -376,7 +376,7 @@ void OptionsDialogTest::aColourReachesTheHostAndItsDefaultComesBack()
     auto *preview = field<QPlainTextEdit>(QStringLiteral("preview"));
     m_nextColor = QColor(250, 240, 10);
     QTest::mouseClick(field<QWidget>(QStringLiteral("color:line")), Qt::LeftButton);
-    QCOMPARE(m_pickerTitles, QStringList{QStringLiteral("Line")});
+    QCOMPARE(m_pickerTitles, QStringList{QStringLiteral("Current line")});
     // The preview's band of the current line shows the pending colour at once.
     bool shown = false;
     for (const QTextEdit::ExtraSelection &selection : preview->extraSelections())
@@ -544,17 +544,33 @@ void OptionsDialogTest::screenshotsOfEveryPage()
 {
     OptionEngine engine;
     m_host->setEngine(&engine);
-    auto *action = new QAction(QStringLiteral("&Save"), m_host.get());
-    action->setObjectName(QStringLiteral("file_save"));
-    m_host->addAction(action, QKeySequence(QStringLiteral("Ctrl+S")));
+    const char *const actions[][3] = {{"file_open", "&Open...", "Ctrl+O"},
+                                      {"file_save", "&Save", "Ctrl+S"},
+                                      {"file_save_all", "Save a&ll", "Ctrl+Shift+S"},
+                                      {"edit_undo", "&Undo", "Ctrl+Z"},
+                                      {"edit_find", "&Find...", "Ctrl+F"},
+                                      {"tools_options", "&Options...", ""}};
+    for (const auto &entry : actions) {
+        auto *action = new QAction(m_host->icon(QString::fromLatin1(entry[0])), QString::fromLatin1(entry[1]), m_host.get());
+        action->setObjectName(QString::fromLatin1(entry[0]));
+        m_host->addAction(action, QKeySequence(QString::fromLatin1(entry[2])));
+    }
+    // Two actions on one key show as such until the user settles them.
+    m_host->setShortcut(QStringLiteral("edit_find"), QKeySequence(QStringLiteral("Ctrl+Z")));
     openDialog();
     const QString folder = QCoreApplication::applicationDirPath();
     for (const QString &title : m_dialog->pageTitles()) {
         showPage(title);
         QVERIFY(m_dialog->page(title)->isVisible());
         const QString name = title.toLower().replace(QLatin1Char(' '), QLatin1Char('-'));
+        // Layouts settle through posted events; the picture shows them settled.
+        QCoreApplication::processEvents();
         QVERIFY(m_dialog->grab().save(folder + QStringLiteral("/options-%1.png").arg(name)));
     }
+    // The dark scheme's preview, shown but never written.
+    showPage(QStringLiteral("Colours"));
+    QTest::keyClick(field<QComboBox>(QStringLiteral("scheme")), Qt::Key_Down);
+    QVERIFY(m_dialog->grab().save(folder + QStringLiteral("/options-colours-dark.png")));
     m_dialog.reset();
     m_host->setEngine(nullptr);
 }
