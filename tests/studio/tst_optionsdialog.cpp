@@ -242,6 +242,7 @@ void OptionsDialogTest::cancelWritesNothing()
     auto *save = new QAction(QStringLiteral("&Save"), m_host.get());
     save->setObjectName(QStringLiteral("file_save"));
     m_host->addAction(save, QKeySequence(QStringLiteral("Ctrl+S")));
+    m_host->setShortcut(QStringLiteral("file_save"), QKeySequence(QStringLiteral("Ctrl+Alt+S")));
     m_host->setOption(QStringLiteral("font_size"), 12);
     m_settings->sync();
     const QByteArray before = fileBytes(settingsPath());
@@ -268,6 +269,7 @@ void OptionsDialogTest::cancelWritesNothing()
     QCOMPARE(m_host->colorScheme()->base(), ColorScheme::Light);
     QCOMPARE(m_host->color(QStringLiteral("background"), QColor()), QColor(Qt::white));
     QVERIFY(!m_host->option(QStringLiteral("enable_file_watcher"), QVariant()).isValid());
+    QCOMPARE(save->shortcut(), QKeySequence(QStringLiteral("Ctrl+Alt+S")));
 }
 
 void OptionsDialogTest::aReopenedDialogAndARestartShowTheChoices()
