@@ -5,6 +5,7 @@
 
 #include "codeeditors.h"
 #include "jobswidget.h"
+#include "optionsdialog.h"
 #include "studiohost.h"
 
 #include "editors/code/codeworkspace.h"
@@ -19,11 +20,6 @@
 #include "project/parentproject.h"
 #include "project/project.h"
 
-// The options dialog is a part of its own; the window offers it once the program has it.
-#if __has_include("optionsdialog.h")
-#include "optionsdialog.h"
-#define STUDIO_OPTIONS_DIALOG 1
-#endif
 
 #include <QAction>
 #include <QApplication>
@@ -57,6 +53,8 @@ MainWindow::MainWindow(StudioHost *host, ProjectLocator *locator, QWidget *paren
     setObjectName(QStringLiteral("studio_main_window"));
     setWindowIcon(host->icon(QStringLiteral("ovra-studio")));
     host->setMainWidget(this);
+    // The graphics views read their options with no default of their own.
+    OptionsDialog::writeMissingDefaults(host);
 
     d->centre = new QStackedWidget(this);
     d->centre->setObjectName(QStringLiteral("studio_centre"));
@@ -370,12 +368,8 @@ void MainWindow::reportEngines()
 
 void MainWindow::showOptions()
 {
-#ifdef STUDIO_OPTIONS_DIALOG
     OptionsDialog dialog(d->host, this);
     dialog.exec();
-#else
-    tell(QMessageBox::Information, tr("Options"), tr("The options dialog is not part of this build."), this);
-#endif
 }
 
 void MainWindow::about()
