@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QImage>
 #include <QSettings>
 #include <QWindow>
@@ -67,6 +68,59 @@ int takeScreenshot(MainWindow &window, const QString &fileName)
     return 0;
 }
 
+// Where the time of a start went, phase by phase, from the start of main().
+class StartupPhases
+{
+public:
+    explicit StartupPhases(const QElapsedTimer &clock) : m_clock(clock) { mark("application"); }
+
+    void mark(const char *phase)
+    {
+        const double now = m_clock.nsecsElapsed() / 1e6;
+        m_lines << QStringLiteral("%1 %2 ms\n").arg(QLatin1String(phase), -12).arg(now - m_last, 0, 'f', 1);
+        m_last = now;
+    }
+    QString report() const
+    {
+        return m_lines.join(QString()) + QStringLiteral("%1 %2 ms\n").arg(QStringLiteral("total"), -12).arg(m_last, 0, 'f', 1);
+    }
+
+private:
+    const QElapsedTimer &m_clock;
+    QStringList m_lines;
+    double m_last = 0;
+};
+
+// Shows the window until its first paint is done, then reports the phases.
+int showOnce(MainWindow &window, StartupPhases &phases)
+{
+    struct FirstPaint : QObject
+    {
+        bool painted = false;
+        bool eventFilter(QObject *watched, QEvent *event) override
+        {
+            if (event->type() == QEvent::Paint)
+                painted = true;
+            return QObject::eventFilter(watched, event);
+        }
+    } watcher;
+    window.installEventFilter(&watcher);
+    window.resize(1280, 800);
+    window.show();
+    QElapsedTimer waited;
+    waited.start();
+    while (!watcher.painted && waited.elapsed() < 30000)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    window.removeEventFilter(&watcher);
+    if (!watcher.painted) {
+        write(stderr, QStringLiteral("ovra-studio: the window was never painted\n"));
+        return 1;
+    }
+    phases.mark("first paint");
+    write(stdout, phases.report());
+    return 0;
+}
+
 } // namespace
 
 bool CommandLine::parse(const QStringList &arguments, QString *output, int *exitCode)
@@ -77,8 +131,9 @@ bool CommandLine::parse(const QStringList &arguments, QString *output, int *exit
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption pluginsOption(QStringLiteral("plugins"), QCoreApplication::translate("CommandLine", "Load the engines' plug-ins from DIR."), QStringLiteral("DIR"));
     const QCommandLineOption settingsOption(QStringLiteral("settings"), QCoreApplication::translate("CommandLine", "Keep the settings in the INI file FILE instead of the user's."), QStringLiteral("FILE"));
+    const QCommandLineOption startupOption(QStringLiteral("startup-time"), QCoreApplication::translate("CommandLine", "Open, paint the window once, print what the start-up's time went to (milliseconds since main) and exit."));
     const QCommandLineOption screenshotOption(QStringLiteral("screenshot"), QCoreApplication::translate("CommandLine", "Open, lay the window out at 1280x800, write a picture of it to FILE (PNG) and exit."), QStringLiteral("FILE"));
-    parser.addOptions({pluginsOption, settingsOption, screenshotOption});
+    parser.addOptions({pluginsOption, settingsOption, screenshotOption, startupOption});
     parser.addPositionalArgument(QStringLiteral("WORK"), QCoreApplication::translate("CommandLine", "A work folder or a project file."), QStringLiteral("[WORK|PROJECT]"));
     parser.addPositionalArgument(QStringLiteral("FILE"), QCoreApplication::translate("CommandLine", "Files of the work to open."), QStringLiteral("[FILE...]"));
 
@@ -100,6 +155,7 @@ bool CommandLine::parse(const QStringList &arguments, QString *output, int *exit
     plugins = parser.value(pluginsOption);
     settings = parser.value(settingsOption);
     screenshot = parser.value(screenshotOption);
+    startupTime = parser.isSet(startupOption);
     const QStringList positional = parser.positionalArguments();
     work = positional.value(0);
     files = positional.mid(1);
@@ -111,24 +167,29 @@ bool CommandLine::parse(const QStringList &arguments, QString *output, int *exit
     return true;
 }
 
-int runStudio(QApplication &application)
+bool readCommandLine(int &argc, char **argv, CommandLine &line, int *exitCode)
 {
     QCoreApplication::setOrganizationName(QStringLiteral("ovra"));
     QCoreApplication::setApplicationName(QStringLiteral("ovra-studio"));
     QCoreApplication::setApplicationVersion(QStringLiteral(OVRA_VERSION));
-
-    CommandLine line;
+    // An application without windows reads it, so that --help, --version and a wrong
+    // argument are answered where there is no display.
+    QCoreApplication reader(argc, argv);
     QString output;
-    int exitCode = 0;
-    if (!line.parse(QCoreApplication::arguments(), &output, &exitCode)) {
-        write(exitCode == 0 ? stdout : stderr, output);
-        return exitCode;
-    }
+    if (line.parse(QCoreApplication::arguments(), &output, exitCode))
+        return true;
+    write(*exitCode == 0 ? stdout : stderr, output);
+    return false;
+}
 
-    // In a screenshot run nobody answers: a question gets the escape answer, and what it
-    // said goes to the error stream.
+int runStudio(QApplication &application, const CommandLine &line, const QElapsedTimer &clock)
+{
+
+    // In a screenshot or timing run nobody answers: a question gets the escape answer, and
+    // what it said goes to the error stream.
+    const bool unattended = !line.screenshot.isEmpty() || line.startupTime;
     Ovra::Answerer previous;
-    if (!line.screenshot.isEmpty()) {
+    if (unattended) {
         previous = Ovra::setAnswerer([](const Ovra::Prompt &prompt) {
             write(stderr, QStringLiteral("ovra-studio: %1: %2\n").arg(prompt.title, prompt.text));
             return Ovra::escapeAnswer(prompt);
@@ -142,21 +203,27 @@ int runStudio(QApplication &application)
                                               : std::make_unique<QSettings>(line.settings, QSettings::IniFormat);
     int result = 0;
     {
+        StartupPhases phases(clock);
         StudioHost host(settings.get());
         // The locator before the window: the projects the window opens close before the
         // plug-ins that made them are unloaded.
         Ovra::ProjectLocator locator(line.plugins);
+        phases.mark("plug-ins");
         MainWindow window(&host, &locator);
         window.reportEngines();
+        phases.mark("window");
         bool opened = true;
         if (!line.work.isEmpty()) {
             opened = window.openWork(line.work);
             for (const QString &file : qAsConst(line.files))
                 opened = opened && window.openFile(file);
-        } else if (line.screenshot.isEmpty()) {
+        } else if (!unattended) {
             window.restoreSession();
         }
-        if (!line.screenshot.isEmpty()) {
+        phases.mark("work");
+        if (line.startupTime) {
+            result = opened ? showOnce(window, phases) : 1;
+        } else if (!line.screenshot.isEmpty()) {
             result = opened ? takeScreenshot(window, line.screenshot) : 1;
             if (!opened)
                 write(stderr, QStringLiteral("ovra-studio: %1 could not be opened, no screenshot taken\n").arg(line.work));
@@ -165,7 +232,7 @@ int runStudio(QApplication &application)
             result = application.exec();
         }
     }
-    if (!line.screenshot.isEmpty())
+    if (unattended)
         Ovra::setAnswerer(previous);
     return result;
 }

@@ -2,10 +2,12 @@
 
 // The studio's command line, and the program's run over it:
 //     ovra-studio [WORK|PROJECT] [FILE...] [--plugins DIR] [--settings FILE] [--screenshot FILE]
+//                 [--startup-time]
 #include <QString>
 #include <QStringList>
 
 class QApplication;
+class QElapsedTimer;
 
 struct CommandLine
 {
@@ -14,6 +16,7 @@ struct CommandLine
     QString plugins;
     QString settings;
     QString screenshot;
+    bool startupTime = false;
 
     // Reads the arguments (the program's name first). False when the program ends here:
     // --help and --version with their text in `output` and code 0, a wrong argument with
@@ -21,6 +24,10 @@ struct CommandLine
     bool parse(const QStringList &arguments, QString *output, int *exitCode);
 };
 
-// Sets the application's names, reads the command line and runs the window; returns the
-// program's exit code.
-int runStudio(QApplication &application);
+// Sets the application's names and reads the command line, before there is a window
+// system. False when the program ends here, with its exit code; the texts are written.
+bool readCommandLine(int &argc, char **argv, CommandLine &line, int *exitCode);
+
+// Runs the window over the command line; returns the program's exit code. The clock
+// started with main().
+int runStudio(QApplication &application, const CommandLine &line, const QElapsedTimer &clock);

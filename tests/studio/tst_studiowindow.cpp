@@ -64,6 +64,7 @@ private slots:
     void commandLineTexts_data();
     void commandLineTexts();
     void commandLineScreenshot();
+    void commandLineStartupTime();
     void commandLineScreenshotOfABadWork();
 
 private:
@@ -535,10 +536,17 @@ struct Run
     QByteArray err;
 };
 
-// The program itself, run as a user runs it, with the test's settings file.
-Run runProgram(const QStringList &arguments)
+// The program itself, run as a user runs it, with the test's settings file; without a
+// display of any kind when `headless`.
+Run runProgram(const QStringList &arguments, bool headless = false)
 {
     QProcess process;
+    if (headless) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(QString::fromLatin1(name));
+        process.setProcessEnvironment(environment);
+    }
     process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/ovra-studio"), arguments);
     Run run;
     if (!process.waitForFinished(60000)) {
@@ -571,7 +579,8 @@ void StudioWindowTest::commandLineTexts()
     QFETCH(QStringList, arguments);
     QFETCH(int, exitCode);
     QFETCH(QStringList, says);
-    const Run run = runProgram(QStringList{QStringLiteral("--settings"), m_settingsFile} + arguments);
+    // Texts need no window: they come where there is no display at all.
+    const Run run = runProgram(QStringList{QStringLiteral("--settings"), m_settingsFile} + arguments, true);
     QCOMPARE(run.exitCode, exitCode);
     const QString text = QString::fromLocal8Bit(exitCode == 0 ? run.out : run.err);
     for (const QString &expected : says)
@@ -598,6 +607,28 @@ void StudioWindowTest::commandLineScreenshot()
     QVERIFY2(colours.size() > 20, qPrintable(QString::number(colours.size())));
     QVERIFY(image.save(QCoreApplication::applicationDirPath() + QStringLiteral("/studiowindow-cli.png")));
     QCOMPARE(readFile(m_work + QStringLiteral("/knight/knight.def")), before);
+}
+
+void StudioWindowTest::commandLineStartupTime()
+{
+    const Run run = runProgram({QStringLiteral("--settings"), m_settingsFile, QStringLiteral("--plugins"), pluginDir(),
+                                QStringLiteral("--startup-time"), m_work, QStringLiteral("knight/knight.def")});
+    QVERIFY2(run.exitCode == 0, run.err.constData());
+    const QStringList lines = QString::fromLocal8Bit(run.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QStringList phases;
+    double sum = 0;
+    for (const QString &line : lines) {
+        const QStringList words = line.simplified().split(QLatin1Char(' '));
+        QCOMPARE(words.size(), words.first() == QLatin1String("first") ? 4 : 3);
+        phases << words.mid(0, words.size() - 2).join(QLatin1Char(' '));
+        const double milliseconds = words.at(words.size() - 2).toDouble();
+        QVERIFY(milliseconds >= 0);
+        if (phases.last() != QLatin1String("total"))
+            sum += milliseconds;
+        else
+            QVERIFY(qAbs(milliseconds - sum) < 0.5);
+    }
+    QCOMPARE(phases, (QStringList{"application", "plug-ins", "window", "work", "first paint", "total"}));
 }
 
 void StudioWindowTest::commandLineScreenshotOfABadWork()
