@@ -23,7 +23,8 @@ public:
     ~JobList() override;
 
     // A new job; it ends when the call that started it returns to the event loop, or, for
-    // an asynchronous one, once it has reached its maximum or has been cancelled.
+    // an asynchronous one, once it has reached its maximum or reported an error. A
+    // cancelled job runs on until its owner notices.
     Ovra::Job *start(const QString &title, int reserved) override;
 
     // What the status bar shows: the jobs that run, and the last one's state.
@@ -51,6 +52,7 @@ private:
 
     mutable QMutex m_mutex;
     QList<std::shared_ptr<StudioJob>> m_jobs;
+    QList<std::shared_ptr<StudioJob>> m_retired;
     QStringList m_errors;
     bool m_reportQueued = false;
 };

@@ -90,13 +90,17 @@ public:
     JobList *jobs() const;
 
     void setMainWidget(QWidget *widget);
+    // Tells every editor whether there is an engine now.
     void setEngine(Ovra::Engine *engine);
-    // The open projects, in the order they were opened; the current one is shown.
+    // The open projects, in the order they were opened. Removing the current one makes the
+    // first of the others current.
     void addProject(Ovra::Project *project);
     void removeProject(Ovra::Project *project);
+    // Tells every editor of the switch.
     void setCurrentProject(Ovra::Project *project);
 
-    // The editors the studio made, asked by editorForFile(); extra editors by index.
+    // The editors the studio made, asked by editorForFile(); extra editors by index. An
+    // editor's action activates it.
     void addEditor(Ovra::FileEditor *editor);
     void removeEditor(Ovra::FileEditor *editor);
     QList<Ovra::FileEditor *> editors() const;
@@ -115,7 +119,8 @@ public:
     void setShortcut(const QString &name, const QKeySequence &shortcut);
     void resetShortcut(const QString &name);
 
-    // Tells every editor and workspace that the settings changed.
+    // Hands the scheme's syntax formats to the parsers (open documents are highlighted
+    // anew when they changed) and tells every editor that the settings changed.
     void reconfigure();
 
     QString statusText(int field) const;
@@ -133,6 +138,8 @@ signals:
     void reconfigured();
 
 private:
+    void rehighlightDocuments();
+
     struct Private;
     std::unique_ptr<Private> d;
 };
