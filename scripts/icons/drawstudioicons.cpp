@@ -73,14 +73,17 @@ void drawBackup(Canvas &c)
 
 void drawRestore(Canvas &c)
 {
-    archiveBox(c, 5);
+    // The arrow leaves the box and turns back: what was kept comes out again.
+    archiveBox(c, 6);
     QPainterPath back;
     back.moveTo(12, 6);
-    back.cubicTo(12, 2, 9, 1.5, 6, 2.5);
+    back.lineTo(12, 5);
+    back.quadTo(12, 3, 10, 3);
+    back.lineTo(5.5, 3);
     c.p.setPen(pen(kBlue, 2.0, Qt::FlatCap));
     c.p.setBrush(Qt::NoBrush);
     c.p.drawPath(back);
-    solid(c.p, {QPointF(1.5, 3.5), QPointF(6.5, -0.5), QPointF(7, 6)}, kBlue);
+    solid(c.p, {QPointF(1, 3), QPointF(6, -0.5), QPointF(6, 6.5)}, kBlue);
 }
 
 void drawClose(Canvas &c)
