@@ -15,6 +15,7 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QComboBox>
+#include <QEvent>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
@@ -128,6 +129,8 @@ void CodeWorkspacePrivate::buildWidgets()
     splitter->setStretchFactor(0, 3);
     splitter->setStretchFactor(1, 1);
     splitter->setChildrenCollapsible(false);
+    splitter->installEventFilter(this);
+    connect(splitter, &QSplitter::splitterMoved, this, [this] { userSized = true; });
     auto *layout = new QVBoxLayout(q);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter);
@@ -435,12 +438,27 @@ void CodeWorkspace::showSidePanel(QWidget *panel)
         d->side->setCurrentWidget(panel);
     const bool shown = panel && d->side->indexOf(panel) >= 0;
     d->side->setVisible(shown);
-    // A panel hidden at the start has no width yet: it gets a quarter of the view.
-    const QList<int> sizes = d->splitter->sizes();
-    if (shown && sizes.value(1) == 0) {
-        const int total = qMax(d->splitter->width(), 4);
-        d->splitter->setSizes({total - total / 4, total / 4});
-    }
+    // A panel hidden at the start has no width yet.
+    if (shown && d->splitter->sizes().value(1) == 0)
+        d->userSized = false;
+    d->keepSideQuarter();
+}
+
+bool CodeWorkspacePrivate::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == splitter && event->type() == QEvent::Resize)
+        keepSideQuarter();
+    return QObject::eventFilter(watched, event);
+}
+
+// The splitter on its own shares a new width by the panels' size hints, and a tree's is
+// wide: until the user places the handle, the text keeps three quarters of the view.
+void CodeWorkspacePrivate::keepSideQuarter()
+{
+    if (userSized || !side->isVisibleTo(q))
+        return;
+    const int total = qMax(splitter->width(), 4);
+    splitter->setSizes({total - total / 4, total / 4});
 }
 
 void CodeWorkspace::showTextBar(bool shown)

@@ -25,6 +25,9 @@ public:
 
     void buildWidgets();
     void buildActions();
+    // Gives the side panel a quarter of the view until the user moves the handle.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void keepSideQuarter();
     void buildEncodingMenu();
     void updateEncodingTitle();
     // The editor can be changed, and shows a document.
@@ -54,6 +57,7 @@ public:
     QLabel *noDocument = nullptr;
     QStackedWidget *side = nullptr;
     QSplitter *splitter = nullptr;
+    bool userSized = false;
     QStandardItemModel *noMessages = nullptr;
     QList<QAction *> actions;
     QPointer<CodeDocument> document;
