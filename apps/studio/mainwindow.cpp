@@ -174,6 +174,10 @@ void MainWindowPrivate::createMenus()
                                     &MainWindow::runScriptDialog));
     toolsMenu->addAction(makeAction("tools_options", MainWindow::tr("&Options..."), QKeySequence(),
                                     &MainWindow::showOptions));
+    // The steps a user takes most, beside opening and saving.
+    fileBar->addSeparator();
+    for (const char *name : {"edit_undo", "edit_redo", "edit_find", "tools_run_script"})
+        fileBar->addAction(host->action(name));
     helpMenu = q->menuBar()->addMenu(MainWindow::tr("&Help"));
     helpMenu->setObjectName(QStringLiteral("menu_help"));
     helpMenu->addAction(makeAction("help_about", MainWindow::tr("&About"), QKeySequence(), &MainWindow::about));
