@@ -66,6 +66,8 @@ void CodeDocument::finishSave(Archive *archive, QIODevice *device, const QString
         d->advanceRevision();
     }
     archive->closeFile(device);
+    if (!(flags & Foreign) && archive == &FileSystemArchive::instance())
+        fileWritten(name);
     ProjectFile::toFile(*archive, name, flags, stats);
     if (stats)
         stats->setValue(1);

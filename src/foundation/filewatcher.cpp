@@ -48,6 +48,15 @@ void FileWatchObject::fileSaved(Archive &archive, const QString &name, bool isCo
     registerFile(archive, name, isCopy, true);
 }
 
+void FileWatchObject::fileWritten(const QString &name)
+{
+    if (name.isEmpty() || name != watchedFileName())
+        return;
+    const QFileInfo info(name);
+    m_modified = info.exists() ? info.lastModified() : QDateTime();
+    m_size = info.exists() ? info.size() : -1;
+}
+
 void FileWatchObject::registerFile(Archive &archive, const QString &name, bool isCopy, bool saving)
 {
     // Copies are written for someone else, and other archives have no paths the

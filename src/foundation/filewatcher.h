@@ -45,6 +45,10 @@ protected:
     // Called when the object writes `name`. Unlike fileLoaded() it registers even an
     // empty name, and it pauses the object so that its own write raises no question.
     void fileSaved(Archive &archive, const QString &name, bool isCopy);
+    // Called once a write of the watched file is complete on disk. A safe replacement
+    // can notify more than once, and a background write ends after fileSaved(): every
+    // notification that follows finds the file as the object wrote it, and asks nothing.
+    void fileWritten(const QString &name);
 
 private:
     friend class FileWatcherManager;

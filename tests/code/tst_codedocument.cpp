@@ -6,6 +6,7 @@
 
 #include "engine/engine.h"
 #include "foundation/filesystemarchive.h"
+#include "foundation/filewatcher.h"
 #include "foundation/textcodecs.h"
 #include "project/regexp.h"
 
@@ -129,6 +130,8 @@ private slots:
     void bracketKeepsTreeCurrentAndUndoesAtOnce();
     void savesWithCrLfAndTabs();
     void foreignLoadAndBackgroundSave();
+    void ownSavesAskNothing_data();
+    void ownSavesAskNothing();
     void savedRevisions();
     void marks();
     void searchAndReplace();
@@ -320,6 +323,43 @@ void CodeDocumentTest::foreignLoadAndBackgroundSave()
     QTRY_COMPARE(document.fileName(), target);
     QVERIFY(!document.isModified());
     QCOMPARE(readFile(target), QByteArray("[Stats]\r\nx = 1\r\n"));
+}
+
+void CodeDocumentTest::ownSavesAskNothing_data()
+{
+    QTest::addColumn<uint>("flags");
+    QTest::newRow("in the foreground") << 0u;
+    QTest::newRow("in the background") << uint(ProjectFile::Asynchronous);
+}
+
+// A save replaces the file, which the system may tell of more than once, and a background
+// save ends after the call: no notification of the document's own write asks the user.
+void CodeDocumentTest::ownSavesAskNothing()
+{
+    QFETCH(uint, flags);
+    QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("own.def"));
+    QVERIFY(writeFile(name, "[Stats]\r\nx = 1\r\n"));
+    ScriptedAnswerer user({QMessageBox::No});
+    TestDocument document;
+    QVERIFY(document.fromFile(FileSystemArchive::instance(), name, 0, nullptr));
+    auto notify = [&name] {
+        QVERIFY(QMetaObject::invokeMethod(FileWatcherManager::instance(), "fileChanged", Q_ARG(QString, name)));
+    };
+    for (const char *value : {"22", "1"}) {
+        document.replaceLine(1, QStringLiteral("x = ") + QLatin1String(value));
+        QVERIFY(document.toFile(FileSystemArchive::instance(), name, flags, nullptr));
+        QTRY_VERIFY(!document.isModified());
+        notify();
+        notify();
+    }
+    QCOMPARE(readFile(name), QByteArray("[Stats]\r\nx = 1\r\n"));
+    QVERIFY(user.prompts().isEmpty());
+    // Another program's change still asks.
+    QVERIFY(writeFile(name, "[Stats]\r\nx = 333\r\n"));
+    notify();
+    QCOMPARE(user.prompts().size(), 1);
+    QCOMPARE(user.prompts().first().title, QStringLiteral("File modified"));
 }
 
 void CodeDocumentTest::savedRevisions()
