@@ -3,12 +3,8 @@
 #include "commands.h"
 #include "enginehost.h"
 
-#include "engine/engine.h"
-#include "engine/extension.h"
-#include "engine/extensionmanager.h"
 #include "engine/script/script.h"
 #include "engine/script/scriptclasses.h"
-#include "engine/script/scriptimage.h"
 #include "project/project.h"
 
 #include <QFile>
@@ -18,26 +14,6 @@ using namespace Ovra;
 namespace {
 
 const QString command = QStringLiteral("run");
-
-// print() writes to the tool's own output stream, flushed at once, so that its lines
-// and those of io.write (straight to stdout) come out in the order the script made them.
-int printToOut(lua_State *L)
-{
-    auto *out = static_cast<QTextStream *>(lua_touserdata(L, lua_upvalueindex(1)));
-    const int count = lua_gettop(L);
-    QByteArray line;
-    for (int i = 1; i <= count; ++i) {
-        size_t length = 0;
-        const char *text = luaL_tolstring(L, i, &length);
-        if (i > 1)
-            line += '\t';
-        line.append(text, int(length));
-        lua_pop(L, 1);
-    }
-    *out << QString::fromUtf8(line) << '\n';
-    out->flush();
-    return 0;
-}
 
 // The text of an error as a user reads it: the binding's "lua: error: " prefix goes, the
 // chunk name and line stay ("script.lua:12: bad argument ...").
@@ -61,18 +37,6 @@ QByteArray withoutShebang(QByteArray source)
     if (source.startsWith("#!"))
         source.replace(0, 2, "--");
     return source;
-}
-
-// Every engine that a plug-in brought adds its script types, so that a script without a
-// project reaches them as well.
-void registerEngines(Script::State &state)
-{
-    for (Extension *extension : ExtensionManager::list(Extension::Named)) {
-        if (auto *engineExtension = dynamic_cast<EngineExtension *>(extension)) {
-            if (Engine *engine = engineExtension->engine())
-                engine->registerScriptClasses(state);
-        }
-    }
 }
 
 } // namespace
@@ -119,16 +83,21 @@ int run(Cli::Context &context, const QStringList &arguments)
     state.openLibraries(Script::State::SafeLibraries | Script::State::IoLibrary | Script::State::OsLibrary);
     Script::Table globals = state.globals();
     registerScriptClasses(globals);
-    registerImageClass(globals);
-    registerEngines(state);
+    // Every engine that a plug-in brought adds its script types, so that a script without
+    // a project reaches them as well.
+    registerEngineScriptClasses(state);
     if (project)
         globals.set("project", static_cast<Project *>(project.get()));
     globals.set("arg", scriptArguments);
+    // print() writes to the tool's own output stream, flushed at once, so that its lines
+    // and those of io.write (straight to stdout) come out in the order the script made them.
+    QTextStream &out = context.out();
+    state.setPrint([&out](const QString &line) {
+        out << line << '\n';
+        out.flush();
+    });
 
     lua_State *L = state.luaState();
-    lua_pushlightuserdata(L, &context.out());
-    lua_pushcclosure(L, printToOut, 1);
-    lua_setglobal(L, "print");
 
     // "=" makes Lua name the chunk as given: "script.lua:12:" in every message.
     const QByteArray chunk = '=' + scriptName.toUtf8();

@@ -7,12 +7,8 @@
 
 #include "editors/editor.h"
 #include "editors/extraeditor.h"
-#include "engine/engine.h"
-#include "engine/extension.h"
-#include "engine/extensionmanager.h"
 #include "engine/script/script.h"
 #include "engine/script/scriptclasses.h"
-#include "engine/script/scriptimage.h"
 #include "foundation/filedialogs.h"
 #include "foundation/messages.h"
 #include "foundation/prompt.h"
@@ -60,24 +56,6 @@ QDockWidget *makeDock(MainWindow *window, const QString &name, const QString &ti
     dock->setWidget(content);
     window->addDockWidget(area, dock);
     return dock;
-}
-
-// print() of a script run from the studio writes its line into the output dock.
-int printToDock(lua_State *L)
-{
-    auto *d = static_cast<MainWindowPrivate *>(lua_touserdata(L, lua_upvalueindex(1)));
-    const int count = lua_gettop(L);
-    QByteArray line;
-    for (int i = 1; i <= count; ++i) {
-        size_t length = 0;
-        const char *text = luaL_tolstring(L, i, &length);
-        if (i > 1)
-            line += '\t';
-        line.append(text, int(length));
-        lua_pop(L, 1);
-    }
-    d->appendOutput(QString::fromUtf8(line));
-    return 0;
 }
 
 } // namespace
@@ -232,20 +210,12 @@ bool MainWindow::runScript(const QString &fileName)
     state.openLibraries(Script::State::SafeLibraries | Script::State::IoLibrary | Script::State::OsLibrary);
     Script::Table globals = state.globals();
     registerScriptClasses(globals);
-    registerImageClass(globals);
-    for (Extension *extension : ExtensionManager::list(Extension::Named)) {
-        if (auto *engineExtension = dynamic_cast<EngineExtension *>(extension)) {
-            if (Engine *engine = engineExtension->engine())
-                engine->registerScriptClasses(state);
-        }
-    }
+    registerEngineScriptClasses(state);
     if (d->project)
         globals.set("project", d->project);
     globals.set("arg", QStringList());
-    lua_State *L = state.luaState();
-    lua_pushlightuserdata(L, d.get());
-    lua_pushcclosure(L, printToDock, 1);
-    lua_setglobal(L, "print");
+    // print() of a script run from the studio writes its line into the output dock.
+    state.setPrint([this](const QString &line) { d->appendOutput(line); });
 
     QString error;
     if (!state.run(QString::fromUtf8(source), QFileInfo(fileName).fileName(), &error)) {

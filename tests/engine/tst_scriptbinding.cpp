@@ -181,6 +181,19 @@ private slots:
         m_node.reset();
     }
 
+    // print() joins its arguments as Lua shows them, with tabs, into one line for the host.
+    void printGoesToTheHost()
+    {
+        QStringList lines;
+        m_state->setPrint([&lines](const QString &line) { lines << line; });
+        QVERIFY(run(QStringLiteral("print('ä', 2, 2.5, nil, true) print() "
+                                   "print(setmetatable({}, {__tostring = function() return 'shown' end}))")));
+        QCOMPARE(lines, (QStringList{QStringLiteral("ä\t2\t2.5\tnil\ttrue"), QString(), QStringLiteral("shown")}));
+        // A value Lua can't show is an error of the script, not of the host.
+        QVERIFY(!run(QStringLiteral("print(setmetatable({}, {__tostring = function() return {} end}))")));
+        QCOMPARE(lines.size(), 3);
+    }
+
     void properties()
     {
         QCOMPARE(scriptResult(*m_state, QStringLiteral("node.name")), QVariant(QStringLiteral("root")));

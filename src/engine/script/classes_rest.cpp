@@ -209,4 +209,14 @@ void registerScriptClasses(Script::Table &table)
     registerImageClass(table);
 }
 
+void registerEngineScriptClasses(Script::State &state)
+{
+    for (Extension *extension : ExtensionManager::list(Extension::Named)) {
+        if (auto *engineExtension = dynamic_cast<EngineExtension *>(extension)) {
+            if (Engine *engine = engineExtension->engine())
+                engine->registerScriptClasses(state);
+        }
+    }
+}
+
 } // namespace Ovra

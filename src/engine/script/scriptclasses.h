@@ -5,6 +5,7 @@
 namespace Ovra {
 
 namespace Script {
+class State;
 class Table;
 }
 
@@ -14,5 +15,8 @@ class Table;
 // state before any script runs, then lets the engine add its own classes through
 // EnginePrivate::registerScriptClasses.
 OVRA_EXPORT void registerScriptClasses(Script::Table &table);
+
+// Lets every engine of the loaded plug-ins add its own classes to the state.
+OVRA_EXPORT void registerEngineScriptClasses(Script::State &state);
 
 } // namespace Ovra

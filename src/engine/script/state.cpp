@@ -33,6 +33,32 @@ State::~State()
         lua_close(m_state);
 }
 
+void State::setPrint(std::function<void(const QString &line)> sink)
+{
+    m_print = std::move(sink);
+    lua_pushlightuserdata(m_state, this);
+    lua_pushcclosure(m_state, &State::print, 1);
+    lua_setglobal(m_state, "print");
+}
+
+int State::print(lua_State *L)
+{
+    auto *state = static_cast<State *>(lua_touserdata(L, lua_upvalueindex(1)));
+    const int count = lua_gettop(L);
+    QByteArray line;
+    for (int i = 1; i <= count; ++i) {
+        size_t length = 0;
+        const char *text = luaL_tolstring(L, i, &length);
+        if (i > 1)
+            line += '\t';
+        line.append(text, int(length));
+        lua_pop(L, 1);
+    }
+    if (state->m_print)
+        state->m_print(QString::fromUtf8(line));
+    return 0;
+}
+
 void State::openLibraries(Libraries libraries)
 {
     struct Library

@@ -4,6 +4,8 @@
 
 #include <QVariantList>
 
+#include <functional>
+
 namespace Ovra {
 namespace Script {
 
@@ -49,6 +51,11 @@ public:
     void openLibraries(Libraries libraries = AllLibraries);
     Table globals() const;
 
+    // Sends each line that print() writes (its arguments as Lua shows them, tab-separated,
+    // without the line end) to `sink` instead of the process's standard output. The state
+    // keeps the sink.
+    void setPrint(std::function<void(const QString &line)> sink);
+
     // Runs the code as a chunk of that name; errors read "name:line: message".
     bool run(const QString &code, const QString &chunkName = QString(), QString *error = nullptr);
 
@@ -72,8 +79,11 @@ private:
     CallResult failedCall(int top, const QString &error);
     CallResult finishCall(int top, int arguments);
 
+    static int print(lua_State *L);
+
     lua_State *m_state;
     bool m_owned;
+    std::function<void(const QString &)> m_print;
 };
 
 } // namespace Script
