@@ -295,9 +295,7 @@ QMenu *StudioHost::menu(const QString &name)
     return menu;
 }
 
-QAction *StudioHost::createAction(ActionScope scope, const QString &name, Translator *translator, uint textId,
-                                  bool checkable, QObject *receiver, const char *slot, const char *enablingSignal,
-                                  bool checked)
+QAction *StudioHost::newAction(const QString &name, Translator *translator, uint textId)
 {
     auto *action = new QAction(&d->actionOwner);
     action->setObjectName(name);
@@ -306,6 +304,14 @@ QAction *StudioHost::createAction(ActionScope scope, const QString &name, Transl
         action->setToolTip(translator->tip(textId));
     }
     action->setIcon(icon(name));
+    return action;
+}
+
+QAction *StudioHost::createAction(ActionScope scope, const QString &name, Translator *translator, uint textId,
+                                  bool checkable, QObject *receiver, const char *slot, const char *enablingSignal,
+                                  bool checked)
+{
+    QAction *action = newAction(name, translator, textId);
     action->setCheckable(checkable);
     action->setChecked(checked);
     if (receiver && slot)
@@ -328,13 +334,7 @@ QAction *StudioHost::editorAction(const QString &name, Translator *translator, u
 {
     if (QAction *known = d->actions.value(name))
         return known;
-    auto *action = new QAction(&d->actionOwner);
-    action->setObjectName(name);
-    if (translator) {
-        action->setText(translator->text(textId));
-        action->setToolTip(translator->tip(textId));
-    }
-    action->setIcon(icon(name));
+    QAction *action = newAction(name, translator, textId);
     action->setCheckable(true);
     d->editorGroup->addAction(action);
     addAction(action);

@@ -138,6 +138,8 @@ signals:
     void reconfigured();
 
 private:
+    // A named action of the host with the translator's text and tip and its icon.
+    QAction *newAction(const QString &name, Ovra::Translator *translator, uint textId);
     void rehighlightDocuments();
 
     struct Private;

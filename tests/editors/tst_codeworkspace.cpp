@@ -17,6 +17,7 @@
 #include "project/regexp.h"
 
 #include "held.h"
+#include "modalanswer.h"
 #include "scriptedanswerer.h"
 #include "testfiles.h"
 #include "testinterface.h"
@@ -73,35 +74,6 @@ public:
     }
     int fileType() const override { return Definitions; }
 };
-
-// Answers the next modal dialog of type T with `answer` once it is up; gives up after
-// a while, so that a dialog that never comes fails the test instead of hanging it.
-template<typename T>
-void whenShown(std::function<void(T *)> answer)
-{
-    auto *poll = new QTimer;
-    auto tries = std::make_shared<int>(0);
-    QObject::connect(poll, &QTimer::timeout, [poll, tries, answer] {
-        auto *dialog = qobject_cast<T *>(QApplication::activeModalWidget());
-        if (dialog) {
-            poll->stop();
-            poll->deleteLater();
-            answer(dialog);
-        } else if (++*tries > 500) {
-            poll->stop();
-            poll->deleteLater();
-        }
-    });
-    poll->start(10);
-}
-
-void answerFileDialog(const QString &name)
-{
-    whenShown<QFileDialog>([name](QFileDialog *dialog) {
-        dialog->selectFile(name);
-        QMetaObject::invokeMethod(dialog, "accept");
-    });
-}
 
 // A socket on disk: it exists, yet no file can be read from it.
 bool makeSocketFile(const QString &path)

@@ -3,9 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
-#include <QFileDialog>
 #include <QMenu>
-#include <QTimer>
 #include <QToolBar>
 #include <QTreeView>
 #include <QtTest>
@@ -39,34 +37,6 @@ Studio::~Studio()
     window.reset();
     host.reset();
     settings.reset();
-}
-
-void whenModal(const char *className, std::function<void(QWidget *)> answer)
-{
-    auto *poll = new QTimer;
-    auto tries = std::make_shared<int>(0);
-    const QByteArray wanted(className);
-    QObject::connect(poll, &QTimer::timeout, [poll, tries, answer, wanted] {
-        QWidget *dialog = QApplication::activeModalWidget();
-        if (dialog && dialog->inherits(wanted.constData())) {
-            poll->stop();
-            poll->deleteLater();
-            answer(dialog);
-        } else if (++*tries > 500) {
-            poll->stop();
-            poll->deleteLater();
-        }
-    });
-    poll->start(10);
-}
-
-void answerFileDialog(const QString &name)
-{
-    whenModal("QFileDialog", [name](QWidget *widget) {
-        auto *dialog = static_cast<QFileDialog *>(widget);
-        dialog->selectFile(name);
-        QMetaObject::invokeMethod(dialog, "accept");
-    });
 }
 
 QModelIndex findRow(const QAbstractItemModel *model, const QString &text, const QModelIndex &parent)

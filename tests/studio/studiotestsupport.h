@@ -36,12 +36,6 @@ struct Studio
     std::unique_ptr<MainWindow> window;
 };
 
-// Answers the next modal dialog of the type with `answer` once it is up, and gives up
-// after a few seconds, so that a dialog that never comes fails the test instead of
-// hanging it.
-void whenModal(const char *className, std::function<void(QWidget *)> answer);
-// Picks `name` in the next file dialog and accepts it.
-void answerFileDialog(const QString &name);
 
 // The first row of the model, at any depth, whose text is `text`.
 QModelIndex findRow(const QAbstractItemModel *model, const QString &text, const QModelIndex &parent = QModelIndex());

@@ -14,6 +14,7 @@
 #include "project/parentproject.h"
 #include "project/project.h"
 
+#include "modalanswer.h"
 #include "scriptedanswerer.h"
 #include "testfiles.h"
 
@@ -430,8 +431,7 @@ void StudioWindowTest::backupAndRestore()
     openTheWork();
     const QString path = m_work + QStringLiteral("/knight/knight.def");
     const QByteArray original = readFile(path);
-    whenModal("QInputDialog", [](QWidget *widget) {
-        auto *dialog = static_cast<QInputDialog *>(widget);
+    whenShown<QInputDialog>([](QInputDialog *dialog) {
         dialog->setTextValue(QStringLiteral("before-the-change"));
         dialog->accept();
     });
@@ -446,8 +446,7 @@ void StudioWindowTest::backupAndRestore()
     definitions->pauseWatch(true);
     QVERIFY(writeFile(path, "[Character: knight]\r\n    life = 1\r\n"));
     QString offered;
-    whenModal("QInputDialog", [&offered](QWidget *widget) {
-        auto *dialog = static_cast<QInputDialog *>(widget);
+    whenShown<QInputDialog>([&offered](QInputDialog *dialog) {
         offered = dialog->comboBoxItems().join(QLatin1Char('|'));
         dialog->accept();
     });
