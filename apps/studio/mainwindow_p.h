@@ -73,6 +73,8 @@ struct MainWindowPrivate
     void createDocks();
     void setTreeModels();
     void treeActivated(const QModelIndex &index);
+    // Makes the file's row the tree's current one, in view.
+    void showInTree(Ovra::ProjectFile *file);
     void messageActivated(const QModelIndex &index);
     void showExtraEditor(Ovra::ExtraEditor *editor);
     void appendOutput(const QString &text);

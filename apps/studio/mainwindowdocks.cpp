@@ -110,6 +110,17 @@ void MainWindowPrivate::setTreeModels()
     }
 }
 
+void MainWindowPrivate::showInTree(ProjectFile *file)
+{
+    ParentProject *work = project ? project->parentProject() : nullptr;
+    const ParentProject::Path *node = work ? work->filePath(file->fileName()) : nullptr;
+    if (!node)
+        return;
+    const QModelIndex index = work->indexOf(node);
+    tree->setCurrentIndex(index);
+    tree->scrollTo(index);
+}
+
 void MainWindowPrivate::treeActivated(const QModelIndex &index)
 {
     if (!project)

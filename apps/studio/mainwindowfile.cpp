@@ -136,6 +136,7 @@ bool MainWindow::showFile(ProjectFile *file)
             owner->setSelectedFile(type, uint(index));
         editor->setCurrentFile(file);
         d->host->activateEditor(editor);
+        d->showInTree(file);
         const QString name = cleanPath(file->fileName());
         d->openFiles.removeAll(name);
         d->openFiles.append(name);

@@ -162,6 +162,8 @@ public:
     Path *itemPath(const QModelIndex &index) const;
     // The node of an open project.
     const Path *projectPath(Project *project) const;
+    // The index of a node of the tree, for the views; invalid for the root and for null.
+    QModelIndex indexOf(const Path *path) const;
 
     // Counts an open project and enters it and its files into the tree;
     // Project::addToParent calls it.
@@ -209,7 +211,6 @@ protected:
 
 private:
     friend struct ParentProjectPrivate;
-    QModelIndex indexOf(const Path *path) const;
     void enterFiles(Project *project, BasePath *node);
 
     std::unique_ptr<ParentProjectPrivate> d;

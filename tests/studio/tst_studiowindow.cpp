@@ -501,6 +501,8 @@ void StudioWindowTest::filesOfTheCommandLine()
     QCOMPARE(QFileInfo(workspace->document()->fileName()).fileName(), QStringLiteral("knight.def"));
     QCOMPARE(m_studio->window->openFiles().size(), 4); // with the project file shown at the start
     QVERIFY(m_studio->host->action("editor_code")->isChecked());
+    // The tree shows which file that is.
+    QCOMPARE(m_studio->window->projectTree()->currentIndex().data().toString(), QStringLiteral("knight.def"));
     ScriptedAnswerer user({QMessageBox::Ok});
     QVERIFY(!m_studio->window->openFile(QStringLiteral("knight/nowhere.def")));
     QCOMPARE(user.prompts().size(), 1);
