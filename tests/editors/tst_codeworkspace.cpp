@@ -36,6 +36,7 @@
 #include <QTextBlock>
 #include <QTimer>
 #include <QToolBar>
+#include <QToolButton>
 #include <QTreeView>
 #include <QtTest>
 
@@ -287,6 +288,17 @@ void CodeWorkspaceTest::actions()
 
 void CodeWorkspaceTest::encodingMenuAndTreeRequest()
 {
+    // A new workspace fills the menu when the user first opens it, with the codec of the
+    // file shown checked.
+    CodeWorkspace fresh(m_host.get());
+    fresh.show();
+    auto *button = qobject_cast<QToolButton *>(fresh.toolBar()->widgetForAction(fresh.toolBar()->actions().last()));
+    QVERIFY(button && button->menu());
+    QVERIFY(button->menu()->isEmpty());
+    button->menu()->popup(button->mapToGlobal(QPoint(0, button->height())));
+    QCOMPARE(button->menu()->actions().size(), TextCodecs::count());
+    button->menu()->close();
+
     QMenu *menu = m_workspace->encodingMenu();
     QCOMPARE(menu->actions().size(), TextCodecs::count());
     for (int i = 0; i < TextCodecs::count(); ++i) {

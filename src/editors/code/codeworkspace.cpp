@@ -169,12 +169,9 @@ void CodeWorkspacePrivate::buildEncodingMenu()
     encodingMenu->setObjectName(QStringLiteral("code_encoding"));
     encodings = new QActionGroup(this);
     encodings->setExclusive(true);
-    for (int i = 0; i < TextCodecs::count(); ++i) {
-        QAction *action = encodingMenu->addAction(TextCodecs::name(i));
-        action->setObjectName(QString::number(i));
-        action->setCheckable(true);
-        encodings->addAction(action);
-    }
+    // Two hundred codecs make the menu the costliest part of a new workspace: it is
+    // filled when it first opens.
+    connect(encodingMenu, &QMenu::aboutToShow, this, &CodeWorkspacePrivate::fillEncodingMenu);
     connect(encodingMenu, &QMenu::triggered, this, &CodeWorkspacePrivate::encodingChosen);
     encodingButton = new QToolButton(q);
     encodingButton->setMenu(encodingMenu);
@@ -182,6 +179,19 @@ void CodeWorkspacePrivate::buildEncodingMenu()
     encodingButton->setToolButtonStyle(Qt::ToolButtonTextOnly);
     toolBar->addSeparator();
     toolBar->addWidget(encodingButton);
+    updateEncodingTitle();
+}
+
+void CodeWorkspacePrivate::fillEncodingMenu()
+{
+    if (!encodingMenu->isEmpty())
+        return;
+    for (int i = 0; i < TextCodecs::count(); ++i) {
+        QAction *action = encodingMenu->addAction(TextCodecs::name(i));
+        action->setObjectName(QString::number(i));
+        action->setCheckable(true);
+        encodings->addAction(action);
+    }
     updateEncodingTitle();
 }
 
@@ -325,6 +335,7 @@ QToolBar *CodeWorkspace::toolBar() const
 
 QMenu *CodeWorkspace::encodingMenu() const
 {
+    d->fillEncodingMenu();
     return d->encodingMenu;
 }
 

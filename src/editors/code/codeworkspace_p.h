@@ -29,6 +29,7 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void keepSideQuarter();
     void buildEncodingMenu();
+    void fillEncodingMenu();
     void updateEncodingTitle();
     // The editor can be changed, and shows a document.
     bool canEdit() const;
