@@ -443,6 +443,7 @@ void StudioWindowTest::backupAndRestore()
     // The file changes on disk behind the studio's back; the backup brings it back.
     auto *definitions = dynamic_cast<CodeDocument *>(m_studio->window->project()->file(5));
     QVERIFY(definitions);
+    QVERIFY(m_studio->window->openFile(QStringLiteral("knight/knight.def")));
     definitions->pauseWatch(true);
     QVERIFY(writeFile(path, "[Character: knight]\r\n    life = 1\r\n"));
     QString offered;
@@ -456,6 +457,9 @@ void StudioWindowTest::backupAndRestore()
     QCOMPARE(user.prompts().size(), 1);
     QCOMPARE(user.prompts().first().defaultButton, QMessageBox::No);
     QCOMPARE(readFile(path), original);
+    // The file open in the editor is the restored one.
+    const QString shown = m_studio->window->codeEditors()->workspace()->editor()->toPlainText();
+    QVERIFY2(shown.contains(QStringLiteral("life = 1000")) && shown.contains(QStringLiteral("[Move: punch]")), qPrintable(shown));
     definitions->pauseWatch(false);
 }
 
