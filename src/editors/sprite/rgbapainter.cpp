@@ -1,0 +1,54 @@
+#include "editors/sprite/rgbapainter.h"
+
+#include "editors/sprite/imagepainter_p.h"
+#include "image/paletteobject.h"
+
+namespace Ovra {
+
+RGBAPainter::RGBAPainter()
+    : ImagePainter(32)
+{
+}
+
+RGBAPainter::~RGBAPainter() = default;
+
+void RGBAPainter::setColor(uint color)
+{
+    d->color = color;
+}
+
+void RGBAPainter::setRemap(const QMap<uint, uint> &remap)
+{
+    d->remap = remap;
+}
+
+bool RGBAPainter::isSelected(int x, int y) const
+{
+    return selectionAllows(x, y);
+}
+
+uint RGBAPainter::pixel(int x, int y) const
+{
+    if (!usable() || !d->image->valid(x, y))
+        return 0;
+    return reinterpret_cast<const QRgb *>(d->image->constScanLine(y))[x];
+}
+
+void RGBAPainter::setPixel(int x, int y)
+{
+    if (!usable() || !d->image->valid(x, y))
+        return;
+    QRgb &target = reinterpret_cast<QRgb *>(d->image->scanLine(y))[x];
+    if (d->remap.isEmpty()) {
+        target = d->color;
+        return;
+    }
+    // Without a palette there is no index to look the colour up by.
+    if (!d->palette)
+        return;
+    const auto mapped = d->remap.constFind(d->palette->index(RGBA(target)));
+    if (mapped != d->remap.constEnd())
+        target = mapped.value();
+}
+
+} // namespace Ovra
