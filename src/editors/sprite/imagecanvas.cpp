@@ -333,7 +333,8 @@ void ImageCanvas::setSize(const QSize &size, const QPoint &position, uint fill)
 
 void ImageCanvas::resize(const QSize &size, ImageResizeFilter filter)
 {
-    if (size == d->size() || size.isEmpty())
+    // A filter that doesn't exist would scale no layer and leave them off the canvas size.
+    if (size == d->size() || size.isEmpty() || !imageResizeFilterName(filter))
         return;
     d->undoStack.beginMacro(QStringLiteral("resize"));
     for (ImageLayer *layer : d->layers->layers())
