@@ -3,8 +3,9 @@
 #include "editors/sprite/imagecanvas_p.h"
 #include "editors/sprite/rasterlayer.h"
 
-#include <QHash>
 #include <QVarLengthArray>
+
+#include <vector>
 
 namespace Ovra {
 
@@ -17,58 +18,87 @@ RGBA mixedTowards(const RGBA &low, const RGBA &high)
                 quint8(low.blue + ((high.blue - low.blue) >> 1)), quint8(low.alpha + ((high.alpha - low.alpha) >> 1)));
 }
 
-quint32 key(const RGBA &color)
-{
-    return color.toQRgb();
-}
-
-struct IndexedLayer
-{
-    const QImage *image;
-    int width;
-    int height;
-};
-
 // One pixel from the layers at (x, y), top first. Transparent entries are passed over; an
 // opaque pixel on top wins as it is; otherwise the colours down to the first opaque one
 // are mixed from the bottom up and the nearest entry is taken.
-struct IndexedComposer
+class IndexedComposer
 {
-    const RGBA (&colors)[256];
-    const PaletteObject &palette;
-    QVector<const uchar *> rows;
-    QVector<int> widths;
-    QHash<quint32, uchar> nearest;
+public:
+    IndexedComposer(const RGBA (&colors)[256], const PaletteObject &palette, const QVector<const QImage *> &layers)
+        : m_colors(colors)
+        , m_palette(palette)
+        , m_layers(layers)
+        , m_rows(layers.size())
+        , m_widths(layers.size())
+    {
+        for (int k = 0; k < layers.size(); ++k)
+            m_widths[k] = layers.at(k)->width();
+        for (int i = 0; i < 256; ++i)
+            m_alphas[i] = colors[i].alpha;
+    }
+
+    void startRow(int y)
+    {
+        for (int k = 0; k < m_layers.size(); ++k)
+            m_rows[k] = y < m_layers.at(k)->height() ? m_layers.at(k)->constScanLine(y) : nullptr;
+    }
 
     uchar pixel(int x)
     {
-        QVarLengthArray<RGBA, 16> found;
-        for (int k = 0; k < rows.size(); ++k) {
-            if (!rows.at(k) || x >= widths.at(k))
+        m_found.clear();
+        const int count = m_rows.size();
+        const uchar *const *rows = m_rows.constData();
+        const int *widths = m_widths.constData();
+        for (int k = 0; k < count; ++k) {
+            const uchar *row = rows[k];
+            if (!row || x >= widths[k])
                 continue;
-            const uchar index = rows.at(k)[x];
-            const RGBA &color = colors[index];
-            if (color.alpha == 0)
+            const uchar index = row[x];
+            const uchar alpha = m_alphas[index];
+            if (alpha == 0)
                 continue;
-            if (color.alpha == 255 && found.isEmpty())
+            if (alpha == 255 && m_found.isEmpty())
                 return index;
-            found.append(color);
-            if (color.alpha == 255)
+            m_found.append(m_colors[index]);
+            if (alpha == 255)
                 break;
         }
-        if (found.isEmpty())
-            return 0;
-        RGBA mixed = found.last();
-        for (int i = found.size() - 2; i >= 0; --i)
-            mixed = mixedTowards(mixed, found.at(i));
-        const quint32 mixedKey = key(mixed);
-        const auto cached = nearest.constFind(mixedKey);
-        if (cached != nearest.constEnd())
-            return cached.value();
-        const uchar index = palette.index(mixed);
-        nearest.insert(mixedKey, index);
-        return index;
+        return m_found.isEmpty() ? 0 : mixed();
     }
+
+private:
+    uchar mixed()
+    {
+        RGBA color = m_found.last();
+        for (int i = m_found.size() - 2; i >= 0; --i)
+            color = mixedTowards(color, m_found.at(i));
+        // The search over 256 entries is the cost of a mixed pixel, and the same few mixtures
+        // come back all over a picture: a small table remembers the latest answers.
+        const quint32 key = color.toQRgb();
+        Remembered &slot = m_nearest[(key * 2654435761u) >> (32 - rememberedBits)];
+        if (!slot.used || slot.key != key) {
+            slot.key = key;
+            slot.index = m_palette.index(color);
+            slot.used = true;
+        }
+        return slot.index;
+    }
+
+    const RGBA (&m_colors)[256];
+    const PaletteObject &m_palette;
+    const QVector<const QImage *> &m_layers;
+    QVector<const uchar *> m_rows;
+    QVector<int> m_widths;
+    uchar m_alphas[256];
+    QVarLengthArray<RGBA, 32> m_found;
+    struct Remembered
+    {
+        quint32 key = 0;
+        uchar index = 0;
+        bool used = false;
+    };
+    static const int rememberedBits = 12;
+    std::vector<Remembered> m_nearest = std::vector<Remembered>(1 << rememberedBits);
 };
 
 } // namespace
@@ -83,18 +113,15 @@ QImage ImageCanvasPrivate::composedIndexed() const
     for (int i = 0; i < 256; ++i)
         table[i] = colors[i].toQRgb();
     result.setColorTable(table);
-    QVector<IndexedLayer> visible;
+    QVector<const QImage *> visible;
     for (const ImageLayer *layer : layers->layers()) {
         const auto *raster = dynamic_cast<const RasterLayer *>(layer);
         if (raster && layer->isVisible() && raster->image().format() == QImage::Format_Indexed8)
-            visible.append({&raster->image(), raster->image().width(), raster->image().height()});
+            visible.append(&raster->image());
     }
-    IndexedComposer composer{colors, *palette, QVector<const uchar *>(visible.size()), QVector<int>(visible.size()), {}};
-    for (int k = 0; k < visible.size(); ++k)
-        composer.widths[k] = visible.at(k).width;
+    IndexedComposer composer(colors, *palette, visible);
     for (int y = 0; y < result.height(); ++y) {
-        for (int k = 0; k < visible.size(); ++k)
-            composer.rows[k] = y < visible.at(k).height ? visible.at(k).image->constScanLine(y) : nullptr;
+        composer.startRow(y);
         uchar *out = result.scanLine(y);
         for (int x = 0; x < result.width(); ++x)
             out[x] = composer.pixel(x);

@@ -34,6 +34,7 @@ void ImagePainter::drawPoint(const QPoint &point)
 {
     if (!usable())
         return;
+    const PaintSession session(d.get());
     const QRect pen = QRect(point, QSize(d->size, d->size)) & d->image->rect();
     for (int y = pen.top(); y <= pen.bottom(); ++y) {
         for (int x = pen.left(); x <= pen.right(); ++x) {
@@ -47,6 +48,7 @@ void ImagePainter::drawLine(const QPoint &from, const QPoint &to)
 {
     if (!usable())
         return;
+    const PaintSession session(d.get());
     const QPoint start = bounded(from);
     const QPoint end = bounded(to);
     const int dx = std::abs(end.x() - start.x());
@@ -84,6 +86,7 @@ void ImagePainter::floodFill(const QPoint &start, bool contiguous)
 {
     if (!usable() || !d->image->valid(start))
         return;
+    const PaintSession session(d.get());
     const uint target = pixel(start.x(), start.y());
     if (target == d->color)
         return;
@@ -214,9 +217,10 @@ bool ImagePainter::selectionAllows(int x, int y) const
 {
     if (!d->selection || d->selection->isEmpty())
         return true;
-    if (!d->image || x < 0 || y < 0 || x >= d->image->width())
+    const int width = d->bits ? d->width : (d->image ? d->image->width() : 0);
+    if (x < 0 || y < 0 || x >= width)
         return false;
-    const qsizetype at = qsizetype(y) * d->image->width() + x;
+    const qsizetype at = qsizetype(y) * width + x;
     return at < d->selection->size() && d->selection->at(int(at)) != 0;
 }
 

@@ -28,6 +28,10 @@ bool IndexPainter::isSelected(int x, int y) const
 
 uint IndexPainter::pixel(int x, int y) const
 {
+    if (d->bits) {
+        const uchar *at = d->at(x, y, 1);
+        return at ? *at : 0;
+    }
     if (!usable() || !d->image->valid(x, y))
         return 0;
     return d->image->constScanLine(y)[x];
@@ -35,9 +39,10 @@ uint IndexPainter::pixel(int x, int y) const
 
 void IndexPainter::setPixel(int x, int y)
 {
-    if (!usable() || !d->image->valid(x, y))
+    uchar *at = d->bits ? d->at(x, y, 1) : (usable() && d->image->valid(x, y) ? d->image->scanLine(y) + x : nullptr);
+    if (!at)
         return;
-    uchar &target = d->image->scanLine(y)[x];
+    uchar &target = *at;
     if (d->remap.isEmpty()) {
         target = uchar(d->color);
         return;

@@ -29,6 +29,10 @@ bool RGBAPainter::isSelected(int x, int y) const
 
 uint RGBAPainter::pixel(int x, int y) const
 {
+    if (d->bits) {
+        const uchar *at = d->at(x, y, 4);
+        return at ? *reinterpret_cast<const QRgb *>(at) : 0;
+    }
     if (!usable() || !d->image->valid(x, y))
         return 0;
     return reinterpret_cast<const QRgb *>(d->image->constScanLine(y))[x];
@@ -36,9 +40,10 @@ uint RGBAPainter::pixel(int x, int y) const
 
 void RGBAPainter::setPixel(int x, int y)
 {
-    if (!usable() || !d->image->valid(x, y))
+    uchar *at = d->bits ? d->at(x, y, 4) : (usable() && d->image->valid(x, y) ? d->image->scanLine(y) + x * 4 : nullptr);
+    if (!at)
         return;
-    QRgb &target = reinterpret_cast<QRgb *>(d->image->scanLine(y))[x];
+    QRgb &target = *reinterpret_cast<QRgb *>(at);
     if (d->remap.isEmpty()) {
         target = d->color;
         return;
