@@ -21,34 +21,42 @@ using namespace Ovra;
 namespace {
 
 // Everything an undo or redo has to bring back, taken from the canvas.
+struct LayerState
+{
+    QString name;
+    bool visible;
+    int mode;
+    double opacity;
+    QImage image;
+
+    bool operator==(const LayerState &o) const
+    {
+        return name == o.name && visible == o.visible && mode == o.mode && opacity == o.opacity && image == o.image;
+    }
+};
+
 struct Snapshot
 {
     int format = 0;
     QSize size;
-    QStringList names;
-    QVector<bool> visible;
-    QVector<int> modes;
-    QVector<double> opacities;
-    QVector<QImage> images;
+    QVector<LayerState> layers;
 
-    bool operator==(const Snapshot &other) const
+    bool operator==(const Snapshot &o) const { return format == o.format && size == o.size && layers == o.layers; }
+    QStringList names() const
     {
-        return format == other.format && size == other.size && names == other.names && visible == other.visible
-            && modes == other.modes && opacities == other.opacities && images == other.images;
+        QStringList names;
+        for (const LayerState &layer : layers)
+            names << layer.name;
+        return names;
     }
 };
 
 Snapshot snapshot(const ImageCanvas &canvas)
 {
-    Snapshot shot;
-    shot.format = canvas.format();
-    shot.size = canvas.size();
+    Snapshot shot{canvas.format(), canvas.size(), {}};
     for (const ImageLayer *layer : canvas.layers()->layers()) {
-        shot.names << layer->name();
-        shot.visible << layer->isVisible();
-        shot.modes << int(layer->blendMode());
-        shot.opacities << layer->opacity();
-        shot.images << static_cast<const RasterLayer *>(layer)->image();
+        shot.layers.append({layer->name(), layer->isVisible(), int(layer->blendMode()), layer->opacity(),
+                            static_cast<const RasterLayer *>(layer)->image()});
     }
     return shot;
 }
@@ -56,7 +64,7 @@ Snapshot snapshot(const ImageCanvas &canvas)
 QString describe(const Snapshot &shot)
 {
     return QStringLiteral("format %1, %2x%3, layers %4").arg(shot.format).arg(shot.size.width()).arg(shot.size.height())
-        .arg(shot.names.join(QLatin1Char(',')));
+        .arg(shot.names().join(QLatin1Char(',')));
 }
 
 // A palette with transparent, half-transparent and opaque entries, as sprites have them.
@@ -542,7 +550,7 @@ void ImageCanvasTest::mergeVisibleKeepsHidden()
     const QImage expected = canvas.composed();
     const Snapshot before = snapshot(canvas);
     QVERIFY(canvas.mergeVisible());
-    QCOMPARE(snapshot(canvas).names, QStringList({"Layer 4", "Layer 3", "Layer 2"}));
+    QCOMPARE(snapshot(canvas).names(), QStringList({"Layer 4", "Layer 3", "Layer 2"}));
     QCOMPARE(raster(canvas, 1)->image(), expected);
     QVERIFY(!canvas.layers()->at(0)->isVisible());
     QVERIFY(!canvas.layers()->at(2)->isVisible());
@@ -725,73 +733,59 @@ struct Runner
         painter->setImage(nullptr);
         if (layer->image() != before)
             canvas.undoStack()->push(new RasterLayerEdit(layer, before, true));
-        expected.images[at] = layer->image();
+        expected.layers[at].image = layer->image();
     }
 
     void step(int choice, Snapshot &expected)
     {
         const int count = canvas.layers()->count();
+        QVector<LayerState> &layers = expected.layers;
+        const int at = row();
         switch (choice) {
         case 0: {
-            const int at = random.bounded(count + 1);
-            if (canvas.addLayer(at)) {
-                expected.names.insert(at, QStringLiteral("Layer %1").arg(count + 1));
-                expected.visible.insert(at, true);
-                expected.modes.insert(at, int(QPainter::CompositionMode_SourceOver));
-                expected.opacities.insert(at, 1.0);
-                expected.images.insert(at, raster(canvas, at)->image());
+            const int place = random.bounded(count + 1);
+            if (canvas.addLayer(place)) {
+                layers.insert(place, {QStringLiteral("Layer %1").arg(count + 1), true,
+                                      int(QPainter::CompositionMode_SourceOver), 1.0, raster(canvas, place)->image()});
             }
             break;
         }
         case 1:
-            if (count > 1) {
-                const int at = row();
-                canvas.deleteLayer(at);
-                expected.names.removeAt(at), expected.visible.remove(at), expected.modes.remove(at);
-                expected.opacities.remove(at), expected.images.remove(at);
-            }
+            if (count > 1 && canvas.deleteLayer(at))
+                layers.remove(at);
             break;
         case 2:
             if (count) {
-                const int at = row();
-                const QString name = QStringLiteral("n%1").arg(random.bounded(3));
-                canvas.renameLayer(at, name);
-                expected.names[at] = name;
+                layers[at].name = QStringLiteral("n%1").arg(random.bounded(3));
+                canvas.renameLayer(at, layers[at].name);
             }
             break;
         case 3:
             if (count) {
-                const int at = row();
-                const double opacity = random.bounded(3) * 0.5;
-                canvas.setLayerOpacity(at, opacity);
-                expected.opacities[at] = opacity;
+                layers[at].opacity = random.bounded(3) * 0.5;
+                canvas.setLayerOpacity(at, layers[at].opacity);
             }
             break;
         case 4:
             if (count) {
-                const int at = row();
-                const QPainter::CompositionMode mode = blendModeOfEntry(random.bounded(13));
-                canvas.setLayerBlendMode(at, mode);
-                expected.modes[at] = int(mode);
+                layers[at].mode = int(blendModeOfEntry(random.bounded(13)));
+                canvas.setLayerBlendMode(at, QPainter::CompositionMode(layers[at].mode));
             }
             break;
-        case 5:
-            if (count > 1) {
-                const int from = row();
-                const int to = row();
-                canvas.moveLayer(from, to);
-                expected.names.move(from, to), expected.visible.move(from, to), expected.modes.move(from, to);
-                expected.opacities.move(from, to), expected.images.move(from, to);
-            }
+        case 5: {
+            const int to = row();
+            if (count > 1 && canvas.moveLayer(at, to))
+                layers.move(at, to);
             break;
+        }
         case 6:
             stroke(expected);
             break;
         case 7: {
             const bool horizontal = random.bounded(2);
             canvas.flip(horizontal, !horizontal);
-            for (QImage &image : expected.images)
-                image = image.mirrored(horizontal, !horizontal);
+            for (LayerState &layer : layers)
+                layer.image = layer.image.mirrored(horizontal, !horizontal);
             break;
         }
         default:
@@ -822,10 +816,12 @@ struct Runner
             expected.format = format;
             break;
         }
-        case 12:
-            canvas.resize(QSize(3 + random.bounded(14), 3 + random.bounded(14)), ImageResizeFilter(random.bounded(2)));
-            expected.size = canvas.size();
+        case 12: {
+            const QSize size(3 + random.bounded(14), 3 + random.bounded(14));
+            canvas.resize(size, ImageResizeFilter(random.bounded(2)));
+            expected.size = size;
             break;
+        }
         case 13:
             if (random.bounded(2) ? canvas.mergeVisible() : canvas.mergeAll())
                 expected = snapshot(canvas);
@@ -833,12 +829,12 @@ struct Runner
         }
         // The pixels of the whole-picture edits are the business of their own tests; here
         // each must leave every layer on the canvas's size and format.
-        if (choice >= 8) {
-            expected.images = snapshot(canvas).images;
-            for (const QImage &image : qAsConst(expected.images)) {
-                QCOMPARE(image.size(), canvas.size());
-                QCOMPARE(image.format() == QImage::Format_Indexed8, canvas.format() == 0);
-            }
+        const Snapshot now = snapshot(canvas);
+        QCOMPARE(now.names(), expected.names());
+        for (int i = 0; i < now.layers.size(); ++i) {
+            expected.layers[i].image = now.layers.at(i).image;
+            QCOMPARE(now.layers.at(i).image.size(), canvas.size());
+            QCOMPARE(now.layers.at(i).image.format() == QImage::Format_Indexed8, canvas.format() == 0);
         }
     }
 };

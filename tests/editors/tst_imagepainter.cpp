@@ -126,7 +126,7 @@ private slots:
     void defaults();
     void drawPointPen_data();
     void drawPointPen();
-    void drawPointRespectsSelectionAndProtection();
+    void drawPointHonoursSelectionAndProtection();
     void drawLineSteps_data();
     void drawLineSteps();
     void drawLineProperties();
@@ -191,7 +191,7 @@ void ImagePainterTest::drawPointPen()
     }
 }
 
-void ImagePainterTest::drawPointRespectsSelectionAndProtection()
+void ImagePainterTest::drawPointHonoursSelectionAndProtection()
 {
     QImage image = blankIndexed(4, 4, 3);
     image.scanLine(1)[1] = 0;
