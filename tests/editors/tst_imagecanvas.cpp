@@ -70,6 +70,7 @@ private slots:
     void resizeCentres();
     void cropReportsOffset();
     void cropWithNothingToCut();
+    void rotateAndScaleFollowTheImageFunctions();
     void macroTexts_data();
     void macroTexts();
     void indexedCompositionMatchesReference_data();
@@ -328,6 +329,27 @@ void ImageCanvasTest::cropWithNothingToCut()
     QVERIFY(!canvas.crop(&offset));
     QCOMPARE(canvas.undoStack()->count(), 0);
     QCOMPARE(canvas.size(), QSize(6, 6));
+}
+
+void ImageCanvasTest::rotateAndScaleFollowTheImageFunctions()
+{
+    ImageCanvas canvas;
+    fillPalette(*canvas.palette(), 21);
+    QRandomGenerator random(21);
+    const QImage picture = indexedPicture(QSize(7, 4), *canvas.palette(), random, 256);
+    canvas.setImage(picture);
+    canvas.rotate(float(M_PI / 2), 3);
+    const QImage rotated = rotateImage(picture, float(M_PI / 2), 3);
+    QCOMPARE(canvas.size(), rotated.size());
+    QCOMPARE(raster(canvas, 0)->image(), rotated);
+    canvas.undoStack()->undo();
+    QCOMPARE(canvas.size(), QSize(7, 4));
+    QCOMPARE(raster(canvas, 0)->image(), picture);
+    canvas.resize(QSize(14, 10), NearestNeighborFilter);
+    QImage scaled = resizeImageNearest(picture, QSize(14, 10));
+    scaled.setColorTable(picture.colorTable());
+    QCOMPARE(canvas.size(), QSize(14, 10));
+    QCOMPARE(raster(canvas, 0)->image(), scaled);
 }
 
 void ImageCanvasTest::macroTexts_data()
