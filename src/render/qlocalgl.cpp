@@ -54,13 +54,12 @@ public:
         : m_context(QOpenGLContext::currentContext()), m_surface(m_context ? m_context->surface() : nullptr)
     {
     }
+    // A thread that had no context keeps the hidden one current: the next texture call
+    // then costs no switch, and anyone who draws makes their own context current first.
     ~CurrentContext()
     {
-        if (m_context && m_surface) {
+        if (m_context && m_surface && QOpenGLContext::currentContext() != m_context)
             m_context->makeCurrent(m_surface);
-        } else if (QOpenGLContext *current = QOpenGLContext::currentContext()) {
-            current->doneCurrent();
-        }
     }
 
 private:
@@ -220,7 +219,11 @@ void QLocalGL::reset(uint *id)
 
 bool QLocalGL::makeCurrent()
 {
-    return m_context && m_surface && m_context->makeCurrent(m_surface);
+    if (!m_context || !m_surface)
+        return false;
+    if (QOpenGLContext::currentContext() == m_context && m_context->surface() == m_surface)
+        return true;
+    return m_context->makeCurrent(m_surface);
 }
 
 void QLocalGL::upload(const QSize &size, int depth, const char *bytes, uint *id, bool palette)
@@ -274,6 +277,19 @@ void QLocalGL::_fromPalette(const RGBA *palette, uint *id)
     CurrentContext keep;
     if (!makeCurrent())
         return;
+    QOpenGLFunctions *f = m_context->functions();
+    if (*id && f->glIsTexture(*id)) {
+        // A palette swap: new colours into the name the palette has, with no new texture
+        // to allocate and set up.
+        f->glBindTexture(GL_TEXTURE_2D, *id);
+        f->glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+        f->glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 256, 1, GL_RGBA, GL_UNSIGNED_BYTE, palette);
+        f->glBindTexture(GL_TEXTURE_2D, 0);
+        f->glFinish();
+        ++uploadTotal;
+        byteTotal += 256 * 4;
+        return;
+    }
     upload(QSize(256, 1), 32, reinterpret_cast<const char *>(palette), id, true);
 }
 
