@@ -17,7 +17,7 @@ namespace Ovra {
 class OffScreenRenderWidgetPrivate
 {
 public:
-    bool createGL(RenderWidgetBase *q);
+    bool createGL();
     void destroyGL();
 
     QSize size;
@@ -31,7 +31,7 @@ public:
     QObject programOwner;
 };
 
-bool OffScreenRenderWidgetPrivate::createGL(RenderWidgetBase *)
+bool OffScreenRenderWidgetPrivate::createGL()
 {
     if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
         return false;
@@ -96,7 +96,7 @@ OffScreenRenderWidget::OffScreenRenderWidget(bool useOpenGL, QSize size)
     d->image = QImage(d->size, QImage::Format_RGBX8888);
     d->image.fill(Qt::white);
     if (useOpenGL) {
-        if (d->createGL(this))
+        if (d->createGL())
             m_glState = &d->gl;
         else
             d->destroyGL();

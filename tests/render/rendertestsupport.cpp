@@ -52,7 +52,7 @@ bool texel(const Shading &shading, int x, int y, double rgba[4])
     return true;
 }
 
-// Shades and blends one sample into the pixel; false if the fragment is discarded.
+// Shades and blends one sample into the pixel; a discarded fragment leaves it as it is.
 void shadeInto(QRgb &pixel, const Shading &shading, const double in[4])
 {
     const bool indexed = shading.image->format() == QImage::Format_Indexed8;

@@ -369,6 +369,7 @@ void RenderSceneTest::texturesFromWorkerThreads()
         bool onWorker;
     };
     const QImage image = m_indexed;
+    fillPalette(m_colours, false);
     const RGBA *colours = m_colours;
     QThread *gui = QThread::currentThread();
     QFutureWatcher<Made> watcher;
