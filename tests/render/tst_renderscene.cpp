@@ -367,6 +367,7 @@ void RenderSceneTest::texturesFromWorkerThreads()
         Texture *sprite;
         Texture *palette;
         bool onWorker;
+        bool workerHasContext;
     };
     const QImage image = m_indexed;
     fillPalette(m_colours, false);
@@ -375,13 +376,16 @@ void RenderSceneTest::texturesFromWorkerThreads()
     QFutureWatcher<Made> watcher;
     QSignalSpy finished(&watcher, &QFutureWatcher<Made>::finished);
     watcher.setFuture(QtConcurrent::run([image, colours, gui] {
-        return Made{new Texture(image), new Texture(colours), QThread::currentThread() != gui};
+        auto *sprite = new Texture(image);
+        auto *palette = new Texture(colours);
+        return Made{sprite, palette, QThread::currentThread() != gui, QOpenGLContext::currentContext() != nullptr};
     }));
     // The worker asks the GUI thread for its surface: the event loop has to run meanwhile.
     QVERIFY(finished.wait(20000));
     const Made made = watcher.result();
     std::unique_ptr<Texture> sprite(made.sprite), palette(made.palette);
     QVERIFY(made.onWorker);
+    QVERIFY2(made.workerHasContext, "desktop GL: the worker uploads in a context of its own");
     QVERIFY(sprite->glId() != 0);
     QVERIFY(palette->glId() != 0);
 
