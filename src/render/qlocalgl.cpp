@@ -277,19 +277,6 @@ void QLocalGL::_fromPalette(const RGBA *palette, uint *id)
     CurrentContext keep;
     if (!makeCurrent())
         return;
-    QOpenGLFunctions *f = m_context->functions();
-    if (*id && f->glIsTexture(*id)) {
-        // A palette swap: new colours into the name the palette has, with no new texture
-        // to allocate and set up.
-        f->glBindTexture(GL_TEXTURE_2D, *id);
-        f->glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-        f->glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 256, 1, GL_RGBA, GL_UNSIGNED_BYTE, palette);
-        f->glBindTexture(GL_TEXTURE_2D, 0);
-        f->glFinish();
-        ++uploadTotal;
-        byteTotal += 256 * 4;
-        return;
-    }
     upload(QSize(256, 1), 32, reinterpret_cast<const char *>(palette), id, true);
 }
 
