@@ -1,0 +1,7 @@
+#include "editors/animation/timeline.h"
+
+namespace Ovra {
+
+TimeLine::~TimeLine() = default;
+
+} // namespace Ovra
