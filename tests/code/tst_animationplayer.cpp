@@ -94,6 +94,9 @@ const QVector<Case> &cases()
         {"one frame", {7}, 0},
         {"negative delay", {3, 2, -1, 4}, 1},
         {"negative first", {-5, 2}, 0},
+        {"one frame held", {-1}, 0},
+        {"held behind the loop", {2, 3, -4}, 1},
+        {"no delay before the held", {2, 0, -1}, 0},
         {"long delays", {60, 1, 120}, 1},
     };
     return list;

@@ -5,6 +5,7 @@
 #include "editors/animation/timelinewidget.h"
 #include "editors/animation/timesource.h"
 
+#include <QElapsedTimer>
 #include <QMap>
 #include <QSignalSpy>
 #include <QTimer>
@@ -139,6 +140,7 @@ private slots:
     void markerDragScrollsPastTheEdges();
     void markerShowsTheResizeCursor();
     void paintsBlocksAndMarker();
+    void realClockKeepsTheFractions();
 };
 
 void TimeLineTest::startsStopped()
@@ -595,6 +597,33 @@ void TimeLineTest::paintsBlocksAndMarker()
     QCOMPARE(f.widget.firstTick(), 40);
     const QImage later = f.widget.grab().toImage();
     QVERIFY(later.pixelColor(xOf(f.widget, 41), y).blue() > later.pixelColor(xOf(f.widget, 41), y).red() + 20);
+}
+
+// The readings of the real clock add up to the time that passed: restarting a timer for
+// each would drop the part of a millisecond of every reading, and read 0 a thousand times
+// a millisecond apart from nothing.
+void TimeLineTest::realClockKeepsTheFractions()
+{
+    ElapsedTimeSource source;
+    QCOMPARE(source.restart(), qint64(0)); // never started: no time
+    // Started around the source's start, so that however the test is held up, the time
+    // the source saw lies between what the two saw.
+    QElapsedTimer outer, inner;
+    outer.start();
+    source.start();
+    inner.start();
+    qint64 sum = 0;
+    qint64 before = 0;
+    int readings = 0;
+    while (before < 30 || readings < 1000) {
+        before = inner.elapsed();
+        const qint64 ms = source.restart();
+        QVERIFY(ms >= 0);
+        sum += ms;
+        ++readings;
+    }
+    const qint64 after = outer.elapsed();
+    QVERIFY2(sum >= before - 1 && sum <= after, qPrintable(QStringLiteral("%1 in %2 to %3").arg(sum).arg(before).arg(after)));
 }
 
 QTEST_MAIN(TimeLineTest)
