@@ -157,7 +157,7 @@ void TimeLineWidget::addTimeLine(TimeLine *timeLine)
     if (!timeLine)
         return;
     Interface *host = Interface::instance();
-    d->rulerHeight = host ? host->scaleToDPI(20) : 20;
+    d->rulerHeight = std::max(0, host ? host->scaleToDPI(20) : 20);
     d->timeLines.append(timeLine);
     setFixedHeight(d->rulerHeight + d->timeLines.size() * d->laneHeight);
     update();
