@@ -94,8 +94,7 @@ void report(benchmark::State &state, const char *what, const Periods &periods)
                 what, periods.ticks, periods.mean, off, Ideal, periods.p99);
 }
 
-// Runs the event loop for the benchmark's seconds, repainting `load` at each moment
-// recorded by `record`.
+// Runs the event loop for the benchmark's seconds; the timers under test fire in it.
 void runLoop(double duration)
 {
     QEventLoop loop;
