@@ -70,10 +70,14 @@ void GraphicsRendererPrivate::renderGuides(QPainter &painter)
 {
     if (!guidesVisible)
         return;
-    painter.setPen(QPen(QColor(0, 255, 255, 255), penWidth()));
+    // Lines of the pen's width centred on the guide, filled as rectangles: the GL paint
+    // engine rasterises aliased lines a pixel off the raster one, and the guides must
+    // stand on the same pixel on both roads.
+    const QColor cyan(0, 255, 255, 255);
+    const int n = penWidth();
     const QPoint at = guideScreenPosition();
-    painter.drawLine(at.x(), 0, at.x(), viewSize.height());
-    painter.drawLine(0, at.y(), viewSize.width(), at.y());
+    painter.fillRect(QRect(at.x() - n / 2, 0, n, viewSize.height()), cyan);
+    painter.fillRect(QRect(0, at.y() - n / 2, viewSize.width(), n), cyan);
 }
 
 void GraphicsRendererPrivate::renderOnionSkin(QPainter &painter)
@@ -143,11 +147,12 @@ void GraphicsRendererPrivate::renderContactBoxSizers(QPainter &painter)
 {
     if (clickMode == GraphicsRenderer::DrawContactBoxMode || !boxesSelected)
         return;
-    painter.setPen(QPen(Qt::gray, 1, Qt::SolidLine));
-    painter.setBrush(QBrush(Qt::white, Qt::SolidPattern));
-    for (const QRect &handle : handleRects(selectionScreenRect()))
-        painter.drawRect(handle.adjusted(0, 0, -1, -1));
-    painter.setBrush(Qt::NoBrush);
+    // A grey outline of one pixel round a white face, filled rather than stroked so that
+    // both roads put it on the same pixels.
+    for (const QRect &handle : handleRects(selectionScreenRect())) {
+        painter.fillRect(handle, Qt::gray);
+        painter.fillRect(handle.adjusted(1, 1, -1, -1), Qt::white);
+    }
 }
 
 void GraphicsRendererPrivate::renderRulers(QPainter &painter)

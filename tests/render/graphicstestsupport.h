@@ -144,6 +144,16 @@ public:
         GraphicsRenderer::render(painter);
     }
 
+    // Makes the textures of the sprites' colours and of the onion frame. Textures are made
+    // in the hidden context of the thread, so this happens before painting, not during it.
+    void prepareTextures()
+    {
+        auto *sprites = static_cast<TestSprites *>(spriteProvider());
+        for (int i = 0; sprites && i < sprites->colours.size(); ++i)
+            textureOf(sprites->colours.at(i));
+        textureOf(onionColour);
+    }
+
     int renders = 0;
     float depth = 0; // the off-screen GL view looks at -4000
     QColor onionColour = QColor(120, 120, 120);
@@ -173,23 +183,28 @@ private:
     }
     void drawPacket(const QRectF &rect, const QColor &colour, float opacity, quint8 effect)
     {
-        std::unique_ptr<Ovra::Texture> &texture = m_textures[colour.rgba()];
-        if (!texture) {
-            QImage image(4, 4, QImage::Format_ARGB32);
-            image.fill(colour);
-            texture.reset(new Ovra::Texture(image));
-        }
+        const Ovra::Texture *texture = m_textures.count(colour.rgba()) ? m_textures.at(colour.rgba()).get() : nullptr;
         RenderPacket packet;
         QMatrix4x4 model;
         model.translate(float(rect.x()), float(rect.y()), depth);
         model.scale(float(rect.width() / 4.0), float(rect.height() / 4.0));
-        if (!glRenderPacket(packet, model, texture.get(), nullptr))
+        if (!glRenderPacket(packet, model, texture, nullptr))
             return;
         packet.opacity = opacity;
         packet.effect = effect;
         glSetBlend(true);
         glSetBlendFunction(One, OneMinusSourceAlpha);
         glDrawImage(packet);
+    }
+
+    void textureOf(const QColor &colour)
+    {
+        std::unique_ptr<Ovra::Texture> &texture = m_textures[colour.rgba()];
+        if (!texture) {
+            QImage image(4, 4, QImage::Format_ARGB32);
+            image.fill(colour);
+            texture.reset(new Ovra::Texture(image));
+        }
     }
 
     std::map<QRgb, std::unique_ptr<Ovra::Texture>> m_textures;
