@@ -48,6 +48,7 @@ private slots:
     void zoomFitPicksLevel_data();
     void zoomFitPicksLevel();
     void zoomFitWithNothingToFit();
+    void zoomFitTakesTheOnionFrame();
     void zoomFitWithNoSmallerValue();
     void backgroundByGameSize_data();
     void backgroundByGameSize();
@@ -62,6 +63,9 @@ private slots:
     void clickModes();
     void boxKeys();
     void boxContainerFollows();
+    void renderOrder_data();
+    void renderOrder();
+    void boxHatches();
 
 private:
     void makeHitScene(TestCanvas &canvas, TestSprites &sprites, MemoryBoxes &attack, MemoryBoxes &collision);
@@ -282,6 +286,27 @@ void GraphicsRendererTest::zoomFitWithNothingToFit()
     canvas.zoomFit();
     QVERIFY(canvas.zoomLevel() != 7);
     m_widget->setRenderer(nullptr);
+}
+
+// The onion frame counts only while it is on; placed like the wide sprite above, it gives
+// the same level and origin.
+void GraphicsRendererTest::zoomFitTakesTheOnionFrame()
+{
+    GraphicsRenderer::setOrigin(QPoint(0, 0));
+    OffScreenRenderWidget widget(false, QSize(430, 330));
+    TestCanvas canvas;
+    TestSprite onion(QSize(200, 50), QPoint(0, 0));
+    canvas.setOnionSkinSprite(&onion, QPoint(0, 0));
+    widget.setRenderer(&canvas);
+    canvas.zoomFit();
+    QCOMPARE(int(canvas.zoomLevel()), 3);
+    QCOMPARE(GraphicsRenderer::origin(), QPoint(0, 0));
+    canvas.setOnionSkin(true, GraphicsRenderer::OnionGrayscale, 0.25f);
+    QCOMPARE(canvas.onionEffect(), GraphicsRenderer::OnionGrayscale);
+    QCOMPARE(canvas.onionOpacity(), 0.25f);
+    canvas.zoomFit();
+    QCOMPARE(int(canvas.zoomLevel()), 4);
+    QCOMPARE(GraphicsRenderer::origin(), QPoint(88, 150));
 }
 
 void GraphicsRendererTest::zoomFitWithNoSmallerValue()
@@ -631,6 +656,98 @@ void GraphicsRendererTest::boxContainerFollows()
     QVERIFY(canvas.selectedContactBoxes().isEmpty());
     QVERIFY(canvas.appendContactBox(ContactBoxCode::BoxType(9), QRect(0, 0, 1, 1)) == nullptr);
     QVERIFY(canvas.boxes(ContactBoxCode::BoxType(9)).isEmpty());
+}
+
+void GraphicsRendererTest::renderOrder_data()
+{
+    QTest::addColumn<bool>("spriteOverGuides");
+    QTest::addColumn<bool>("contactOverCross");
+    QTest::newRow("guides and crosses on top") << false << false;
+    QTest::newRow("sprites over guides") << true << false;
+    QTest::newRow("boxes over the cross") << false << true;
+}
+
+// A red sprite crossed by the vertical guide, and a green cross of our own under a
+// collision box: which of them is seen says which was drawn last.
+void GraphicsRendererTest::renderOrder()
+{
+    QFETCH(bool, spriteOverGuides);
+    QFETCH(bool, contactOverCross);
+    QTemporaryDir dir;
+    QImage green(9, 9, QImage::Format_ARGB32);
+    green.fill(QColor(0, 200, 0));
+    const QString crossFile = dir.filePath(QStringLiteral("green.png"));
+    QVERIFY(green.save(crossFile));
+    GraphicsRenderer::setCrossHair(GraphicsRenderer::FileCrosses, crossFile, crossFile, crossFile);
+    GraphicsRenderer::setupContactBoxes(Qt::red, QColor(0, 0, 255), 1.0f);
+    GraphicsRenderer::setPriority(spriteOverGuides, contactOverCross);
+    TestCanvas canvas;
+    TestSprites sprites;
+    sprites.add(QPointF(-30, 30), QSizeF(40, 40), QColor(200, 0, 0), 1, QPointF(20, 20)); // (150..190, 160..200)
+    canvas.setSprites(&sprites);
+    MemoryBoxes collision(ContactBoxCode::Collision);
+    collision.append(QRect(-10, -10, 20, 20)); // (190..210, 140..160) over the cross at (196..204, 146..154)
+    canvas.setContactBoxes(ContactBoxCode::Collision, &collision);
+    canvas.setVisibility(true, false, false, true, true, false, true);
+    canvas.setGuideLines(QPoint(-30, 30)); // x 169, y 179
+    m_widget->setRenderer(&canvas);
+    m_widget->update();
+    const QImage shot = m_widget->output().convertToFormat(QImage::Format_RGB32);
+    QCOMPARE(shot.pixelColor(169, 190), spriteOverGuides ? QColor(200, 0, 0) : QColor(0, 255, 255));
+    if (contactOverCross)
+        QVERIFY(shot.pixelColor(200, 150) != QColor(0, 200, 0) && shot.pixelColor(200, 150).blue() > 100);
+    else
+        QCOMPARE(shot.pixelColor(200, 150), QColor(0, 200, 0));
+    m_widget->setRenderer(nullptr);
+}
+
+// Selected boxes are hatched in their line colour under the half-opaque fill: forward
+// diagonals for attack boxes, backward ones for collision boxes. Where the hatch is, the
+// pixel is the line colour exactly; elsewhere half of it over the background.
+void GraphicsRendererTest::boxHatches()
+{
+    GraphicsRenderer::setupContactBoxes(QColor(255, 0, 0), QColor(0, 0, 255), 1.0f);
+    TestCanvas canvas;
+    MemoryBoxes attack(ContactBoxCode::Attack), collision(ContactBoxCode::Collision);
+    attack.append(QRect(-100, -50, 40, 30));
+    collision.append(QRect(50, -50, 40, 30));
+    canvas.setContactBoxes(ContactBoxCode::Attack, &attack);
+    canvas.setContactBoxes(ContactBoxCode::Collision, &collision);
+    canvas.setVisibility(false, false, false, true, true, false, false);
+    m_widget->setRenderer(&canvas);
+    canvas.mousePressed(QPoint(120, 115), Qt::LeftButton, Qt::NoModifier);
+    canvas.mouseReleased(QPoint(120, 115), Qt::LeftButton, Qt::NoModifier);
+    canvas.mousePressed(QPoint(270, 115), Qt::LeftButton, Qt::ShiftModifier);
+    canvas.mouseReleased(QPoint(270, 115), Qt::LeftButton, Qt::ShiftModifier);
+    QCOMPARE(canvas.selectedContactBoxes().size(), 2);
+    m_widget->update();
+    const QImage shot = m_widget->output().convertToFormat(QImage::Format_RGB32);
+    shot.save(QCoreApplication::applicationDirPath() + QStringLiteral("/graphics-hatches.png"));
+    const struct { QRect inner; Qt::BrushStyle style; QColor line; } boxes[] = {
+        {QRect(101, 101, 38, 28), Qt::FDiagPattern, QColor(255, 0, 0)},
+        {QRect(251, 101, 38, 28), Qt::BDiagPattern, QColor(0, 0, 255)}};
+    for (const auto &box : boxes) {
+        QImage pattern(shot.size(), QImage::Format_RGB32);
+        pattern.fill(Qt::white);
+        QPainter painter(&pattern);
+        painter.fillRect(box.inner, QBrush(Qt::black, box.style));
+        painter.end();
+        int hatched = 0;
+        for (int y = box.inner.top(); y <= box.inner.bottom(); ++y) {
+            for (int x = box.inner.left(); x <= box.inner.right(); ++x) {
+                // The sizers of the selection (100, 100)..(290, 130) lie over the boxes.
+                const bool onSizer = (qAbs(x - 100) <= 3 || qAbs(x - 195) <= 3 || qAbs(x - 290) <= 3)
+                    && (qAbs(y - 100) <= 3 || qAbs(y - 115) <= 3 || qAbs(y - 130) <= 3);
+                if (onSizer)
+                    continue;
+                const bool inPattern = pattern.pixelColor(x, y) == QColor(Qt::black);
+                QCOMPARE(shot.pixelColor(x, y) == box.line, inPattern);
+                hatched += inPattern;
+            }
+        }
+        QVERIFY(hatched > 50);
+    }
+    m_widget->setRenderer(nullptr);
 }
 
 QTEST_MAIN(GraphicsRendererTest)

@@ -60,6 +60,8 @@ private slots:
     void dragAnchoredSprite();
     void dragBoxAndSizer_data();
     void dragBoxAndSizer();
+    void sizerCursors_data();
+    void sizerCursors();
     void drawBoxes_data();
     void drawBoxes();
     void captureColour_data();
@@ -325,6 +327,38 @@ void GraphicsRendererMouseTest::dragBoxAndSizer()
     QTest::mouseClick(widget, Qt::LeftButton, Qt::NoModifier, QPoint(280, 200));
     QVERIFY(m_canvas->selectedContactBoxes().isEmpty());
     QCOMPARE(m_canvas->hitTest(QPoint(190, 85)), int(GraphicsRenderer::HitNothing));
+}
+
+void GraphicsRendererMouseTest::sizerCursors_data()
+{
+    addBackEnds();
+    QTest::addColumn<QPoint>("point");
+    QTest::addColumn<int>("shape");
+    // The selected box covers (130..170, 60..80).
+    const QPoint points[8] = {{130, 60}, {150, 60}, {130, 70}, {170, 60}, {130, 80}, {150, 80}, {170, 80}, {170, 70}};
+    const Qt::CursorShape shapes[8] = {Qt::SizeFDiagCursor, Qt::SizeVerCursor, Qt::SizeHorCursor, Qt::SizeBDiagCursor,
+                                       Qt::SizeBDiagCursor, Qt::SizeVerCursor, Qt::SizeFDiagCursor, Qt::SizeHorCursor};
+    const char *names[8] = {"top left",    "top middle",    "middle left",  "top right",
+                            "bottom left", "bottom middle", "bottom right", "middle right"};
+    for (int i = 0; i < 8; ++i)
+        QTest::newRow(names[i]) << false << points[i] << int(shapes[i]);
+    QTest::newRow("inside") << false << QPoint(145, 66) << int(Qt::SizeAllCursor);
+    QTest::newRow("gl, bottom right") << true << QPoint(170, 80) << int(Qt::SizeFDiagCursor);
+}
+
+void GraphicsRendererMouseTest::sizerCursors()
+{
+    QFETCH(QPoint, point);
+    QFETCH(int, shape);
+    MemoryBoxes attack(ContactBoxCode::Attack);
+    attack.append(QRect(-20, -60, 40, 20));
+    m_canvas->setContactBoxes(ContactBoxCode::Attack, &attack);
+    QWidget *widget = show();
+    QVERIFY(widget);
+    QTest::mouseClick(widget, Qt::LeftButton, Qt::NoModifier, QPoint(150, 70));
+    QTest::mouseMove(widget, point);
+    QCOMPARE(int(widget->cursor().shape()), shape);
+    QVERIFY(m_canvas->hitTest(point) >= GraphicsRenderer::HitBox);
 }
 
 void GraphicsRendererMouseTest::drawBoxes_data()
