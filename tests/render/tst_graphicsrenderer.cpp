@@ -207,10 +207,13 @@ void GraphicsRendererTest::rescaleKeepsFixedPoint_data()
     QTest::addColumn<int>("mode");
     QTest::addColumn<QPoint>("origin");
     QTest::addColumn<QPointF>("crossAfter");
-    // From 1.0 to 2.0 with the origin at (100, 50) and a view-anchored cross at (300, 150).
-    QTest::newRow("about the origin") << 0 << QPoint(100, 50) << QPointF(500, 250);
-    QTest::newRow("about the centre") << 1 << QPoint(0, -50) << QPointF(400, 150);
-    QTest::newRow("other modes clamp to the centre") << 5 << QPoint(0, -50) << QPointF(400, 150);
+    QTest::addColumn<QRect>("boxAfter");
+    // From 1.0 to 2.0 with the origin at (100, 50), a view-anchored cross at (300, 150) and
+    // view-anchored boxes, whose own place starts at (0, 0), with a box at (10, 10, 5, 5).
+    QTest::newRow("about the origin") << 0 << QPoint(100, 50) << QPointF(500, 250) << QRect(-80, -30, 10, 10);
+    QTest::newRow("about the centre") << 1 << QPoint(0, -50) << QPointF(400, 150) << QRect(-180, -130, 10, 10);
+    QTest::newRow("other modes clamp to the centre") << 5 << QPoint(0, -50) << QPointF(400, 150)
+                                                     << QRect(-180, -130, 10, 10);
 }
 
 void GraphicsRendererTest::rescaleKeepsFixedPoint()
@@ -218,19 +221,27 @@ void GraphicsRendererTest::rescaleKeepsFixedPoint()
     QFETCH(int, mode);
     QFETCH(QPoint, origin);
     QFETCH(QPointF, crossAfter);
+    QFETCH(QRect, boxAfter);
     GraphicsRenderer::setZoomMode(GraphicsRenderer::ZoomMode(mode));
     GraphicsRenderer::setOrigin(QPoint(100, 50));
     TestCanvas canvas;
+    MemoryBoxes attack(ContactBoxCode::Attack);
+    attack.append(QRect(10, 10, 5, 5));
+    canvas.setContactBoxes(ContactBoxCode::Attack, &attack);
+    canvas.setItemPositionMode(GraphicsRenderer::ContactBoxes, GraphicsRenderer::AnchorView);
+    QCOMPARE(canvas.boxScreenRect(ContactBoxCode::Attack, 0), QRect(10, 10, 5, 5));
     m_widget->setRenderer(&canvas); // a 400 x 300 view: centre (200, 150)
     canvas.setItemPositionMode(GraphicsRenderer::SecondaryCross, GraphicsRenderer::AnchorView);
     canvas.setItemPosition(GraphicsRenderer::SecondaryCross, QPointF(300, 150));
     canvas.setZoomLevel(5);
     QCOMPARE(GraphicsRenderer::origin(), origin);
     QCOMPARE(canvas.itemPosition(GraphicsRenderer::SecondaryCross), crossAfter);
+    QCOMPARE(canvas.boxScreenRect(ContactBoxCode::Attack, 0), boxAfter);
     // And back: the origin returns to where it was, whole pixels being kept.
     canvas.setZoomLevel(3);
     QCOMPARE(GraphicsRenderer::origin(), QPoint(100, 50));
     QCOMPARE(canvas.itemPosition(GraphicsRenderer::SecondaryCross), QPointF(300, 150));
+    QCOMPARE(canvas.boxScreenRect(ContactBoxCode::Attack, 0), QRect(10, 10, 5, 5));
     m_widget->setRenderer(nullptr);
 }
 

@@ -232,6 +232,7 @@ void GraphicsRendererMouseTest::dragSprite_data()
     // The world delta is divided by the sprite's own scale.
     QTest::newRow("raster, sprite scale 2") << false << both << 2.0 << QPointF(22.5, 15);
     QTest::newRow("raster, fixed") << false << fixed << 1.0 << QPointF(20, 10);
+    QTest::newRow("gl, by delta") << true << (both | G::ReportDelta) << 1.0 << QPointF(25, 20);
 }
 
 void GraphicsRendererMouseTest::dragSprite()
@@ -261,7 +262,9 @@ void GraphicsRendererMouseTest::dragSprite()
         QCOMPARE(signalAt(moved, 0).type, int(GraphicsRenderer::SpriteItem));
         QCOMPARE(signalAt(moved, 0).index, 0);
         QCOMPARE(signalAt(released, 0).index, 0);
-        QCOMPARE(signalAt(released, 0).position, position.toPoint());
+        const bool byDelta = flags & GraphicsRenderer::ReportDelta;
+        QCOMPARE(signalAt(moved, 0).position, byDelta ? QPoint(5, 10) : position.toPoint());
+        QCOMPARE(signalAt(released, 0).position, byDelta ? QPoint() : position.toPoint());
     }
 }
 
