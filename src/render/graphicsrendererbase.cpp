@@ -1,0 +1,9 @@
+#include "graphicsrendererbase.h"
+
+namespace Ovra {
+
+GraphicsRendererBase::GraphicsRendererBase() = default;
+
+GraphicsRendererBase::~GraphicsRendererBase() = default;
+
+} // namespace Ovra
