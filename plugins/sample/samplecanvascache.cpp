@@ -11,6 +11,12 @@ using namespace Ovra;
 
 namespace {
 
+// A texture to make (again): none yet, or its GL name freed while GL was off.
+bool wanted(const std::unique_ptr<Texture> &texture, bool openGL)
+{
+    return openGL && Texture::isOpenGLEnabled() && (!texture || !texture->glId());
+}
+
 // Pixels alike, whatever the colour tables say: an indexed picture compares by indices.
 bool samePixels(const QImage &a, const QImage &b)
 {
@@ -65,9 +71,9 @@ SampleCanvasCache::SpriteEntry *SampleCanvasCache::entry(const Sprite *sprite, b
     // Pictures keep their textures across views that change roads; a texture missing
     // where GL wants one is made now.
     if (entry.checked == m_generation) {
-        if (openGL && !entry.picture.isNull() && !entry.texture)
+        if (!entry.picture.isNull() && wanted(entry.texture, openGL))
             entry.texture.reset(new Texture(entry.picture));
-        if (openGL && entry.paletteKey && !m_palettes[entry.paletteKey].texture)
+        if (entry.paletteKey && wanted(m_palettes[entry.paletteKey].texture, openGL))
             readPalette(sprite, entry.picture, entry, openGL);
         return entry.picture.isNull() ? nullptr : &entry;
     }
@@ -88,7 +94,7 @@ SampleCanvasCache::SpriteEntry *SampleCanvasCache::entry(const Sprite *sprite, b
         entry.shownVersion = 0;
         entry.effectedVersion = 0;
     }
-    if (openGL && !entry.texture)
+    if (wanted(entry.texture, openGL))
         entry.texture.reset(new Texture(entry.picture));
     if (image.format() == QImage::Format_Indexed8)
         readPalette(sprite, image, entry, openGL);
@@ -126,7 +132,7 @@ void SampleCanvasCache::readPalette(const Sprite *sprite, const QImage &image, S
             colors.texture.reset();
         }
     }
-    if (openGL && !colors.texture) {
+    if (wanted(colors.texture, openGL)) {
         RGBA entries[256];
         for (int i = 0; i < 256; ++i)
             entries[i] = RGBA(colors.colors.at(i));
