@@ -48,6 +48,22 @@ QImage silhouette(const QImage &shown, const QColor &colour)
     return shape;
 }
 
+// The picture with every channel times `factor`: what a sum is to add, where the painter's
+// opacity would mix the clamped sum back with the destination instead.
+QImage weighted(const QImage &picture, double factor)
+{
+    if (factor >= 1.0)
+        return picture;
+    QImage image = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const int weight = int(std::lround(qMax(0.0, factor) * 256));
+    for (int y = 0; y < image.height(); ++y) {
+        uchar *line = image.scanLine(y);
+        for (int x = 0; x < image.width() * 4; ++x)
+            line[x] = uchar((line[x] * weight + 128) >> 8);
+    }
+    return image;
+}
+
 } // namespace
 
 // ---- the sprites of the frames shown ---------------------------------------------------
@@ -310,8 +326,7 @@ void SampleCanvas::paint(QPainter &painter, const Sprite *sprite, const QRectF &
     case FrameCode::Blend::Addition:
         scaleDestination();
         painter.setCompositionMode(QPainter::CompositionMode_Plus);
-        painter.setOpacity(opacity * s);
-        painter.drawImage(0, 0, picture);
+        painter.drawImage(0, 0, weighted(picture, opacity * s));
         break;
     case FrameCode::Blend::Subtraction: {
         // dst - src is the inverse of (inverse dst + src): a difference against white
@@ -321,9 +336,7 @@ void SampleCanvas::paint(QPainter &painter, const Sprite *sprite, const QRectF &
         painter.setCompositionMode(QPainter::CompositionMode_Difference);
         painter.drawImage(0, 0, white);
         painter.setCompositionMode(QPainter::CompositionMode_Plus);
-        painter.setOpacity(opacity * s);
-        painter.drawImage(0, 0, picture);
-        painter.setOpacity(1.0);
+        painter.drawImage(0, 0, weighted(picture, opacity * s));
         painter.setCompositionMode(QPainter::CompositionMode_Difference);
         painter.drawImage(0, 0, white);
         break;

@@ -345,7 +345,8 @@ void SampleCanvasTest::spritesAtTheirPlace()
                           size.width() * scale.width() * zoom, size.height() * scale.height() * zoom);
     QCOMPARE(m_canvas->spriteRect(0), expected);
     QString where;
-    QCOMPARE(mismatches(view, colouredPicture(sprite), expected, quint8(flip), empty, plain, &where), 0);
+    QVERIFY2(mismatches(view, colouredPicture(sprite), expected, quint8(flip), empty, plain, &where) == 0,
+             qPrintable(where));
     // Around the picture the background shows, untouched.
     const QRect outside = expected.toAlignedRect().adjusted(-3, -3, 3, 3);
     for (const QPoint &corner : {outside.topLeft(), outside.bottomRight()})
@@ -418,8 +419,9 @@ void SampleCanvasTest::blends()
     QVERIFY(show(openGL));
     const QImage empty = background();
     QString where;
-    QCOMPARE(mismatches(grab(), colouredPicture(frame->sprite()), m_canvas->spriteRect(0), 0, empty, expected, &where),
-             0);
+    QVERIFY2(mismatches(grab(), colouredPicture(frame->sprite()), m_canvas->spriteRect(0), 0, empty, expected, &where)
+                 == 0,
+             qPrintable(where));
 }
 
 void SampleCanvasTest::onionAtItsOpacity_data()
@@ -461,7 +463,7 @@ void SampleCanvasTest::onionAtItsOpacity()
                     channel(bl * opacity + qBlue(b) * (1 - opacity)));
     };
     QString where;
-    QCOMPARE(mismatches(view, colouredPicture(onion), rect, 0, empty, expected, &where), 0);
+    QVERIFY2(mismatches(view, colouredPicture(onion), rect, 0, empty, expected, &where) == 0, qPrintable(where));
 }
 
 // Where both roads draw the same things, they draw them alike.
@@ -611,10 +613,14 @@ void SampleCanvasTest::screenshot()
     const QImage picture = grab();
     QVERIFY(picture.save(QCoreApplication::applicationDirPath() + QLatin1Char('/') + file));
 
-    // The boxes' edges in their colours, the sprite's colours where no box covers them.
-    QVERIFY(near(picture.pixel(attack.topLeft()), qRgb(230, 30, 30), 3));
+    // The boxes' edges in their colours, the selected one hatched in its full colour, the
+    // sprite's colours where no box covers them.
     const QRect body = m_canvas->boxScreenRect(ContactBoxCode::Collision, 0);
-    QVERIFY(near(picture.pixel(body.bottomLeft()), qRgb(30, 90, 230), 3));
+    QVERIFY(near(picture.pixel(body.left(), body.center().y()), qRgb(30, 90, 230), 3));
+    int hatched = 0;
+    for (int y = attack.top() + 3; y < attack.bottom() - 3; ++y)
+        hatched += near(picture.pixel(attack.center().x(), y), qRgb(230, 30, 30), 3) ? 1 : 0;
+    QVERIFY(hatched > 0);
     const QImage sprite = colouredPicture(frame->sprite());
     const QRectF rect = m_canvas->spriteRect(0);
     int matched = 0, opaque = 0;
