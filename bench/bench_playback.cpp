@@ -280,7 +280,25 @@ void repaint(benchmark::State &state, bool openGL)
         else
             raster->render(&frame);
     }
-    state.counters["sprites"] = canvas.frameSprites().count();
+    // Both roads must draw the same scene: the share of the view that the sprites change.
+    auto frameNow = [&] {
+        if (offScreen) {
+            offScreen->update();
+            return offScreen->output().convertToFormat(QImage::Format_RGB32);
+        }
+        raster->render(&frame);
+        return frame.convertToFormat(QImage::Format_RGB32);
+    };
+    const QImage with = frameNow();
+    canvas.showFrames({});
+    const QImage without = frameNow();
+    qint64 changed = 0;
+    for (int y = 0; y < with.height(); ++y) {
+        for (int x = 0; x < with.width(); ++x)
+            changed += with.pixel(x, y) != without.pixel(x, y);
+    }
+    state.counters["spriteShare"] = double(changed) / (double(with.width()) * with.height());
+    state.counters["sprites"] = double(work.animations->at(0)->frameCount());
     state.counters["cached"] = canvas.cachedSprites();
     if (offScreen)
         offScreen->setRenderer(nullptr);

@@ -16,6 +16,8 @@ using namespace Ovra;
 
 namespace {
 
+const float spriteDepth = -4000.0f;
+
 // Screen placement of a picture of `size` in `rect`, turned about `axis` (a screen point)
 // counter-clockwise by `angle` degrees. The painter also mirrors here; GL mirrors by UVs.
 QTransform placement(const QRectF &rect, QSize size, double angle, QPointF axis, quint8 flip, bool mirror)
@@ -261,7 +263,11 @@ void SampleCanvas::glDraw(const Sprite *sprite, const QRectF &rect, quint8 flip,
     if (!entry || !entry->texture || rect.isEmpty())
         return;
     const SampleCanvasCache::PaletteEntry *colors = m_cache->palette(*entry);
-    const QMatrix4x4 model(placement(rect, entry->picture.size(), angle, axis, flip, false));
+    QMatrix4x4 model(placement(rect, entry->picture.size(), angle, axis, flip, false));
+    // A depth that both the on-screen view (at -2000) and the off-screen one (at +2000)
+    // have between their near and far planes; the projection is orthographic, so it
+    // changes nothing else.
+    model(2, 3) = spriteDepth;
     RenderPacket packet;
     if (!glRenderPacket(packet, model, entry->texture.get(), colors ? colors->texture.get() : nullptr, flip))
         return;

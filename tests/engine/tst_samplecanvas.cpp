@@ -14,6 +14,7 @@
 #include "image/sprite.h"
 #include "project/project.h"
 #include "render/glrenderwidget.h"
+#include "render/offscreenrenderwidget.h"
 #include "render/renderwidget.h"
 #include "render/texture.h"
 #include "held.h"
@@ -145,6 +146,7 @@ private slots:
     void onionAtItsOpacity_data();
     void onionAtItsOpacity();
     void glAndRasterAgree();
+    void offScreenViews();
     void paletteEditIsOneUpload_data();
     void paletteEditIsOneUpload();
     void containerChangesDropTextures();
@@ -485,6 +487,34 @@ void SampleCanvasTest::glAndRasterAgree()
     QVERIFY(show(false));
     const QImage raster = grab();
     QVERIFY(largestDifference(gl, raster, area) <= 3);
+}
+
+// Off screen (as pictures are made for export) the GL view looks from the other side of
+// the scene; the sprites must show there too, as on the raster road.
+void SampleCanvasTest::offScreenViews()
+{
+    Frames frames(m_sprites);
+    FrameCode *frame = frames.frame(QStringLiteral("(10, 1) delay=1 flip=h"));
+    QVERIFY(frame);
+    m_canvas->showFrame(frame);
+    QImage pictures[2];
+    for (bool openGL : {true, false}) {
+        OffScreenRenderWidget view(openGL, viewSize);
+        view.setRenderer(m_canvas.get());
+        QCOMPARE(m_canvas->isOpenGL(), openGL);
+        view.update();
+        pictures[openGL] = view.output().convertToFormat(QImage::Format_RGB32);
+        m_canvas->frameSprites().item(0).visible = false;
+        view.update();
+        const QImage empty = view.output().convertToFormat(QImage::Format_RGB32);
+        m_canvas->frameSprites().item(0).visible = true;
+        QString where;
+        QVERIFY2(mismatches(pictures[openGL], colouredPicture(frame->sprite()), m_canvas->spriteRect(0),
+                            FrameCode::Horizontal, empty, plain, &where) == 0,
+                 qPrintable(where));
+        view.setRenderer(nullptr);
+    }
+    QVERIFY(largestDifference(pictures[0], pictures[1], m_canvas->spriteRect(0).toAlignedRect()) <= 3);
 }
 
 void SampleCanvasTest::paletteEditIsOneUpload_data()
