@@ -10,6 +10,7 @@
 //
 // Runs on a virtual X server (CTest uses xvfb-run): Qt's offscreen platform has no GL.
 #include "ratioreporter.h"
+#include "tickperiods.h"
 
 #include "animationdocument.h"
 #include "samplecanvas.h"
@@ -42,7 +43,6 @@ using namespace Ovra;
 
 namespace {
 
-constexpr double Ideal = 1000.0 / 60.0;
 const QSize viewSize(640, 480);
 const QSize loadSize(1024, 768);
 
@@ -89,39 +89,9 @@ public:
     }
 };
 
-double seconds()
+void report(benchmark::State &state, const char *what, const TickPeriods &periods, int shown)
 {
-    return qEnvironmentVariableIsSet("OVRA_PLAYBACK_SECONDS") ? qEnvironmentVariable("OVRA_PLAYBACK_SECONDS").toDouble()
-                                                                : 10.0;
-}
-
-struct Periods
-{
-    double mean = 0.0;
-    double p99 = 0.0;
-    size_t ticks = 0;
-};
-
-// From the moments of the ticks, in nanoseconds.
-Periods measure(const std::vector<qint64> &moments)
-{
-    Periods result;
-    if (moments.size() < 2)
-        return result;
-    result.ticks = moments.size() - 1;
-    result.mean = double(moments.back() - moments.front()) / 1e6 / double(result.ticks);
-    std::vector<double> deviations;
-    deviations.reserve(result.ticks);
-    for (size_t i = 1; i < moments.size(); ++i)
-        deviations.push_back(std::abs(double(moments[i] - moments[i - 1]) / 1e6 - Ideal));
-    std::sort(deviations.begin(), deviations.end());
-    result.p99 = deviations[std::min(deviations.size() - 1, size_t(double(deviations.size()) * 0.99))];
-    return result;
-}
-
-void report(benchmark::State &state, const char *what, const Periods &periods, int shown)
-{
-    const double off = (periods.mean - Ideal) / Ideal * 100.0;
+    const double off = (periods.mean - IdealTickMs) / IdealTickMs * 100.0;
     state.counters["mean_ms"] = periods.mean;
     state.counters["mean_off_%"] = off;
     state.counters["p99_dev_ms"] = periods.p99;
@@ -129,7 +99,7 @@ void report(benchmark::State &state, const char *what, const Periods &periods, i
     state.counters["frames_shown"] = shown;
     std::printf("%s: %zu ticks, mean period %.4f ms (%+.3f %% against %.4f ms), 99th percentile of the deviation "
                 "%.3f ms, %d frame changes\n",
-                what, periods.ticks, periods.mean, off, Ideal, periods.p99, shown);
+                what, periods.ticks, periods.mean, off, IdealTickMs, periods.p99, shown);
 }
 
 // The view of a road, shown and ready; null when the road can't be had here.
@@ -186,7 +156,7 @@ void playback(benchmark::State &state, bool openGL)
         timeLine.show();
         QApplication::processEvents();
         std::vector<qint64> moments;
-        moments.reserve(size_t(seconds() * 70));
+        moments.reserve(size_t(runSeconds("OVRA_PLAYBACK_SECONDS") * 70));
         int shown = 0;
         QElapsedTimer clock;
         clock.start();
@@ -202,13 +172,13 @@ void playback(benchmark::State &state, bool openGL)
         });
         timeLine.play();
         QEventLoop loop;
-        QTimer::singleShot(int(seconds() * 1000), &loop, &QEventLoop::quit);
+        QTimer::singleShot(int(runSeconds("OVRA_PLAYBACK_SECONDS") * 1000), &loop, &QEventLoop::quit);
         loop.exec();
         timeLine.stop();
         // The first moment is play's own report of the tick it starts from.
         if (!moments.empty())
             moments.erase(moments.begin());
-        report(state, openGL ? "playback on GL" : "playback on the raster road", measure(moments), shown);
+        report(state, openGL ? "playback on GL" : "playback on the raster road", measureTicks(moments), shown);
         if (auto *base = dynamic_cast<RenderWidgetBase *>(view.get()))
             base->setRenderer(nullptr);
     }

@@ -7,6 +7,7 @@
 #include "editors/animation/timelinewidget.h"
 
 #include "ratioreporter.h"
+#include "tickperiods.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -20,7 +21,6 @@
 
 namespace {
 
-constexpr double Ideal = 1000.0 / 60.0;
 
 // Blocks of 3 to 9 ticks back to back, as frames of an animation.
 class FramesLane : public Ovra::TimeLine
@@ -53,45 +53,15 @@ void fill(Ovra::TimeLineWidget &widget)
         widget.addTimeLine(new FramesLane(i));
 }
 
-double seconds()
+void report(benchmark::State &state, const char *what, const TickPeriods &periods)
 {
-    return qEnvironmentVariableIsSet("OVRA_TIMELINE_SECONDS") ? qEnvironmentVariable("OVRA_TIMELINE_SECONDS").toDouble()
-                                                                : 10.0;
-}
-
-struct Periods
-{
-    double mean = 0.0;
-    double p99 = 0.0;
-    size_t ticks = 0;
-};
-
-// From the moments of the ticks, in nanoseconds.
-Periods measure(const std::vector<qint64> &moments)
-{
-    Periods result;
-    if (moments.size() < 2)
-        return result;
-    result.ticks = moments.size() - 1;
-    result.mean = double(moments.back() - moments.front()) / 1e6 / double(result.ticks);
-    std::vector<double> deviations;
-    deviations.reserve(result.ticks);
-    for (size_t i = 1; i < moments.size(); ++i)
-        deviations.push_back(std::abs(double(moments[i] - moments[i - 1]) / 1e6 - Ideal));
-    std::sort(deviations.begin(), deviations.end());
-    result.p99 = deviations[std::min(deviations.size() - 1, size_t(double(deviations.size()) * 0.99))];
-    return result;
-}
-
-void report(benchmark::State &state, const char *what, const Periods &periods)
-{
-    const double off = (periods.mean - Ideal) / Ideal * 100.0;
+    const double off = (periods.mean - IdealTickMs) / IdealTickMs * 100.0;
     state.counters["mean_ms"] = periods.mean;
     state.counters["mean_off_%"] = off;
     state.counters["p99_dev_ms"] = periods.p99;
     state.counters["ticks"] = double(periods.ticks);
     std::printf("%s: %zu ticks, mean period %.4f ms (%+.3f %% against %.4f ms), 99th percentile of the deviation %.3f ms\n",
-                what, periods.ticks, periods.mean, off, Ideal, periods.p99);
+                what, periods.ticks, periods.mean, off, IdealTickMs, periods.p99);
 }
 
 // Runs the event loop for the benchmark's seconds; the timers under test fire in it.
@@ -112,7 +82,7 @@ void timeLinePlaying(benchmark::State &state)
         load.show();
         QApplication::processEvents();
         std::vector<qint64> moments;
-        moments.reserve(size_t(seconds() * 70));
+        moments.reserve(size_t(runSeconds("OVRA_TIMELINE_SECONDS") * 70));
         QElapsedTimer clock;
         clock.start();
         QObject::connect(&timeLine, &Ovra::TimeLineWidget::tickChanged, &load, [&](uint tick) {
@@ -121,11 +91,11 @@ void timeLinePlaying(benchmark::State &state)
             load.repaint();
         });
         timeLine.play();
-        runLoop(seconds());
+        runLoop(runSeconds("OVRA_TIMELINE_SECONDS"));
         timeLine.stop();
         // The first moment is play's own report of the tick it starts from.
         moments.erase(moments.begin());
-        report(state, "time line", measure(moments));
+        report(state, "time line", measureTicks(moments));
     }
 }
 
@@ -148,9 +118,9 @@ void plainTimer(benchmark::State &state)
             load.repaint();
         });
         timer.start(16);
-        runLoop(seconds());
+        runLoop(runSeconds("OVRA_TIMELINE_SECONDS"));
         timer.stop();
-        report(state, "plain 16 ms timer", measure(moments));
+        report(state, "plain 16 ms timer", measureTicks(moments));
     }
 }
 
