@@ -18,6 +18,7 @@
 #include "render/renderwidget.h"
 #include "render/texture.h"
 #include "held.h"
+#include "renderwindow.h"
 #include "testfiles.h"
 
 #include <QSignalSpy>
@@ -248,27 +249,8 @@ void bothRoads(const char *name, const Values &...values)
 bool SampleCanvasTest::show(bool openGL)
 {
     m_openGL = openGL;
-    if (openGL) {
-        auto *gl = new GLRenderWidget;
-        m_widget.reset(gl);
-        gl->resize(viewSize);
-        QSignalSpy initialized(gl, &GLRenderWidget::initialize);
-        gl->show();
-        if (!QTest::qWaitForWindowExposed(gl) || (initialized.isEmpty() && !initialized.wait(5000)))
-            return false;
-        gl->setRenderer(m_canvas.get());
-        if (!m_canvas->isOpenGL())
-            return false;
-    } else {
-        auto *raster = new RenderWidget;
-        m_widget.reset(raster);
-        raster->resize(viewSize);
-        raster->setRenderer(m_canvas.get());
-        raster->show();
-        if (!QTest::qWaitForWindowExposed(raster))
-            return false;
-    }
-    return m_canvas->viewSize() == viewSize;
+    m_widget = showRenderer(m_canvas.get(), openGL, viewSize);
+    return m_widget && m_canvas->isOpenGL() == openGL && m_canvas->viewSize() == viewSize;
 }
 
 QImage SampleCanvasTest::grab()

@@ -3,6 +3,7 @@
 // the box keys, and a picture of a whole scene through each road.
 #define QTEST_QPA_MOUSE_HANDLING // moves carry the held button, as the window system sends them
 #include "graphicstestsupport.h"
+#include "renderwindow.h"
 #include "rendertestsupport.h"
 
 #include "render/glrenderwidget.h"
@@ -117,27 +118,9 @@ QWidget *GraphicsRendererMouseTest::show()
 {
     QFETCH(bool, openGL);
     m_canvas->prepareTextures();
-    if (openGL) {
-        auto *gl = new GLRenderWidget;
-        m_widget.reset(gl);
-        gl->resize(viewSize);
-        QSignalSpy initialized(gl, &GLRenderWidget::initialize);
-        gl->show();
-        if (!QTest::qWaitForWindowExposed(gl) || (initialized.isEmpty() && !initialized.wait(5000)))
-            return nullptr;
-        gl->setRenderer(m_canvas.get());
-        if (!m_canvas->isOpenGL())
-            return nullptr;
-    } else {
-        auto *raster = new RenderWidget;
-        m_widget.reset(raster);
-        raster->resize(viewSize);
-        raster->setRenderer(m_canvas.get());
-        raster->show();
-        if (!QTest::qWaitForWindowExposed(raster))
-            return nullptr;
-    }
-    return m_canvas->viewSize() == viewSize ? m_widget.get() : nullptr;
+    m_widget = showRenderer(m_canvas.get(), openGL, viewSize);
+    const bool shown = m_widget && m_canvas->isOpenGL() == openGL && m_canvas->viewSize() == viewSize;
+    return shown ? m_widget.get() : nullptr;
 }
 
 #define BACK_END_ROWS(...)                                                                                     \
