@@ -5,6 +5,7 @@
 //
 // The GL half draws off screen on a virtual X server, as bench_render does: Qt's offscreen
 // platform has no GL.
+#include "graphicstestsupport.h" // the boxes a frame holds, kept in memory
 #include "ratioreporter.h"
 
 #include "code/contactboxcode.h"
@@ -39,43 +40,6 @@ QImage indexedSprite(int side)
     }
     return image;
 }
-
-class Box : public ContactBoxCode
-{
-public:
-    Box(BoxType type, const QRect &rect) : ContactBoxCode(QTextBlock(), nullptr), m_type(type), m_rect(rect) {}
-    BoxType boxType() const override { return m_type; }
-    QRect rect() const override { return m_rect; }
-    void setRect(const QRect &rect) override { m_rect = rect; }
-    QStringList propertyNames() const override { return {}; }
-    QVariant property(const QString &) const override { return QVariant(); }
-    void setProperty(const QString &, const QVariant &) override {}
-
-private:
-    BoxType m_type;
-    QRect m_rect;
-};
-
-class Boxes : public ContactBoxesCode
-{
-public:
-    explicit Boxes(ContactBoxCode::BoxType type) : m_type(type) {}
-    FrameCode *frame() const override { return nullptr; }
-    ContactBoxCode::BoxType boxType() const override { return m_type; }
-    uint count() const override { return uint(m_boxes.size()); }
-    ContactBoxCode *at(uint index) const override { return m_boxes.value(int(index)); }
-    ContactBoxCode *append(const QRect &rect) override
-    {
-        m_boxes << new Box(m_type, rect); // nodes live in their pool for the whole run
-        return m_boxes.last();
-    }
-    void remove(uint index) override { m_boxes.removeAt(int(index)); }
-    void clear() override { m_boxes.clear(); }
-
-private:
-    ContactBoxCode::BoxType m_type;
-    QList<ContactBoxCode *> m_boxes;
-};
 
 class Sprites : public GraphicsRenderer::SpriteProvider
 {
@@ -150,7 +114,7 @@ struct Scene
         picture = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
         QRandomGenerator random(5);
         for (int i = 0; i < boxCount; ++i) {
-            Boxes &boxes = i % 2 ? attack : collision;
+            MemoryBoxes &boxes = i % 2 ? attack : collision;
             boxes.append(QRect(random.bounded(-480, 440), random.bounded(-360, 340), random.bounded(8, 60),
                                random.bounded(8, 60)));
         }
@@ -181,8 +145,8 @@ struct Scene
     RGBA colours[256];
     QImage picture;
     Sprites sprites;
-    Boxes attack{ContactBoxCode::Attack};
-    Boxes collision{ContactBoxCode::Collision};
+    MemoryBoxes attack{ContactBoxCode::Attack};
+    MemoryBoxes collision{ContactBoxCode::Collision};
 };
 
 bool glAvailable()
