@@ -4,11 +4,13 @@
 #include "mainwindow_p.h"
 
 #include "codeeditors.h"
+#include "graphicseditors.h"
 #include "jobswidget.h"
 #include "optionsdialog.h"
 #include "studiohost.h"
 
 #include "editors/code/codeworkspace.h"
+#include "editors/graphics/graphicsworkspace.h"
 #include "editors/editor.h"
 #include "editors/extraeditor.h"
 #include "editors/workspace.h"
@@ -71,8 +73,11 @@ MainWindow::MainWindow(StudioHost *host, ProjectLocator *locator, QWidget *paren
     d->createStatusBar();
     d->createDocks();
     d->codeEditors = std::make_unique<CodeEditors>(host, d->centre);
+    d->graphicsEditors = std::make_unique<GraphicsEditors>(host, d->codeEditors.get(), d->centre);
+    d->createOrganizerDock();
     d->createViewMenu();
-    for (const auto &editor : d->codeEditors->editors()) {
+    d->graphicsEditors->workspace()->reconfig();
+    for (FileEditor *editor : host->editors()) {
         editor->reconfig();
         editor->restoreState();
     }
@@ -97,6 +102,7 @@ MainWindow::~MainWindow()
     // the workspace they draw into.
     d->switchProject(nullptr);
     d->host->setMainWidget(nullptr);
+    d->graphicsEditors.reset();
     d->codeEditors.reset();
 }
 
@@ -108,6 +114,11 @@ StudioHost *MainWindow::host() const
 CodeEditors *MainWindow::codeEditors() const
 {
     return d->codeEditors.get();
+}
+
+GraphicsEditors *MainWindow::graphicsEditors() const
+{
+    return d->graphicsEditors.get();
 }
 
 Project *MainWindow::project() const
@@ -229,12 +240,11 @@ void MainWindowPrivate::createViewMenu()
 {
     workspaceMenu = viewMenu->addMenu(MainWindow::tr("&Editors"));
     workspaceMenu->setObjectName(QStringLiteral("menu_editors"));
-    for (const auto &editor : codeEditors->editors()) {
+    for (FileEditor *editor : host->editors()) {
         QAction *action = editor->action();
-        if (!action)
-            continue;
         // The host switches to the editor when its action is triggered.
-        workspaceMenu->addAction(action);
+        if (action && !workspaceMenu->actions().contains(action))
+            workspaceMenu->addAction(action);
     }
     toolBarMenu = viewMenu->addMenu(MainWindow::tr("&Tool bars"));
     toolBarMenu->setObjectName(QStringLiteral("menu_toolbars"));
@@ -242,7 +252,7 @@ void MainWindowPrivate::createViewMenu()
     toolBarMenu->addAction(controlBar->toggleViewAction());
     dockMenu = viewMenu->addMenu(MainWindow::tr("&Docks"));
     dockMenu->setObjectName(QStringLiteral("menu_docks"));
-    for (QDockWidget *dock : {projectDock, messagesDock, sideDock, outputDock})
+    for (QDockWidget *dock : {projectDock, messagesDock, sideDock, organizerDock, outputDock})
         dockMenu->addAction(dock->toggleViewAction());
 }
 
@@ -263,6 +273,11 @@ void MainWindowPrivate::createStatusBar()
 void MainWindowPrivate::connectHost()
 {
     QObject::connect(host, &StudioHost::workspaceRequested, q, [this](Workspace *workspace) { showWorkspace(workspace); });
+    QObject::connect(host, &StudioHost::engineChanged, q, [this](Engine *engine) {
+        if (graphicsEditors)
+            graphicsEditors->engineChanged(engine);
+    });
+    QObject::connect(host, &StudioHost::editorActivated, q, [this](Editor *editor) { placeOrganizer(editor); });
     QObject::connect(host, &StudioHost::extraEditorRequested, q, [this](ExtraEditor *editor) { showExtraEditor(editor); });
     QObject::connect(host, &StudioHost::statusTextChanged, q, [this](int field, const QString &text) {
         if (field >= 0 && field < 3)
@@ -328,7 +343,7 @@ void MainWindow::saveSession()
     QSettings *settings = d->host->settings();
     settings->setValue(geometryKey, saveGeometry());
     settings->setValue(stateKey, saveState());
-    for (const auto &editor : d->codeEditors->editors())
+    for (FileEditor *editor : d->host->editors())
         editor->saveState();
     if (d->project) {
         settings->setValue(QStringLiteral("session/work"), d->project->fileName());

@@ -16,6 +16,7 @@ class QPlainTextEdit;
 class QStackedWidget;
 class QTreeView;
 class CodeEditors;
+class GraphicsEditors;
 class StudioHost;
 
 namespace Ovra {
@@ -34,6 +35,7 @@ public:
 
     StudioHost *host() const;
     CodeEditors *codeEditors() const;
+    GraphicsEditors *graphicsEditors() const;
     Ovra::Project *project() const;
 
     // Opens a work folder or a project file, after the work that is open has been closed.

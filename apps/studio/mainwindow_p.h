@@ -5,6 +5,7 @@
 #include "mainwindow.h"
 
 #include "codeeditors.h"
+#include "graphicseditors.h"
 
 #include <QList>
 #include <QPointer>
@@ -28,6 +29,7 @@ struct MainWindowPrivate
     StudioHost *host = nullptr;
     Ovra::ProjectLocator *locator = nullptr;
     std::unique_ptr<CodeEditors> codeEditors;
+    std::unique_ptr<GraphicsEditors> graphicsEditors;
     Ovra::Project *project = nullptr;
     QStringList openFiles;
 
@@ -50,6 +52,7 @@ struct MainWindowPrivate
     QDockWidget *projectDock = nullptr;
     QDockWidget *messagesDock = nullptr;
     QDockWidget *sideDock = nullptr;
+    QDockWidget *organizerDock = nullptr;
     QDockWidget *outputDock = nullptr;
     QTreeView *tree = nullptr;
     QTreeView *messages = nullptr;
@@ -71,12 +74,15 @@ struct MainWindowPrivate
 
     // mainwindowdocks.cpp
     void createDocks();
+    void createOrganizerDock();
     void setTreeModels();
     void treeActivated(const QModelIndex &index);
     // Makes the file's row the tree's current one, in view.
     void showInTree(Ovra::ProjectFile *file);
     void messageActivated(const QModelIndex &index);
     void showExtraEditor(Ovra::ExtraEditor *editor);
+    // The organizer's place follows the editor that works with it and the user's option.
+    void placeOrganizer(Ovra::Editor *active);
     void appendOutput(const QString &text);
 
     // mainwindowfile.cpp

@@ -7,6 +7,7 @@
 
 #include "editors/editor.h"
 #include "editors/extraeditor.h"
+#include "editors/organizer/organizereditor.h"
 #include "engine/script/script.h"
 #include "engine/script/scriptclasses.h"
 #include "foundation/filedialogs.h"
@@ -16,6 +17,7 @@
 #include "project/project.h"
 #include "project/projectfile.h"
 
+#include <QAction>
 #include <QDockWidget>
 #include <QFile>
 #include <QFileInfo>
@@ -90,6 +92,24 @@ void MainWindowPrivate::createDocks()
     outputDock = makeDock(q, QStringLiteral("dock_output"), MainWindow::tr("Script output"), output, Qt::BottomDockWidgetArea);
     q->tabifyDockWidget(messagesDock, outputDock);
     messagesDock->raise();
+}
+
+void MainWindowPrivate::createOrganizerDock()
+{
+    QWidget *list = graphicsEditors->organizer()->widget();
+    organizerDock = makeDock(q, QStringLiteral("dock_organizer"), MainWindow::tr("Organizer"), list, Qt::RightDockWidgetArea);
+    organizerDock->hide();
+    // Closing the dock is the user's answer for the editors that show it.
+    QObject::connect(organizerDock->toggleViewAction(), &QAction::triggered, q, [this](bool shown) {
+        host->setOption(QStringLiteral("show_organizer"), shown);
+    });
+}
+
+void MainWindowPrivate::placeOrganizer(Editor *active)
+{
+    // Only the editors of ordered lists show the organizer; they give it its list.
+    const bool uses = active && graphicsEditors && active == graphicsEditors->animationEditor();
+    organizerDock->setVisible(uses && host->option(QStringLiteral("show_organizer"), true).toBool());
 }
 
 void MainWindowPrivate::setTreeModels()

@@ -401,6 +401,7 @@ void StudioHost::setEngine(Engine *engine)
     if (engine == d->engine)
         return;
     d->engine = engine;
+    emit engineChanged(engine);
     for (FileEditor *editor : qAsConst(d->editors))
         editor->engineSwitched(engine != nullptr);
     for (ExtraEditor *editor : qAsConst(d->extras))
@@ -447,7 +448,12 @@ void StudioHost::addEditor(FileEditor *editor)
 
 void StudioHost::removeEditor(FileEditor *editor)
 {
-    d->editors.removeOne(editor);
+    if (!d->editors.removeOne(editor))
+        return;
+    // Editors may share an action (the text and the canvas editor of animation files): the
+    // one removed no longer answers it.
+    if (QAction *action = editor->action())
+        disconnect(action, nullptr, editor, nullptr);
     if (d->active == editor)
         activateEditor(nullptr);
 }

@@ -133,6 +133,9 @@ signals:
     void menuCreated(const QString &name, QMenu *menu);
     void controlAdded(const QString &name, QWidget *control);
     void currentProjectChanged(Ovra::Project *project);
+    // Before the editors hear of it, so that the window can put the engine's own editors
+    // in place.
+    void engineChanged(Ovra::Engine *engine);
     void projectsChanged();
     void restored();
     void reconfigured();
