@@ -67,6 +67,11 @@ const QList<OptionDefault> &optionDefaults()
         {"contact_over_cross", true},
         {"zoom_mode", 0},
         {"zoom_center", 1},
+        {"zoom_level", 5},
+        {"onion_effect", 1},
+        {"onion_opacity", 0.5},
+        {"show_organizer", true},
+        {"thumb_size", 64},
     };
     return table;
 }

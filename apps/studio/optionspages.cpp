@@ -338,6 +338,20 @@ public:
                  {{tr("Fine (from 25% to 600%)"), 0}, {tr("Coarse (from 25% to 1400%)"), 1}});
         addCombo(QStringLiteral("zoom_center"), tr("Zoom around:"),
                  {{tr("The origin"), 0}, {tr("The middle of the view"), 1}});
+        QList<Choice> levels;
+        const int percents[] = {25, 50, 75, 100, 150, 200, 225, 250, 275, 300, 350, 400, 450, 500, 550, 600};
+        for (int level = 0; level < 16; ++level)
+            levels.append({tr("%1%").arg(percents[level]), level});
+        addCombo(QStringLiteral("zoom_level"), tr("Zoom of a new view (fine steps):"), levels);
+
+        addSection(tr("Animations and sprites"));
+        addCombo(QStringLiteral("onion_effect"), tr("Onion skin:"),
+                 {{tr("Plain"), 0}, {tr("Grey"), 1}, {tr("Lighter"), 2}, {tr("Darker"), 3}});
+        addDouble(QStringLiteral("onion_opacity"), tr("Onion skin opacity:"), 0.0, 1.0, 0.05);
+        addCheck(QStringLiteral("show_organizer"), tr("Show the organizer beside the animation and sprite editors"));
+        addCombo(QStringLiteral("thumb_size"), tr("Sprite explorer pictures:"),
+                 {{tr("32 pixels"), 32}, {tr("48 pixels"), 48}, {tr("64 pixels"), 64}, {tr("96 pixels"), 96},
+                  {tr("128 pixels"), 128}});
     }
 
 private:
