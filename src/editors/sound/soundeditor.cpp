@@ -93,7 +93,9 @@ void SoundEditorPrivate::registerControl(const char *name, QObject *control)
 
 void SoundEditorPrivate::buildPanel()
 {
-    panel = new QWidget(workspace);
+    // The host lays the panel out beside the workspace; until then it has no parent, and
+    // the editor ends it.
+    panel = new QWidget;
     panel->setObjectName(QStringLiteral("snd_panel"));
     auto *layout = new QVBoxLayout(panel);
 
@@ -455,11 +457,16 @@ SoundEditor::SoundEditor(SoundWorkspace *workspace, int fileType)
     connect(workspace, &SoundWorkspace::sampleChanged, d, &SoundEditorPrivate::sampleChanged);
     connect(workspace, &SoundWorkspace::selectionChanged, d, &SoundEditorPrivate::selectionChanged);
     connect(workspace, &SoundWorkspace::currentSampleChanged, d, &SoundEditorPrivate::currSampleChanged);
+    // The history knows it is edited only once a step is on it, after the bytes changed.
+    connect(&workspace->audioData()->undoStack, &QUndoStack::cleanChanged, d, &SoundEditorPrivate::updateEnabling);
     d->toolChanged(workspace->currentTool());
     d->showSound(-1);
 }
 
-SoundEditor::~SoundEditor() = default;
+SoundEditor::~SoundEditor()
+{
+    delete d->panel.data();
+}
 
 QAction *SoundEditor::action() const
 {
@@ -627,7 +634,13 @@ void SoundEditor::paste()
     pasted.samples = quint32(uint(pasted.data.size()) / frameBytes);
     pasted.data.truncate(int(pasted.samples * frameBytes));
     const SoundSample &own = d->workspace->sound();
-    if (pasted.samples == 0 || !resampleSound(pasted, own))
+    if (pasted.samples == 0)
+        return;
+    // Frames of the sound's own shape go in as they are: the converter works through
+    // floats and would round 8- and 24-bit values that need no change at all.
+    const bool sameShape = pasted.channels == own.channels && pasted.bits == own.bits
+                           && pasted.frequency == own.frequency;
+    if (!sameShape && !resampleSound(pasted, own))
         return;
     uint start = 0, end = 0;
     d->workspace->selection(start, end);

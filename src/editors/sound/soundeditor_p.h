@@ -32,7 +32,6 @@ public:
     QLabel *makeLabel(const char *name, uint text);
     void registerControl(const char *name, QObject *control);
     void showSound(int index);
-    void updateEnabling();
     void applyEffect(int index);
     // Multiplies every value of the selection by the gain of its frame; the gain of
     // frame `i` of `n` comes from `gainOf`.
@@ -46,7 +45,7 @@ public:
     QPointer<Sounds> sounds;
     int current = -1;
     QAction *editorAction = nullptr;
-    QWidget *panel = nullptr;
+    QPointer<QWidget> panel;
     QComboBox *selector = nullptr;
     QLabel *positionLabel = nullptr;
     QLabel *infoLabel = nullptr;
@@ -107,6 +106,7 @@ public slots:
     void add();
     void remove();
     void countChanged();
+    void updateEnabling();
 };
 
 } // namespace Ovra
