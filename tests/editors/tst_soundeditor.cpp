@@ -715,7 +715,10 @@ void SoundEditorTest::screenshots()
     auto *layout = new QHBoxLayout(&window);
     m_ws->setParent(&window);
     layout->addWidget(m_ws.get(), 1);
-    layout->addWidget(m_editor->panel());
+    // Activating the editor lays its panel out beside the waveform.
+    m_editor->activate();
+    QCOMPARE(m_ws->sidePanel(), panel);
+    QCOMPARE(panel->parentWidget(), m_ws.get());
     window.resize(760, 300);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));

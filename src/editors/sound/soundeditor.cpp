@@ -491,6 +491,7 @@ int SoundEditor::fileType() const
 void SoundEditor::activate()
 {
     Editor::activate();
+    d->workspace->setSidePanel(d->panel);
     if (m_interface)
         m_interface->setWorkspace(d->workspace);
     d->updateStatus();
