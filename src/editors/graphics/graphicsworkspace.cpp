@@ -3,6 +3,7 @@
 
 #include "editors/animation/timelinewidget.h"
 #include "editors/graphics/exaxisdlg.h"
+#include "editors/graphics/viewicons_p.h"
 #include "engine/engine.h"
 #include "foundation/interface.h"
 #include "project/parentproject.h"
@@ -14,7 +15,6 @@
 #include <QCoreApplication>
 #include <QSplitter>
 #include <QToolBar>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace Ovra {
@@ -137,10 +137,10 @@ void GraphicsWorkspacePrivate::buildActions()
                 connect(action, &QAction::triggered, this, &GraphicsWorkspacePrivate::centerOrigin);
         }
         actions[i] = action;
-        if (i == CenterOrigin || i == ExtraCrossAction || i == GuidesAction)
+        if (i == MainCrossAction || i == RulersAction || i == AttackBoxAction)
             toolBar->addSeparator();
         toolBar->addAction(action);
-        showTextWithoutIcon(action);
+        giveIcon(action);
     }
 }
 
@@ -160,20 +160,17 @@ void GraphicsWorkspacePrivate::buildZoomActions()
         }
         zoomActions[i] = action;
         toolBar->addAction(action);
-        showTextWithoutIcon(action);
+        giveIcon(action);
     }
 }
 
-void GraphicsWorkspacePrivate::showTextWithoutIcon(QAction *action)
+void GraphicsWorkspacePrivate::giveIcon(QAction *action)
 {
-    auto *button = qobject_cast<QToolButton *>(toolBar->widgetForAction(action));
-    if (!button)
-        return;
     // A host without pictures (or with placeholders of a pixel or two) would leave a row
-    // of blank buttons; the words are better than nothing.
+    // of blank buttons, and the words are too wide for one row: our own drawings stand in.
     const QSize size = action->icon().actualSize(toolBar->iconSize());
     if (action->icon().isNull() || size.width() < 8 || size.height() < 8)
-        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+        action->setIcon(viewActionIcon(action->objectName()));
 }
 
 QVariant GraphicsWorkspacePrivate::option(const char *name) const

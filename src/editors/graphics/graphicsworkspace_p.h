@@ -41,8 +41,8 @@ public:
     void buildView();
     void buildActions();
     void buildZoomActions();
-    // A tool button shows its text when the host gave the action no picture worth showing.
-    void showTextWithoutIcon(QAction *action);
+    // Our own picture for an action the host gave none worth showing.
+    void giveIcon(QAction *action);
 
     QVariant option(const char *name) const;
     // With no project open, the default screen of the engines: 320 x 240.
