@@ -447,6 +447,8 @@ void GraphicsWorkspaceTest::clickOnRulersButton()
     QVERIFY(button);
     QVERIFY(button->isVisible());
     QVERIFY(!m_canvas->rulersVisible());
+    // The test host's icons are single pixels: the workspace drew its own, at full size.
+    QCOMPARE(m_host->action("view_rulers")->icon().actualSize(QSize(16, 16)), QSize(16, 16));
 
     QTest::mouseClick(button, Qt::LeftButton);
     QVERIFY(m_host->action("view_rulers")->isChecked());
