@@ -74,6 +74,7 @@ MainWindow::MainWindow(StudioHost *host, ProjectLocator *locator, QWidget *paren
     d->createDocks();
     d->codeEditors = std::make_unique<CodeEditors>(host, d->centre);
     d->graphicsEditors = std::make_unique<GraphicsEditors>(host, d->codeEditors.get(), d->centre);
+    d->soundEditors = std::make_unique<SoundEditors>(host, d->centre);
     d->createOrganizerDock();
     d->createViewMenu();
     d->graphicsEditors->workspace()->reconfig();
@@ -102,6 +103,7 @@ MainWindow::~MainWindow()
     // the workspace they draw into.
     d->switchProject(nullptr);
     d->host->setMainWidget(nullptr);
+    d->soundEditors.reset();
     d->graphicsEditors.reset();
     d->codeEditors.reset();
 }
@@ -119,6 +121,11 @@ CodeEditors *MainWindow::codeEditors() const
 GraphicsEditors *MainWindow::graphicsEditors() const
 {
     return d->graphicsEditors.get();
+}
+
+SoundEditors *MainWindow::soundEditors() const
+{
+    return d->soundEditors.get();
 }
 
 Project *MainWindow::project() const
@@ -258,8 +265,8 @@ void MainWindowPrivate::createViewMenu()
 
 void MainWindowPrivate::createStatusBar()
 {
-    const int widths[3] = {260, 180, 0};
-    for (int field = 0; field < 3; ++field) {
+    const int widths[4] = {260, 180, 0, 160};
+    for (int field = 0; field < 4; ++field) {
         statusFields[field] = new QLabel(q);
         statusFields[field]->setObjectName(QStringLiteral("status_%1").arg(field));
         statusFields[field]->setMinimumWidth(host->scaleToDPI(widths[field]));
@@ -280,7 +287,7 @@ void MainWindowPrivate::connectHost()
     QObject::connect(host, &StudioHost::editorActivated, q, [this](Editor *editor) { placeOrganizer(editor); });
     QObject::connect(host, &StudioHost::extraEditorRequested, q, [this](ExtraEditor *editor) { showExtraEditor(editor); });
     QObject::connect(host, &StudioHost::statusTextChanged, q, [this](int field, const QString &text) {
-        if (field >= 0 && field < 3)
+        if (field >= 0 && field < 4)
             statusFields[field]->setText(text);
     });
     QObject::connect(host, &StudioHost::controlAdded, q, [this](const QString &, QWidget *control) {

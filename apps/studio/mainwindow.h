@@ -17,6 +17,7 @@ class QStackedWidget;
 class QTreeView;
 class CodeEditors;
 class GraphicsEditors;
+class SoundEditors;
 class StudioHost;
 
 namespace Ovra {
@@ -36,6 +37,7 @@ public:
     StudioHost *host() const;
     CodeEditors *codeEditors() const;
     GraphicsEditors *graphicsEditors() const;
+    SoundEditors *soundEditors() const;
     Ovra::Project *project() const;
 
     // Opens a work folder or a project file, after the work that is open has been closed.

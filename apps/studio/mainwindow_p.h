@@ -6,6 +6,7 @@
 
 #include "codeeditors.h"
 #include "graphicseditors.h"
+#include "soundeditors.h"
 
 #include <QList>
 #include <QPointer>
@@ -30,12 +31,13 @@ struct MainWindowPrivate
     Ovra::ProjectLocator *locator = nullptr;
     std::unique_ptr<CodeEditors> codeEditors;
     std::unique_ptr<GraphicsEditors> graphicsEditors;
+    std::unique_ptr<SoundEditors> soundEditors;
     Ovra::Project *project = nullptr;
     QStringList openFiles;
 
     QStackedWidget *centre = nullptr;
     QLabel *emptyPage = nullptr;
-    QLabel *statusFields[3] = {nullptr, nullptr, nullptr};
+    QLabel *statusFields[4] = {nullptr, nullptr, nullptr, nullptr};
     QToolBar *fileBar = nullptr;
     QToolBar *controlBar = nullptr;
     QMenu *fileMenu = nullptr;

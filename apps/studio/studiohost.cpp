@@ -357,6 +357,9 @@ void StudioHost::activateEditor(Editor *editor)
         return;
     if (d->active)
         d->active->deactivate();
+    // What the editor before wrote in the status bar is no longer true.
+    for (int field : d->status.keys())
+        setStatusText(field, QString());
     d->active = editor;
     if (editor) {
         editor->activate();
