@@ -275,12 +275,19 @@ void ThumbnailsEditorPrivate::showActions(QAction **given)
             if (before == action)
                 continue;
             button->removeAction(before);
-            disconnect(before, &QObject::destroyed, button, nullptr);
+            disconnect(before, &QObject::destroyed, this, nullptr);
         }
         button->setDefaultAction(action);
         button->setVisible(action);
-        if (action)
-            connect(action, &QObject::destroyed, button, &QWidget::hide);
+        // The button drops its own connections to an action that goes, so the editor
+        // watches the action.
+        if (action) {
+            const QPointer<QToolButton> shown = button;
+            connect(action, &QObject::destroyed, this, [shown] {
+                if (shown)
+                    shown->hide();
+            });
+        }
     }
 }
 
