@@ -119,9 +119,10 @@ QVariant ThumbnailsModel::data(const QModelIndex &index, int role) const
         auto cached = m_cache.constFind(sprite);
         if (cached != m_cache.constEnd())
             return *cached;
-        const QPixmap pixmap = QPixmap::fromImage(thumbnail(sprite, m_size));
-        m_cache.insert(sprite, pixmap);
-        return pixmap;
+        // An icon, so that the view can tint the pictures of the chosen sprites.
+        const QIcon icon(QPixmap::fromImage(thumbnail(sprite, m_size)));
+        m_cache.insert(sprite, icon);
+        return icon;
     }
     default:
         return QVariant();

@@ -4,6 +4,7 @@
 
 #include <QAbstractListModel>
 #include <QHash>
+#include <QIcon>
 #include <QList>
 #include <QMetaObject>
 #include <QPixmap>
@@ -55,7 +56,7 @@ private:
 
     QPointer<Sprites> m_sprites;
     QList<QMetaObject::Connection> m_connections;
-    mutable QHash<const Sprite *, QPixmap> m_cache;
+    mutable QHash<const Sprite *, QIcon> m_cache;
     int m_size = 64;
 };
 
