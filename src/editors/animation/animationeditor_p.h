@@ -5,6 +5,7 @@
 // dialog).
 #include "code/animationplayer.h"
 #include "editors/animation/animationeditor.h"
+#include <QHash>
 #include <QObject>
 #include <QPointer>
 
@@ -18,13 +19,18 @@ class QSpinBox;
 namespace Ovra {
 
 class AnimEditTxt;
+class CodeNodeFile;
 class Interface;
+class Sprite;
 
 class AnimationEditorPrivate : public QObject
 {
     Q_OBJECT
 public:
     explicit AnimationEditorPrivate(AnimationEditor *editor);
+    // The one the editor uses: the private part keeps the editor's sprite place.
+    AnimationEditorPrivate(AnimationEditor *editor, GraphicsRenderer::SpriteProvider::Info &sprite,
+                           GraphicsRenderer::ItemType spriteItem);
     ~AnimationEditorPrivate() override;
 
     // --- animationeditor.cpp ---
@@ -48,6 +54,30 @@ public:
     void updateOnion();
     void setStatus(const QString &text);
     QString positionText() const;
+    QAction *actionNamed(const char *name) const;
+    // The current animation, frame and onion animation again from their rows, after a
+    // parse that may have replaced their nodes.
+    void refreshPointers();
+    void fillAnimationBox();
+    void fillFrameBox();
+    // The player on the current animation from its start, one tick primed (see tick).
+    void loadPlayer();
+    TimeLineWidget *timeLine() const;
+    void connectRenderer();
+    // The canvas, the panel and the time line in the graphics workspace, and back out.
+    void enterCanvas();
+    void leaveCanvas();
+    // The current frame's boxes to the canvas again; the canvas keeps the selection.
+    void syncBoxes();
+    // Writes the canvas's box rectangles that differ from their code, one undo step.
+    void writeBoxes();
+    void setFrameOffset(QPoint offset);
+    // Adds a frame for each sprite to the animation at `row`, one undo step.
+    void addFrames(int row, const QList<Sprite *> &list);
+    void newAnimation(const QList<Sprite *> &list);
+    // The file left its document while the editor showed it: the editor shows none.
+    void fileGone();
+    void rememberOnion();
 
     AnimationEditor *const q;
     Interface *const interface;
@@ -95,6 +125,24 @@ public:
     QDoubleSpinBox *angleField = nullptr;  // anim_frame_angle
     QLabel *onionLabel = nullptr;          // anim_onion_lb
     QPointer<AnimEditTxt> textEditor;
+
+    // The rows of the current animation and frame (-1 for none): the pointers above are
+    // found again from them after each change of the text.
+    int animationIndex = -1;
+    int frameIndex = -1;
+    // The onion skin's animation and frame rows of each file the editor showed.
+    QHash<const QObject *, QPoint> onionChoices;
+    QAction *editorAction = nullptr;
+    QHash<QString, QAction *> actions;
+    // Actions usable with any file, enabled by the editor itself.
+    QList<QAction *> fileActions;
+    // The file shown, as its document knows it.
+    CodeNodeFile *animationsFile = nullptr;
+    QMetaObject::Connection textConnection;
+    QMetaObject::Connection goneConnection;
+    QList<QMetaObject::Connection> canvasConnections;
+    // A box sync is waiting for the canvas to finish its own write.
+    bool boxSyncPending = false;
 
 public slots:
     // --- animationeditor.cpp ---

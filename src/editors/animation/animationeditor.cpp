@@ -1,0 +1,762 @@
+#include "editors/animation/animationeditor.h"
+#include "editors/animation/animationeditor_p.h"
+
+#include "code/animationcode.h"
+#include "code/animations.h"
+#include "code/codedocument.h"
+#include "code/framecode.h"
+#include "editors/animation/timelinewidget.h"
+#include "editors/code/codeworkspace.h"
+#include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/organizereditor.h"
+#include "editors/organizer/thumbnailseditor.h"
+#include "foundation/interface.h"
+#include "image/sprite.h"
+#include "render/renderer.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QSpinBox>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <cmath>
+
+namespace Ovra {
+namespace {
+
+// When an action may be used: always with a file, with a current animation, or with a
+// current frame. The host enables the last two by the editor's signals; the first the
+// editor enables itself, as its signal (noFile) says the opposite.
+enum Need { NeedFile, NeedAnimation, NeedFrame };
+
+struct ActionEntry
+{
+    const char *name;
+    uint text;
+    bool checkable;
+    const char *slot;
+    Need need;
+    // The group of buttons of the panel that shows it; -1 for none.
+    int group;
+};
+
+// Texts of the editor that the library's string table has no entry for: numbers above
+// the table's, read through AnimationStrings.
+const uint OwnTexts = 1000;
+const uint OnionAnimationText = OwnTexts + 0;
+const uint OnionFrameText = OwnTexts + 1;
+const uint OnionFindText = OwnTexts + 2;
+const uint AnimationLabelText = OwnTexts + 3;
+const uint FrameLabelText = 83;
+const uint EditorText = 51;
+
+// Panel groups: playback and frames, contact boxes, onion skin.
+const ActionEntry actionTable[] = {
+    {"anim_editcode", 52, true, SLOT(editCode(bool)), NeedFile, -1},
+    {"anim_add", 53, false, SLOT(add()), NeedFile, -1},
+    {"anim_delete", 54, false, SLOT(del()), NeedAnimation, -1},
+    {"anim_duplicate", 55, false, SLOT(duplicate()), NeedAnimation, -1},
+    {"anim_code", 56, false, SLOT(editAnimCode()), NeedAnimation, -1},
+    {"anim_save_gif", 57, false, SLOT(saveGIF()), NeedAnimation, -1},
+    {"anim_prev_anim", 95, false, SLOT(prevAnimation()), NeedAnimation, -1},
+    {"anim_next_anim", 96, false, SLOT(nextAnimation()), NeedAnimation, -1},
+    {"anim_optimize", 74, false, SLOT(optimize()), NeedFile, -1},
+    {"anim_export", 75, false, SLOT(exportTo()), NeedAnimation, -1},
+    {"anim_import", 76, false, SLOT(importFrom()), NeedFile, -1},
+    {"anim_import_proj", 77, false, SLOT(projImport()), NeedFile, -1},
+    {"anim_find", 100, false, SLOT(find()), NeedAnimation, -1},
+    {"anim_play", 58, true, SLOT(playChanged(bool)), NeedFrame, 0},
+    {"anim_stop", 59, false, SLOT(stopChanged()), NeedFrame, 0},
+    {"anim_prev_frame", 97, false, SLOT(prevFrame()), NeedFrame, 0},
+    {"anim_next_frame", 98, false, SLOT(nextFrame()), NeedFrame, 0},
+    {"anim_frame_add", 64, false, SLOT(frameAdd()), NeedAnimation, 0},
+    {"anim_frame_delete", 65, false, SLOT(frameDel()), NeedFrame, 0},
+    {"anim_frame_align", 82, false, SLOT(frameAlign()), NeedAnimation, 0},
+    {"anim_pos_left", 60, false, SLOT(axisLeft()), NeedFrame, 1},
+    {"anim_pos_right", 62, false, SLOT(axisRight()), NeedFrame, 1},
+    {"anim_pos_up", 61, false, SLOT(axisUp()), NeedFrame, 1},
+    {"anim_pos_down", 63, false, SLOT(axisDown()), NeedFrame, 1},
+    {"anim_frameall_offset", 80, false, SLOT(frameAllOffset()), NeedFrame, 1},
+    {"anim_frameall_time", 78, false, SLOT(frameAllTime()), NeedFrame, 1},
+    {"anim_frameall_flip", 79, false, SLOT(frameAllFlip()), NeedFrame, 1},
+    {"anim_frameall_scale", 81, false, SLOT(frameAllScale()), NeedFrame, 1},
+    {"anim_box_add_attack", 66, true, SLOT(boxAddAChanged(bool)), NeedFrame, 2},
+    {"anim_box_add_collision", 67, true, SLOT(boxAddCChanged(bool)), NeedFrame, 2},
+    {"anim_box_del", 68, false, SLOT(boxDel()), NeedFrame, 2},
+    {"anim_box_delall", 69, false, SLOT(boxDelAll()), NeedFrame, 2},
+    {"anim_box_delall_anim", 70, false, SLOT(boxDelAllAnim()), NeedFrame, 2},
+    {"anim_box_prev", 72, false, SLOT(boxPrev()), NeedFrame, 2},
+    {"anim_box_type", 71, false, SLOT(boxSwType()), NeedFrame, 2},
+    {"anim_box_allinst", 73, false, SLOT(boxAllInst()), NeedFrame, 2},
+    {"anim_onion_skin", 99, true, SLOT(onionSkinChanged(bool)), NeedAnimation, 3},
+    {"anim_onion_sel", OnionAnimationText, false, SLOT(onionSelect()), NeedAnimation, 3},
+    {"anim_onion_framesel", OnionFrameText, false, SLOT(onionFrameSelect()), NeedAnimation, 3},
+    {"anim_onion_find", OnionFindText, false, SLOT(onionFind()), NeedAnimation, 3},
+    // The sprite explorer shows these four; see the slots for what each makes.
+    {"anim_thumb_add", 208, false, SLOT(thumbAdd()), NeedAnimation, -1},
+    {"anim_thumb_add_all", 209, false, SLOT(thumbAddAll()), NeedAnimation, -1},
+    {"anim_thumb_new", 210, false, SLOT(thumbNew()), NeedFile, -1},
+    {"anim_thumb_new_all", 211, false, SLOT(thumbNewAll()), NeedFile, -1},
+};
+const int GroupCount = 4;
+
+// The library's table, and the few texts of this editor beyond it.
+class AnimationStrings : public QObject, public Translator
+{
+    Q_OBJECT
+public:
+    QString text(uint id) override
+    {
+        switch (id) {
+        case OnionAnimationText:
+            return tr("Onion skin animation...");
+        case OnionFrameText:
+            return tr("Onion skin frame...");
+        case OnionFindText:
+            return tr("Go to the onion skin frame");
+        case AnimationLabelText:
+            return tr("Animation:");
+        default:
+            return ovraTranslator()->text(id);
+        }
+    }
+    QString tip(uint id) override
+    {
+        switch (id) {
+        case OnionAnimationText:
+            return tr("Choose the animation the onion skin frame comes from");
+        case OnionFrameText:
+            return tr("Choose the onion skin frame");
+        case OnionFindText:
+            return tr("Show the onion skin frame as the current frame");
+        case AnimationLabelText:
+            return QString();
+        default:
+            return ovraTranslator()->tip(id);
+        }
+    }
+};
+
+AnimationStrings &strings()
+{
+    static AnimationStrings table;
+    return table;
+}
+
+template<class Box>
+Box *makeSpin(QWidget *parent, const char *name, double minimum, double maximum)
+{
+    auto *box = new Box(parent);
+    box->setObjectName(QString::fromLatin1(name));
+    box->setRange(typename std::conditional<std::is_same<Box, QSpinBox>::value, int, double>::type(minimum),
+                  typename std::conditional<std::is_same<Box, QSpinBox>::value, int, double>::type(maximum));
+    // A value counts when it is complete (Enter, focus out, arrows), not at each digit.
+    box->setKeyboardTracking(false);
+    box->setAccelerated(true);
+    return box;
+}
+
+} // namespace
+
+// ---- the private part: panel, actions, states --------------------------------------------
+
+AnimationEditorPrivate::AnimationEditorPrivate(AnimationEditor *editor, GraphicsRenderer::SpriteProvider::Info &sprite,
+                                               GraphicsRenderer::ItemType spriteItem)
+    : QObject(editor)
+    , q(editor)
+    , interface(Interface::instance())
+    , spriteInfo(sprite)
+    , spriteItem(spriteItem)
+{
+}
+
+AnimationEditorPrivate::~AnimationEditorPrivate() = default;
+
+void AnimationEditorPrivate::buildPanel()
+{
+    panel = new QWidget;
+    panel->setObjectName(QStringLiteral("anim_panel"));
+    // The workspace that shows the panel owns it then, and may end before the editor:
+    // the editor goes on without its widgets.
+    connect(panel, &QObject::destroyed, this, [this] {
+        disconnect(textConnection);
+        disconnect(goneConnection);
+        animations = nullptr;
+        animationsFile = nullptr;
+        animation = nullptr;
+        frame = nullptr;
+        player.change(nullptr, -1, true);
+        panel = nullptr;
+        animationBox = frameBox = flipField = nullptr;
+        animationLabel = frameLabel = positionLabel = onionLabel = nullptr;
+        xField = yField = timeField = nullptr;
+        xScaleField = yScaleField = angleField = nullptr;
+    });
+    auto *layout = new QVBoxLayout(panel);
+    auto *grid = new QGridLayout;
+    layout->addLayout(grid);
+
+    auto label = [this](const char *name, uint text) {
+        auto *widget = new QLabel(strings().text(text), panel);
+        widget->setObjectName(QString::fromLatin1(name));
+        return widget;
+    };
+    animationLabel = label("anim_sel_lb", AnimationLabelText);
+    animationBox = new QComboBox(panel);
+    animationBox->setObjectName(QStringLiteral("anim_sel"));
+    animationBox->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    animationBox->setMinimumContentsLength(12);
+    frameLabel = label("anim_frame_sel_lb", FrameLabelText);
+    frameBox = new QComboBox(panel);
+    frameBox->setObjectName(QStringLiteral("anim_frame_sel"));
+    positionLabel = new QLabel(panel);
+    positionLabel->setObjectName(QStringLiteral("anim_frame_lb"));
+    grid->addWidget(animationLabel, 0, 0);
+    grid->addWidget(animationBox, 0, 1);
+    grid->addWidget(frameLabel, 1, 0);
+    grid->addWidget(frameBox, 1, 1);
+    grid->addWidget(positionLabel, 2, 1);
+
+    xField = makeSpin<QSpinBox>(panel, "anim_frame_xaxis", -32768, 32767);
+    yField = makeSpin<QSpinBox>(panel, "anim_frame_yaxis", -32768, 32767);
+    // A negative time holds the frame for ever.
+    timeField = makeSpin<QSpinBox>(panel, "anim_frame_time", -1, 32767);
+    flipField = new QComboBox(panel);
+    flipField->setObjectName(QStringLiteral("anim_frame_flip"));
+    // In the order of the flip bits, so that the row is the frame's flags.
+    for (uint text : {87u, 89u, 88u, 90u})
+        flipField->addItem(strings().text(text));
+    xScaleField = makeSpin<QDoubleSpinBox>(panel, "anim_frame_xscale", -100.0, 100.0);
+    yScaleField = makeSpin<QDoubleSpinBox>(panel, "anim_frame_yscale", -100.0, 100.0);
+    angleField = makeSpin<QDoubleSpinBox>(panel, "anim_frame_angle", -360.0, 360.0);
+    for (QDoubleSpinBox *field : {xScaleField, yScaleField})
+        field->setSingleStep(0.1);
+    const struct
+    {
+        const char *name;
+        uint text;
+        QWidget *field;
+    } fields[] = {{"anim_frame_xaxis_lb", 84, xField},   {"anim_frame_yaxis_lb", 85, yField},
+                  {"anim_frame_time_lb", 94, timeField}, {"anim_frame_flip_lb", 86, flipField},
+                  {"anim_frame_xscale_lb", 91, xScaleField}, {"anim_frame_yscale_lb", 92, yScaleField},
+                  {"anim_frame_angle_lb", 93, angleField}};
+    int row = 3;
+    for (const auto &field : fields) {
+        QLabel *text = label(field.name, field.text);
+        text->setBuddy(field.field);
+        grid->addWidget(text, row, 0);
+        grid->addWidget(field.field, row++, 1);
+        if (interface)
+            interface->registerControl(QString::fromLatin1(field.name), text);
+    }
+    onionLabel = new QLabel(panel);
+    onionLabel->setObjectName(QStringLiteral("anim_onion_lb"));
+    onionLabel->setWordWrap(true);
+
+    connect(animationBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &AnimationEditorPrivate::selPosChanged);
+    connect(frameBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &AnimationEditorPrivate::frameSelPosChanged);
+    connect(xField, QOverload<int>::of(&QSpinBox::valueChanged), this, &AnimationEditorPrivate::frameXChanged);
+    connect(yField, QOverload<int>::of(&QSpinBox::valueChanged), this, &AnimationEditorPrivate::frameYChanged);
+    connect(timeField, QOverload<int>::of(&QSpinBox::valueChanged), this, &AnimationEditorPrivate::frameTimeChanged);
+    connect(flipField, QOverload<int>::of(&QComboBox::activated), this, &AnimationEditorPrivate::frameFlipChanged);
+    connect(xScaleField, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            &AnimationEditorPrivate::frameXScaleChanged);
+    connect(yScaleField, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            &AnimationEditorPrivate::frameYScaleChanged);
+    connect(angleField, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            &AnimationEditorPrivate::frameAngleChanged);
+
+    if (interface) {
+        const QList<QPair<const char *, QWidget *>> controls = {
+            {"anim_sel", animationBox},        {"anim_sel_lb", animationLabel}, {"anim_frame_sel", frameBox},
+            {"anim_frame_sel_lb", frameLabel}, {"anim_frame_lb", positionLabel}, {"anim_frame_xaxis", xField},
+            {"anim_frame_yaxis", yField},      {"anim_frame_time", timeField},   {"anim_frame_flip", flipField},
+            {"anim_frame_xscale", xScaleField}, {"anim_frame_yscale", yScaleField},
+            {"anim_frame_angle", angleField},  {"anim_onion_lb", onionLabel}};
+        for (const auto &control : controls)
+            interface->registerControl(QString::fromLatin1(control.first), control.second);
+    }
+}
+
+// Every action of the table through the host, or one of our own without a host; the
+// panel shows the grouped ones as buttons under the fields.
+void AnimationEditorPrivate::buildActions()
+{
+    QList<QGridLayout *> groups;
+    auto *layout = static_cast<QVBoxLayout *>(panel->layout());
+    for (int i = 0; i < GroupCount; ++i) {
+        auto *grid = new QGridLayout;
+        grid->setSpacing(2);
+        layout->addLayout(grid);
+        if (i == 3)
+            layout->addWidget(onionLabel);
+        groups << grid;
+    }
+    layout->addStretch(1);
+    const ActionScope scope{"anim", 0};
+    for (const ActionEntry &entry : actionTable) {
+        const char *enabling = entry.need == NeedFrame ? SIGNAL(frameEnabled(bool))
+                               : entry.need == NeedAnimation ? SIGNAL(enabled(bool))
+                                                             : nullptr;
+        QAction *action = interface ? interface->createAction(scope, QString::fromLatin1(entry.name), &strings(),
+                                                              entry.text, entry.checkable, this, entry.slot,
+                                                              nullptr, false)
+                                    : nullptr;
+        if (!action) {
+            action = new QAction(strings().text(entry.text), this);
+            action->setObjectName(QString::fromLatin1(entry.name));
+            action->setToolTip(strings().tip(entry.text));
+            action->setCheckable(entry.checkable);
+            connect(action, entry.checkable ? SIGNAL(toggled(bool)) : SIGNAL(triggered()), this, entry.slot);
+        }
+        // The editor's own signals carry the state whatever the host does with it.
+        if (enabling)
+            connect(q, enabling, action, SLOT(setEnabled(bool)));
+        else
+            fileActions << action;
+        action->setEnabled(false);
+        actions.insert(QString::fromLatin1(entry.name), action);
+        if (entry.group < 0)
+            continue;
+        auto *button = new QToolButton(panel);
+        button->setDefaultAction(action);
+        button->setObjectName(QString::fromLatin1(entry.name) + QStringLiteral("_button"));
+        button->setAutoRaise(true);
+        button->setToolButtonStyle(action->icon().isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
+        QGridLayout *grid = groups.at(entry.group);
+        const int columns = action->icon().isNull() ? 2 : 4;
+        const int count = grid->count();
+        grid->addWidget(button, count / columns, count % columns);
+    }
+}
+
+void AnimationEditorPrivate::makeActive()
+{
+    q->switchToThis();
+}
+
+QAction *AnimationEditorPrivate::actionNamed(const char *name) const
+{
+    return actions.value(QString::fromLatin1(name));
+}
+
+void AnimationEditorPrivate::setAnimations(Animations *list)
+{
+    disconnect(textConnection);
+    disconnect(goneConnection);
+    if (timeLine() && timeLine()->isPlaying())
+        stopChanged();
+    animations = list;
+    sprites = list ? q->spritesOf(list) : nullptr;
+    animationIndex = list && list->count() ? int(qMin(list->selected(), list->count() - 1)) : -1;
+    animation = nullptr;
+    frame = nullptr;
+    frameIndex = -1;
+    animationsFile = list;
+    if (list) {
+        if (CodeDocument *document = list->document()) {
+            textConnection = connect(document, &QTextDocument::contentsChanged, this, [this, document] {
+                // A file that leaves its document on its way out (its project closing under
+                // the editor) is dropped unread: its nodes may be gone already.
+                if (document->nodeFile(CodeNode::Animation, 0) != animationsFile) {
+                    fileGone();
+                    return;
+                }
+                updateFromText();
+            });
+        }
+        // The onion choices of a file end with it.
+        goneConnection = connect(list, &QObject::destroyed, this, [this](QObject *gone) {
+            if (gone == animations)
+                setAnimations(nullptr);
+        });
+        const QPoint choice = onionChoices.value(list, QPoint(-1, -1));
+        onion.selectedAnimation = choice.x();
+        onion.selectedFrame = choice.y();
+    } else {
+        onion.selectedAnimation = onion.selectedFrame = -1;
+    }
+    refreshPointers();
+    fillAnimationBox();
+    loadPlayer();
+    updateState();
+    showFrame();
+    reportAnimationChanged(true);
+    updateOnion();
+    q->animationCountChanged();
+}
+
+void AnimationEditorPrivate::fileGone()
+{
+    onionChoices.remove(animations);
+    disconnect(goneConnection);
+    // Not through setCurrentFile: that would ask the dying file for its models.
+    if (q->m_currentFile == static_cast<ProjectFile *>(animationsFile))
+        q->m_currentFile = nullptr;
+    setAnimations(nullptr);
+}
+
+// The current animation and frame again from their rows: a parse may have replaced the
+// nodes that the pointers named.
+void AnimationEditorPrivate::refreshPointers()
+{
+    const int count = animations ? int(animations->count()) : 0;
+    if (count == 0)
+        animationIndex = -1;
+    else
+        animationIndex = qBound(0, animationIndex, count - 1);
+    animation = animationIndex >= 0 ? animations->at(uint(animationIndex)) : nullptr;
+    const int frames = animation ? int(animation->frameCount()) : 0;
+    frameIndex = frames ? qBound(0, frameIndex < 0 ? int(animation->selectedFrame()) : frameIndex, frames - 1) : -1;
+    frame = frameIndex >= 0 ? animation->frameAt(uint(frameIndex)) : nullptr;
+    onion.animation = animations && onion.selectedAnimation >= 0 && onion.selectedAnimation < count
+        ? animations->at(uint(onion.selectedAnimation))
+        : nullptr;
+}
+
+void AnimationEditorPrivate::fillAnimationBox()
+{
+    if (!panel)
+        return;
+    QStringList names;
+    for (int i = 0; animations && i < int(animations->count()); ++i)
+        names << animations->at(uint(i))->displayName();
+    ++updating;
+    bool same = names.size() == animationBox->count();
+    for (int i = 0; same && i < names.size(); ++i)
+        same = animationBox->itemText(i) == names.at(i);
+    if (!same) {
+        animationBox->clear();
+        animationBox->addItems(names);
+    }
+    animationBox->setCurrentIndex(animationIndex);
+    fillFrameBox();
+    --updating;
+}
+
+void AnimationEditorPrivate::fillFrameBox()
+{
+    if (!panel)
+        return;
+    const int frames = animation ? int(animation->frameCount()) : 0;
+    ++updating;
+    if (frameBox->count() != frames) {
+        frameBox->clear();
+        for (int i = 0; i < frames; ++i)
+            frameBox->addItem(QString::number(i + 1));
+    }
+    frameBox->setCurrentIndex(frameIndex);
+    --updating;
+}
+
+void AnimationEditorPrivate::updateState()
+{
+    const bool hasFile = animations != nullptr;
+    for (QAction *action : qAsConst(fileActions))
+        action->setEnabled(hasFile);
+    emit q->noFile(!hasFile);
+    emit q->enabled(animation != nullptr);
+    emit q->frameEnabled(frame != nullptr);
+    if (!panel)
+        return;
+    animationBox->setEnabled(hasFile && animations->count() > 0);
+    frameBox->setEnabled(frame != nullptr);
+    for (QWidget *field : {static_cast<QWidget *>(xField), static_cast<QWidget *>(yField),
+                           static_cast<QWidget *>(timeField), static_cast<QWidget *>(flipField),
+                           static_cast<QWidget *>(xScaleField), static_cast<QWidget *>(yScaleField),
+                           static_cast<QWidget *>(angleField)})
+        field->setEnabled(frame != nullptr && !editCodeMode);
+    positionLabel->setText(positionText());
+}
+
+QString AnimationEditorPrivate::positionText() const
+{
+    if (!frame || !animation)
+        return tr("0 / 0");
+    return tr("%1 / %2 - %3 ticks").arg(frameIndex + 1).arg(animation->frameCount()).arg(frame->delay());
+}
+
+void AnimationEditorPrivate::fillFields()
+{
+    if (!panel)
+        return;
+    ++updating;
+    xField->setValue(frame ? frame->offsetX() : 0);
+    yField->setValue(frame ? frame->offsetY() : 0);
+    timeField->setValue(frame ? frame->delay() : 0);
+    flipField->setCurrentIndex(frame ? int(frame->flipFlags() & FrameCode::Both) : 0);
+    xScaleField->setValue(frame ? frame->scaleX() : 0.0);
+    yScaleField->setValue(frame ? frame->scaleY() : 0.0);
+    angleField->setValue(frame ? frame->angle() : 0.0);
+    --updating;
+}
+
+void AnimationEditorPrivate::setStatus(const QString &text)
+{
+    if (interface)
+        interface->setStatusText(0, text);
+}
+
+// ---- the editor ----------------------------------------------------------------------------
+
+AnimationEditor::AnimationEditor(CodeWorkspace *codeWorkspace, GraphicsWorkspace *graphicsWorkspace,
+                                 ThumbnailsEditor *thumbnails, GraphicsRenderer *renderer,
+                                 GraphicsRenderer::SpriteProvider::Info &sprite, GraphicsRenderer::ItemType spriteItem)
+    : CodeFileEditor(codeWorkspace, "animations")
+    , d(new AnimationEditorPrivate(this, sprite, spriteItem))
+{
+    d->codeWorkspace = codeWorkspace;
+    d->graphicsWorkspace = graphicsWorkspace;
+    d->thumbnails = thumbnails;
+    d->renderer = renderer;
+    d->buildPanel();
+    d->buildActions();
+    d->editorAction = m_interface ? m_interface->editorAction(QStringLiteral("editor_anim"), &strings(), EditorText)
+                                  : nullptr;
+    if (!d->editorAction) {
+        d->editorAction = new QAction(strings().text(EditorText), d);
+        d->editorAction->setObjectName(QStringLiteral("editor_anim"));
+    }
+    d->connectRenderer();
+    d->updateState();
+    d->fillFields();
+    d->updateOnion();
+}
+
+AnimationEditor::~AnimationEditor()
+{
+    // The panel may live in the workspace, which outlives the editor.
+    if (d->graphicsWorkspace && d->graphicsWorkspace->sidePanel() == d->panel)
+        d->graphicsWorkspace->setSidePanel(nullptr);
+    delete d->panel;
+}
+
+QAction *AnimationEditor::action() const
+{
+    return d->editorAction;
+}
+
+QWidget *AnimationEditor::widget()
+{
+    if (d->editCodeMode || !d->graphicsWorkspace)
+        return CodeFileEditor::widget();
+    return d->graphicsWorkspace->widget();
+}
+
+GraphicsWorkspace *AnimationEditor::graphicsWorkspace() const
+{
+    return d->graphicsWorkspace;
+}
+
+ThumbnailsEditor *AnimationEditor::thumbnails() const
+{
+    return d->thumbnails;
+}
+
+GraphicsRenderer *AnimationEditor::renderer() const
+{
+    return d->renderer;
+}
+
+TimeLineWidget *AnimationEditor::timeLine() const
+{
+    return d->timeLine();
+}
+
+QWidget *AnimationEditor::panel() const
+{
+    return d->panel;
+}
+
+Animations *AnimationEditor::animations() const
+{
+    return d->animations;
+}
+
+Sprites *AnimationEditor::sprites() const
+{
+    return d->sprites;
+}
+
+AnimationCode *AnimationEditor::currentAnimation() const
+{
+    return d->animation;
+}
+
+FrameCode *AnimationEditor::currentFrame() const
+{
+    return d->frame;
+}
+
+const AnimationPlayer &AnimationEditor::player() const
+{
+    return d->player;
+}
+
+void AnimationEditor::selectAnimation(int index)
+{
+    if (d->animations && index >= 0 && index < int(d->animations->count()))
+        d->animationBox->setCurrentIndex(index);
+}
+
+void AnimationEditor::selectFrame(int index)
+{
+    if (d->animation && index >= 0 && index < int(d->animation->frameCount()))
+        d->frameBox->setCurrentIndex(index);
+}
+
+void AnimationEditor::setEditCodeMode(bool on)
+{
+    if (d->editCodeMode == on)
+        return;
+    d->editCodeMode = on;
+    if (QAction *action = d->actionNamed("anim_editcode")) {
+        QSignalBlocker blocker(action);
+        action->setChecked(on);
+    }
+    if (isActive()) {
+        // The code and the canvas take turns in the host's main area.
+        if (on) {
+            d->leaveCanvas();
+            CodeFileEditor::activate();
+        } else {
+            CodeFileEditor::deactivate();
+            FileEditor::activate();
+            d->enterCanvas();
+        }
+    }
+    d->updateState();
+}
+
+bool AnimationEditor::isEditCodeMode() const
+{
+    return d->editCodeMode;
+}
+
+bool AnimationEditor::canChangeFieldValue() const
+{
+    return !d->editCodeMode && d->frame;
+}
+
+void AnimationEditor::beginChangeFieldValue()
+{
+    ++d->fieldChanges;
+}
+
+void AnimationEditor::endChangeFieldValue()
+{
+    if (d->fieldChanges > 0)
+        --d->fieldChanges;
+}
+
+bool AnimationEditor::changeNotFromField() const
+{
+    return d->fieldChanges == 0;
+}
+
+void AnimationEditor::activate()
+{
+    if (d->editCodeMode) {
+        CodeFileEditor::activate();
+        return;
+    }
+    // The canvas replaces the code view: only the editor's own part of activation.
+    FileEditor::activate();
+    d->enterCanvas();
+}
+
+void AnimationEditor::deactivate()
+{
+    if (d->editCodeMode)
+        CodeFileEditor::deactivate();
+    else
+        d->leaveCanvas();
+    FileEditor::deactivate();
+}
+
+void AnimationEditor::retranslate()
+{
+    CodeFileEditor::retranslate();
+    for (const ActionEntry &entry : actionTable) {
+        if (QAction *action = d->actionNamed(entry.name)) {
+            action->setText(strings().text(entry.text));
+            action->setToolTip(strings().tip(entry.text));
+        }
+    }
+    d->updateState();
+    d->updateOnion();
+}
+
+void AnimationEditor::reconfig()
+{
+    CodeFileEditor::reconfig();
+    if (d->onion.enabled)
+        d->onionSkinChanged(true);
+}
+
+void AnimationEditor::projectSwitched(Project *project)
+{
+    CodeFileEditor::projectSwitched(project);
+    d->onionChoices.clear();
+}
+
+void AnimationEditor::engineSwitched(bool hasEngine)
+{
+    CodeFileEditor::engineSwitched(hasEngine);
+}
+
+// The view keeps its own state through the graphics workspace; the code view through
+// the code workspace.
+void AnimationEditor::saveState()
+{
+    CodeFileEditor::saveState();
+}
+
+void AnimationEditor::restoreState()
+{
+    CodeFileEditor::restoreState();
+}
+
+void AnimationEditor::setCurrentFile(ProjectFile *file)
+{
+    CodeFileEditor::setCurrentFile(file);
+    d->setAnimations(dynamic_cast<Animations *>(file));
+    if (isActive() && !d->editCodeMode)
+        d->enterCanvas();
+}
+
+bool AnimationEditor::interpolateFrames(FrameCode *, uint)
+{
+    return false;
+}
+
+QPoint AnimationEditor::offsetToParentFromInterpolation(QPoint offset)
+{
+    return offset;
+}
+
+void AnimationEditor::animationChanged(bool)
+{
+}
+
+void AnimationEditor::frameChanged()
+{
+}
+
+void AnimationEditor::onionFrameChanged()
+{
+}
+
+void AnimationEditor::animationCountChanged()
+{
+}
+
+} // namespace Ovra
+
+#include "animationeditor.moc"

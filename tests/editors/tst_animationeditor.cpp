@@ -1,0 +1,657 @@
+// The animation editor as a user meets it: the knight of the example work opened through
+// the sample engine's plug-in, its editor made the way a host makes it, and the mouse
+// and the keys on the real render widget, the panel's buttons and its fields. What the
+// user does lands in the animation file's text, line by line, with one undo step each.
+#include "testinterface.h"
+#include "held.h"
+#include "modalanswer.h"
+#include "testfiles.h"
+
+#include "code/animationcode.h"
+#include "code/animationplayer.h"
+#include "code/animations.h"
+#include "code/codedocument.h"
+#include "code/framecode.h"
+#include "editors/animation/animationeditor.h"
+#include "editors/animation/animationeditor_p.h"
+#include "editors/animation/animationeditorextension.h"
+#include "editors/animation/timelinewidget.h"
+#include "editors/animation/timesource.h"
+#include "editors/code/codeworkspace.h"
+#include "editors/graphics/graphicsworkspace.h"
+#include "engine/extension.h"
+#include "engine/extensionmanager.h"
+#include "foundation/itemsdialog.h"
+#include "project/project.h"
+#include "render/renderwidgetbase.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+#include <memory>
+
+using namespace Ovra;
+
+namespace {
+
+// A clock that says a tick took exactly its period, so that the time line's correction
+// keeps its interval whatever the machine does meanwhile.
+class SteadyClock : public TimeSource
+{
+public:
+    void start() override { m_count = 0; }
+    qint64 restart() override { return ++m_count % 3 == 0 ? 16 : 17; }
+
+private:
+    qint64 m_count = 0;
+};
+
+QStringList linesOf(const QString &text)
+{
+    QString plain = text;
+    plain.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    return plain.split(QLatin1Char('\n'));
+}
+
+// The rows where two texts of as many lines differ.
+QList<int> differingLines(const QStringList &before, const QStringList &after)
+{
+    QList<int> rows;
+    for (int i = 0; i < qMin(before.size(), after.size()); ++i) {
+        if (before.at(i) != after.at(i))
+            rows << i;
+    }
+    return rows;
+}
+
+// The frame an animation player shows after `tick` ticks of the time line: the way the
+// editor steps it, from the start.
+int playedFrame(Animations *animations, int animation, uint tick)
+{
+    AnimationPlayer player;
+    player.change(animations, animation, true);
+    for (uint i = 0; i <= tick; ++i)
+        player.tick();
+    return player.currentFrame() ? animations->at(uint(animation))->indexOfFrame(player.currentFrame()) : -1;
+}
+
+const int Punch = 2;
+const int Walk = 1;
+
+} // namespace
+
+class AnimationEditorTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void states();
+    void selectorsAndPositionText();
+    void dragAttackBox();
+    void drawCollisionBox();
+    void moveSprite();
+    void nudgeButton();
+    void deleteAndSwitchBoxes();
+    void fieldGuard();
+    void typeIntoField_data();
+    void typeIntoField();
+    void undoKeepsSelection();
+    void playTicks();
+    void onionLabel();
+    void screenshot();
+
+private:
+    QString text() const { return m_animations->document()->toString(); }
+    QWidget *view() const { return dynamic_cast<QWidget *>(m_graphics->renderWidget()); }
+    QAction *action(const char *name) const { return m_host->action(name); }
+    QToolButton *button(const char *name) const
+    {
+        return m_editor->panel()->findChild<QToolButton *>(QString::fromLatin1(name) + QStringLiteral("_button"));
+    }
+    template<class T>
+    T *field(const char *name) const
+    {
+        return m_editor->panel()->findChild<T *>(QString::fromLatin1(name));
+    }
+    // The editor's inside, found by its class name: the library doesn't export it.
+    AnimationEditorPrivate *inside() const
+    {
+        for (QObject *child : m_editor->children()) {
+            if (qstrcmp(child->metaObject()->className(), "Ovra::AnimationEditorPrivate") == 0)
+                return static_cast<AnimationEditorPrivate *>(child);
+        }
+        return nullptr;
+    }
+    void drag(QPoint from, QPoint to);
+    bool showEditor();
+
+    std::unique_ptr<ExtensionManager> m_manager;
+    AnimationEditorExtension *m_extension = nullptr;
+    std::unique_ptr<TestInterface> m_host;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    Held<Project> m_project;
+    Animations *m_animations = nullptr;
+    std::unique_ptr<CodeWorkspace> m_code;
+    std::unique_ptr<GraphicsWorkspace> m_graphics;
+    Held<AnimationEditor> m_editor;
+};
+
+void AnimationEditorTest::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    qRegisterMetaType<GraphicsRenderer::ItemType>();
+    m_manager = std::make_unique<ExtensionManager>(QStringLiteral(OVRA_PLUGIN_DIR));
+    for (Extension *extension : ExtensionManager::list(Extension::Named)) {
+        if (qstrcmp(extension->format(), "ANIMATION_EDITOR") == 0 && qstrcmp(extension->name(), "sample") == 0)
+            m_extension = dynamic_cast<AnimationEditorExtension *>(extension);
+    }
+    QVERIFY2(m_extension, "the sample plug-in registers its animation editor");
+}
+
+void AnimationEditorTest::init()
+{
+    m_host = std::make_unique<TestInterface>();
+    QMap<QString, QVariant> &o = m_host->options;
+    o[QStringLiteral("native_painting")] = true;
+    o[QStringLiteral("zoom_level")] = 3;
+    o[QStringLiteral("back_start")] = QColor(60, 70, 90);
+    o[QStringLiteral("back_end")] = QColor(20, 24, 36);
+    o[QStringLiteral("attackbox")] = QColor(230, 40, 40);
+    o[QStringLiteral("collisionbox")] = QColor(40, 90, 230);
+    o[QStringLiteral("box_opacity")] = 0.5;
+    o[QStringLiteral("show_attack_box")] = true;
+    o[QStringLiteral("show_collision_box")] = true;
+    o[QStringLiteral("confirm_delete")] = false;
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(copyTree(QStringLiteral(OVRA_EXAMPLES_DIR "/sample"), m_dir->filePath(QStringLiteral("work"))));
+    EngineExtension *engine = EngineExtension::forProjectFile(QStringLiteral("any.ovp"));
+    QVERIFY(engine);
+    QString error;
+    m_project.reset(engine->openProject(m_dir->filePath(QStringLiteral("work/knight/knight.ovp")), &error));
+    QVERIFY2(m_project, qPrintable(error));
+    m_animations = dynamic_cast<Animations *>(m_project->file(Project::Animations));
+    QVERIFY(m_animations);
+    m_code = std::make_unique<CodeWorkspace>(m_host.get());
+    m_graphics = std::make_unique<GraphicsWorkspace>(m_host.get());
+    m_editor.reset(m_extension->create(m_code.get(), m_graphics.get(), nullptr));
+    QVERIFY(m_editor);
+    m_editor->setCurrentFile(m_animations);
+    m_host->activateEditor(m_editor.get());
+    QVERIFY(m_editor->isActive());
+}
+
+void AnimationEditorTest::cleanup()
+{
+    m_host->activeEditor = nullptr;
+    m_editor.reset();
+    // The editor ends at the next turn of the event loop; the workspaces outlive it.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    m_graphics.reset();
+    m_code.reset();
+    m_animations = nullptr;
+    m_project.reset();
+    m_dir.reset();
+    m_host.reset();
+}
+
+bool AnimationEditorTest::showEditor()
+{
+    m_graphics->resize(1000, 640);
+    m_graphics->show();
+    if (!QTest::qWaitForWindowExposed(m_graphics.get()))
+        return false;
+    m_editor->renderer()->centralize();
+    return true;
+}
+
+void AnimationEditorTest::drag(QPoint from, QPoint to)
+{
+    QWidget *widget = view();
+    QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, from);
+    // Several steps, as a hand moves.
+    for (int step = 1; step <= 4; ++step) {
+        const QPoint at = from + (to - from) * step / 4;
+        QMouseEvent move(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(widget, &move);
+    }
+    QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, to);
+}
+
+// The four states and the actions they enable, as the text changes under the editor.
+void AnimationEditorTest::states()
+{
+    QSignalSpy noFile(m_editor.get(), &AnimationEditor::noFile);
+    QSignalSpy enabled(m_editor.get(), &AnimationEditor::enabled);
+    QSignalSpy frameEnabled(m_editor.get(), &AnimationEditor::frameEnabled);
+
+    m_editor->setCurrentFile(nullptr);
+    QCOMPARE(noFile.last().at(0).toBool(), true);
+    QCOMPARE(enabled.last().at(0).toBool(), false);
+    QCOMPARE(frameEnabled.last().at(0).toBool(), false);
+    QVERIFY(!action("anim_add")->isEnabled());
+    QVERIFY(!action("anim_play")->isEnabled());
+    QCOMPARE(field<QLabel>("anim_frame_lb")->text(), QStringLiteral("0 / 0"));
+
+    m_editor->setCurrentFile(m_animations);
+    QCOMPARE(noFile.last().at(0).toBool(), false);
+    QCOMPARE(enabled.last().at(0).toBool(), true);
+    QCOMPARE(frameEnabled.last().at(0).toBool(), true);
+    QVERIFY(action("anim_add")->isEnabled());
+    QVERIFY(action("anim_box_add_attack")->isEnabled());
+
+    // A file whose only animation has no frame yet.
+    m_animations->document()->fromString(QStringLiteral("@version 1\n\nanimation 5 \"Empty\"\n"));
+    QCOMPARE(m_animations->count(), 1u);
+    QCOMPARE(enabled.last().at(0).toBool(), true);
+    QCOMPARE(frameEnabled.last().at(0).toBool(), false);
+    QVERIFY(action("anim_frame_add")->isEnabled());
+    QVERIFY(!action("anim_frame_delete")->isEnabled());
+    QCOMPARE(m_editor->currentFrame(), nullptr);
+    QCOMPARE(field<QSpinBox>("anim_frame_xaxis")->value(), 0);
+
+    // No animation at all.
+    m_animations->document()->fromString(QStringLiteral("@version 1\n"));
+    QCOMPARE(noFile.last().at(0).toBool(), false);
+    QCOMPARE(enabled.last().at(0).toBool(), false);
+    QCOMPARE(frameEnabled.last().at(0).toBool(), false);
+    QCOMPARE(m_editor->currentAnimation(), nullptr);
+    QVERIFY(action("anim_add")->isEnabled());
+    QVERIFY(!action("anim_delete")->isEnabled());
+}
+
+void AnimationEditorTest::selectorsAndPositionText()
+{
+    auto *animations = field<QComboBox>("anim_sel");
+    auto *frames = field<QComboBox>("anim_frame_sel");
+    QCOMPARE(animations->count(), int(m_animations->count()));
+    QCOMPARE(m_host->controls.value(QStringLiteral("anim_sel")), static_cast<QObject *>(animations));
+    QCOMPARE(m_host->controls.value(QStringLiteral("anim_frame_xaxis_lb"))->objectName(),
+             QStringLiteral("anim_frame_xaxis_lb"));
+
+    QVERIFY(showEditor());
+    // The user picks the punch in the list, then its third frame.
+    animations->setFocus();
+    QTest::keyClick(animations, Qt::Key_Down);
+    QTest::keyClick(animations, Qt::Key_Down);
+    QCOMPARE(m_editor->currentAnimation(), m_animations->at(Punch));
+    QCOMPARE(frames->count(), 4);
+    QCOMPARE(m_host->statusTexts.value(0), QStringLiteral("3 / %1").arg(m_animations->count()));
+    frames->setFocus();
+    QTest::keyClick(frames, Qt::Key_Down);
+    QTest::keyClick(frames, Qt::Key_Down);
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(2));
+    QCOMPARE(field<QLabel>("anim_frame_lb")->text(), QStringLiteral("3 / 4 - 6 ticks"));
+    QCOMPARE(field<QSpinBox>("anim_frame_time")->value(), 6);
+    // The time line stands at the frame's start: 3 + 3 ticks.
+    QCOMPARE(m_graphics->timeLine()->currentTick(), 6u);
+    QCOMPARE(m_editor->renderer()->boxes(ContactBoxCode::Attack).size(), 1);
+    QCOMPARE(m_editor->renderer()->boxes(ContactBoxCode::Collision).size(), 1);
+    QCOMPARE(m_graphics->timeLine()->timeLineCount(), 1);
+    QCOMPARE(m_graphics->sidePanel(), m_editor->panel());
+
+    // The next-frame button runs round.
+    QTest::mouseClick(button("anim_next_frame"), Qt::LeftButton);
+    QTest::mouseClick(button("anim_next_frame"), Qt::LeftButton);
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(0));
+    // The animation keeps the frame that was picked in it.
+    m_editor->selectAnimation(0);
+    m_editor->selectAnimation(Punch);
+    QCOMPARE(frames->currentIndex(), 0);
+}
+
+void AnimationEditorTest::dragAttackBox()
+{
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(2);
+    GraphicsRenderer *canvas = m_editor->renderer();
+    QCOMPARE(canvas->boxes(ContactBoxCode::Attack).size(), 1);
+    const QString before = text();
+    const QRect box = canvas->boxScreenRect(ContactBoxCode::Attack, 0);
+    QVERIFY(!box.isEmpty());
+    const QPointF scale = canvas->scale();
+    // Five pixels of the world to the right, three down.
+    drag(box.center(), box.center() + QPoint(qRound(5 * scale.x()), qRound(3 * scale.y())));
+
+    const QString after = text();
+    const QList<int> changed = differingLines(linesOf(before), linesOf(after));
+    QCOMPARE(linesOf(after).size(), linesOf(before).size());
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(linesOf(after).at(changed.first()).trimmed(), QStringLiteral("attack (22, -38, 30, -32)"));
+    ContactBoxCode *code = m_editor->currentFrame()->contactBoxes(ContactBoxCode::Attack)->at(0);
+    QCOMPARE(code->rect(), canvas->boxes(ContactBoxCode::Attack).at(0).rect.toRect());
+    // The rest of the file, the collision box included, stays.
+    QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Collision)->at(0)->rect(),
+             QRect(QPoint(-8, -50), QPoint(8, 0)));
+
+    // One step back gives the text byte for byte; again forward, and saved.
+    m_editor->undo();
+    QCOMPARE(text(), before);
+    QTRY_COMPARE(canvas->boxes(ContactBoxCode::Attack).at(0).rect.toRect(),
+                 m_editor->currentFrame()->contactBoxes(ContactBoxCode::Attack)->at(0)->rect());
+    m_editor->redo();
+    QCOMPARE(text(), after);
+    m_editor->save();
+    const QString saved = QString::fromUtf8(readFile(m_dir->filePath(QStringLiteral("work/knight/knight.oan"))));
+    QCOMPARE(linesOf(saved), linesOf(after));
+}
+
+void AnimationEditorTest::drawCollisionBox()
+{
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(1);
+    const QString before = text();
+    QTest::mouseClick(button("anim_box_add_collision"), Qt::LeftButton);
+    QVERIFY(action("anim_box_add_collision")->isChecked());
+    QCOMPARE(m_editor->renderer()->clickMode(), GraphicsRenderer::DrawContactBoxMode);
+    // Away from the sprite, up and to the left of the origin.
+    const QPoint origin = GraphicsRenderer::origin();
+    drag(origin + QPoint(-150, -160), origin + QPoint(-110, -130));
+    QTRY_COMPARE(m_editor->renderer()->boxes(ContactBoxCode::Collision).size(), 2);
+
+    const QStringList was = linesOf(before);
+    const QStringList now = linesOf(text());
+    QCOMPARE(now.size(), was.size() + 1);
+    int inserted = 0;
+    while (inserted < was.size() && was.at(inserted) == now.at(inserted))
+        ++inserted;
+    QCOMPARE(now.mid(inserted + 1), was.mid(inserted));
+    QVERIFY2(now.at(inserted).trimmed().startsWith(QStringLiteral("body (")), qPrintable(now.at(inserted)));
+    QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Collision)->count(), 2u);
+
+    // A right click leaves the drawing mode, and the button shows it.
+    QTest::mouseClick(view(), Qt::RightButton, Qt::NoModifier, origin + QPoint(-200, -200));
+    QVERIFY(!action("anim_box_add_collision")->isChecked());
+    QCOMPARE(m_editor->renderer()->clickMode(), GraphicsRenderer::PositioningMode);
+    m_editor->undo();
+    QCOMPARE(text(), before);
+}
+
+void AnimationEditorTest::moveSprite()
+{
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(0);
+    GraphicsRenderer *canvas = m_editor->renderer();
+    const QRectF sprite = canvas->spriteRect(0);
+    QVERIFY(!sprite.isEmpty());
+    const QPointF scale = canvas->scale();
+    // A point of the sprite clear of the boxes: its right edge lies beyond the body box.
+    QPoint start;
+    for (int y = int(sprite.top()) + 2; y < sprite.bottom() && start.isNull(); y += 2) {
+        for (int x = int(sprite.left()) + 2; x < sprite.right() && start.isNull(); x += 2) {
+            if (canvas->hitTest(QPoint(x, y)) == GraphicsRenderer::HitSprite)
+                start = QPoint(x, y);
+        }
+    }
+    QVERIFY2(!start.isNull(), "a point of the sprite that no box covers");
+    const QString before = text();
+    drag(start, start + QPoint(qRound(7 * scale.x()), qRound(-4 * scale.y())));
+
+    QCOMPARE(m_editor->currentFrame()->offset(), QPoint(7, -4));
+    const QList<int> changed = differingLines(linesOf(before), linesOf(text()));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(linesOf(text()).at(changed.first()).trimmed(), QStringLiteral("frame (200, 0) delay=3 offset=(7, -4)"));
+    QCOMPARE(field<QSpinBox>("anim_frame_xaxis")->value(), 7);
+    QCOMPARE(field<QSpinBox>("anim_frame_yaxis")->value(), -4);
+    m_editor->undo();
+    QCOMPARE(text(), before);
+    QCOMPARE(field<QSpinBox>("anim_frame_xaxis")->value(), 0);
+}
+
+void AnimationEditorTest::nudgeButton()
+{
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(3);
+    QTest::mouseClick(button("anim_pos_right"), Qt::LeftButton);
+    QTest::mouseClick(button("anim_pos_down"), Qt::LeftButton);
+    QTest::mouseClick(button("anim_pos_down"), Qt::LeftButton);
+    QCOMPARE(m_editor->currentFrame()->offset(), QPoint(1, 2));
+    QVERIFY(text().contains(QStringLiteral("frame (200, 3) delay=3 offset=(1, 2)")));
+    QTest::mouseClick(button("anim_pos_left"), Qt::LeftButton);
+    QTest::mouseClick(button("anim_pos_up"), Qt::LeftButton);
+    QCOMPARE(m_editor->currentFrame()->offset(), QPoint(0, 1));
+    QCOMPARE(field<QSpinBox>("anim_frame_yaxis")->value(), 1);
+}
+
+// Delete, switch type and clear, each one undo step of the file.
+void AnimationEditorTest::deleteAndSwitchBoxes()
+{
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(2);
+    GraphicsRenderer *canvas = m_editor->renderer();
+    const QString before = text();
+    // Selecting the attack box by a click on it.
+    QTest::mouseClick(view(), Qt::LeftButton, Qt::NoModifier, canvas->boxScreenRect(ContactBoxCode::Attack, 0).center());
+    QCOMPARE(canvas->selectedContactBoxes().size(), 1);
+    QTest::mouseClick(button("anim_box_type"), Qt::LeftButton);
+    FrameCode *frame = m_editor->currentFrame();
+    QCOMPARE(frame->contactBoxes(ContactBoxCode::Attack)->count(), 0u);
+    QCOMPARE(frame->contactBoxes(ContactBoxCode::Collision)->count(), 2u);
+    QCOMPARE(frame->contactBoxes(ContactBoxCode::Collision)->at(1)->rect(), QRect(QPoint(17, -41), QPoint(25, -35)));
+    QCOMPARE(canvas->boxes(ContactBoxCode::Collision).size(), 2);
+    m_editor->undo();
+    QCOMPARE(text(), before);
+
+    QTest::mouseClick(button("anim_box_delall"), Qt::LeftButton);
+    QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Collision)->count(), 0u);
+    QCOMPARE(linesOf(text()).size(), linesOf(before).size() - 2);
+    m_editor->undo();
+    QCOMPARE(text(), before);
+
+    // The previous frame's boxes take the place of the current ones.
+    QTest::mouseClick(button("anim_box_prev"), Qt::LeftButton);
+    QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Attack)->count(), 0u);
+    QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Collision)->count(), 1u);
+    m_editor->undo();
+    QCOMPARE(text(), before);
+
+    QTest::mouseClick(button("anim_box_delall_anim"), Qt::LeftButton);
+    for (FrameCode *each : m_editor->currentAnimation()->frames())
+        QCOMPARE(each->contactBoxes(ContactBoxCode::Collision)->count(), 0u);
+    m_editor->undo();
+    QCOMPARE(text(), before);
+}
+
+void AnimationEditorTest::fieldGuard()
+{
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(1);
+    const QString before = text();
+    AnimationEditorPrivate *d = inside();
+    QVERIFY(d);
+    ++d->updating;
+    field<QSpinBox>("anim_frame_xaxis")->setValue(33);
+    field<QSpinBox>("anim_frame_time")->setValue(9);
+    field<QDoubleSpinBox>("anim_frame_angle")->setValue(12.0);
+    --d->updating;
+    QCOMPARE(text(), before);
+    // Without the guard the same call writes.
+    field<QSpinBox>("anim_frame_yaxis")->setValue(-5);
+    QCOMPARE(m_editor->currentFrame()->offsetY(), -5);
+    QVERIFY(text() != before);
+    // The code mode locks the fields.
+    m_editor->undo();
+    m_editor->setEditCodeMode(true);
+    QVERIFY(!m_editor->canChangeFieldValue());
+    field<QSpinBox>("anim_frame_yaxis")->setValue(-8);
+    QCOMPARE(text(), before);
+    m_editor->setEditCodeMode(false);
+    QVERIFY(m_editor->canChangeFieldValue());
+}
+
+void AnimationEditorTest::typeIntoField_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("line");
+
+    QTest::newRow("x") << "anim_frame_xaxis" << "12" << "frame (200, 1) delay=3 offset=(12, 0)";
+    QTest::newRow("negative y") << "anim_frame_yaxis" << "-7" << "frame (200, 1) delay=3 offset=(0, -7)";
+    QTest::newRow("time") << "anim_frame_time" << "10" << "frame (200, 1) delay=10";
+}
+
+void AnimationEditorTest::typeIntoField()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, typed);
+    QFETCH(QString, line);
+
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(1);
+    const QStringList before = linesOf(text());
+    auto *box = field<QSpinBox>(name.toLatin1().constData());
+    QVERIFY(box);
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(box, typed);
+    // Nothing is written until the value is complete.
+    QCOMPARE(linesOf(text()), before);
+    QTest::keyClick(box, Qt::Key_Return);
+    const QList<int> changed = differingLines(before, linesOf(text()));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(linesOf(text()).at(changed.first()).trimmed(), line);
+    QCOMPARE(box->value(), typed.toInt());
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(1));
+}
+
+// Typing in the code and undoing keep the animation and the frame shown, by their rows.
+void AnimationEditorTest::undoKeepsSelection()
+{
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(3);
+    CodeDocument *document = m_animations->document();
+    const QString before = text();
+    // A new animation written above the punch, as a user types it in the code.
+    QTextCursor cursor(document->findBlockByNumber(0));
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(QStringLiteral("\nanimation 300 \"Kick\"\n    frame (200, 0) delay=2\n"));
+    QCOMPARE(m_animations->count(), 9u);
+    QCOMPARE(field<QComboBox>("anim_sel")->count(), 9);
+    QCOMPARE(m_editor->currentAnimation(), m_animations->at(Punch));
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(3));
+    // The frames of the punch go and come back with the undo stack.
+    document->undo();
+    QCOMPARE(text(), before);
+    QCOMPARE(field<QComboBox>("anim_sel")->count(), 8);
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(3));
+    QTextCursor punch(document->findBlockByNumber(before.split(QLatin1Char('\n')).indexOf(QStringLiteral("animation 200 \"Punch\""))));
+    punch.movePosition(QTextCursor::NextBlock);
+    punch.movePosition(QTextCursor::NextBlock, QTextCursor::KeepAnchor, 4);
+    punch.removeSelectedText();
+    // Two frames are left; the editor stands on the last of them, and its fields say so.
+    QCOMPARE(m_animations->at(Punch)->frameCount(), 2u);
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(1));
+    QCOMPARE(field<QComboBox>("anim_frame_sel")->count(), 2);
+    QCOMPARE(field<QSpinBox>("anim_frame_time")->value(), 3);
+    document->undo();
+    QCOMPARE(text(), before);
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(1));
+}
+
+void AnimationEditorTest::playTicks()
+{
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(Walk);
+    TimeLineWidget *line = m_graphics->timeLine();
+    line->setTimeSource(new SteadyClock);
+    QList<QPair<uint, int>> seen;
+    connect(line, &TimeLineWidget::tickChanged, this, [&](uint tick) {
+        seen << qMakePair(tick, m_editor->currentAnimation()->indexOfFrame(m_editor->currentFrame()));
+    });
+    QTest::mouseClick(button("anim_play"), Qt::LeftButton);
+    QVERIFY(line->isPlaying());
+    // The walk is 36 ticks long: past its loop.
+    QTRY_VERIFY_WITH_TIMEOUT(seen.size() >= 50, 20000);
+    QTest::mouseClick(button("anim_stop"), Qt::LeftButton);
+    QVERIFY(!line->isPlaying());
+    QVERIFY(!action("anim_play")->isChecked());
+    bool looped = false;
+    for (int i = 0; i < seen.size(); ++i) {
+        QCOMPARE(seen.at(i).second, playedFrame(m_animations, Walk, seen.at(i).first));
+        looped = looped || (i > 0 && seen.at(i).first == 0);
+    }
+    QVERIFY2(looped, "the walk went round to its loop frame");
+
+    // A frame picked puts the time line at its start.
+    m_editor->selectFrame(4);
+    QCOMPARE(line->currentTick(), 24u);
+    line->setCurrentTick(30);
+    QCOMPARE(m_editor->currentAnimation()->indexOfFrame(m_editor->currentFrame()), 5);
+    // Back on the ruler by a key: the player has no way back and starts again.
+    line->setFocus();
+    QTest::keyClick(line, Qt::Key_Left);
+    QCOMPARE(line->currentTick(), 29u);
+    QCOMPARE(m_editor->currentAnimation()->indexOfFrame(m_editor->currentFrame()), 4);
+    QCOMPARE(m_editor->player().currentFrame(), m_editor->currentFrame());
+    QCOMPARE(m_editor->player().time(), 30u);
+}
+
+void AnimationEditorTest::onionLabel()
+{
+    auto *label = field<QLabel>("anim_onion_lb");
+    QCOMPARE(label->text(), QStringLiteral("Animation: none, Frame: none"));
+    QTest::mouseClick(button("anim_onion_skin"), Qt::LeftButton);
+    QVERIFY(action("anim_onion_skin")->isChecked());
+    // The user ticks the walk in the list, then its third frame.
+    whenShown<ItemsDialog>([](ItemsDialog *dialog) {
+        dialog->clearSelection();
+        dialog->setChecked(Walk, true);
+        dialog->accept();
+    });
+    QTest::mouseClick(button("anim_onion_sel"), Qt::LeftButton);
+    QCOMPARE(label->text(), QStringLiteral("Animation: %1, Frame: 1").arg(m_animations->at(Walk)->displayName()));
+    whenShown<ItemsDialog>([](ItemsDialog *dialog) {
+        QCOMPARE(dialog->count(), 6);
+        dialog->clearSelection();
+        dialog->setChecked(2, true);
+        dialog->accept();
+    });
+    QTest::mouseClick(button("anim_onion_framesel"), Qt::LeftButton);
+    QCOMPARE(label->text(), QStringLiteral("Animation: %1, Frame: 3").arg(m_animations->at(Walk)->displayName()));
+    // A cancelled choice changes nothing.
+    whenShown<ItemsDialog>([](ItemsDialog *dialog) { dialog->reject(); });
+    QTest::mouseClick(button("anim_onion_sel"), Qt::LeftButton);
+    QCOMPARE(label->text(), QStringLiteral("Animation: %1, Frame: 3").arg(m_animations->at(Walk)->displayName()));
+    // The onion frame becomes the current one.
+    QTest::mouseClick(button("anim_onion_find"), Qt::LeftButton);
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Walk)->frameAt(2));
+    // The choice stays with the file: away and back.
+    m_editor->setCurrentFile(nullptr);
+    QCOMPARE(label->text(), QStringLiteral("Animation: none, Frame: none"));
+    m_editor->setCurrentFile(m_animations);
+    QCOMPARE(label->text(), QStringLiteral("Animation: %1, Frame: 3").arg(m_animations->at(Walk)->displayName()));
+}
+
+void AnimationEditorTest::screenshot()
+{
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(2);
+    QApplication::processEvents();
+    const QImage picture = m_graphics->grab().toImage();
+    QVERIFY(!picture.isNull());
+    const QString file = QCoreApplication::applicationDirPath() + QStringLiteral("/animationeditor.png");
+    QVERIFY(picture.save(file));
+    // The view shows the boxes in their colours.
+    const QImage viewPicture = view()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const QRect attack = m_editor->renderer()->boxScreenRect(ContactBoxCode::Attack, 0);
+    const QRgb inside = viewPicture.pixel(attack.center());
+    QVERIFY2(qRed(inside) > qBlue(inside) + 40, qPrintable(QString::number(inside, 16)));
+}
+
+QTEST_MAIN(AnimationEditorTest)
+#include "tst_animationeditor.moc"
