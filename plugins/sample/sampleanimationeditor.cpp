@@ -54,6 +54,9 @@ void SampleAnimationEditor::frameChanged()
         m_canvas->setContainer(sprites());
     m_canvas->showFrame(currentFrame());
     SampleFrameSprites &shown = m_canvas->frameSprites();
+    // In the editor the user drags the frame's sprite to set its offset.
+    if (shown.count())
+        shown.item(0).flags |= GraphicsRenderer::DragHorizontal | GraphicsRenderer::DragVertical;
     *m_sprite = shown.count() ? shown.item(0) : Info();
 }
 

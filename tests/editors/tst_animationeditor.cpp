@@ -19,8 +19,10 @@
 #include "editors/animation/timesource.h"
 #include "editors/code/codeworkspace.h"
 #include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/thumbnailseditor.h"
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
+#include "image/sprite.h"
 #include "foundation/itemsdialog.h"
 #include "project/project.h"
 #include "render/renderwidgetbase.h"
@@ -31,6 +33,7 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTemporaryDir>
+#include <QToolBar>
 #include <QToolButton>
 #include <QtTest>
 
@@ -108,6 +111,8 @@ private slots:
     void undoKeepsSelection();
     void playTicks();
     void onionLabel();
+    void spriteExplorerActions();
+    void statusTexts();
     void screenshot();
 
 private:
@@ -144,6 +149,7 @@ private:
     std::unique_ptr<CodeWorkspace> m_code;
     std::unique_ptr<GraphicsWorkspace> m_graphics;
     Held<AnimationEditor> m_editor;
+    std::unique_ptr<ThumbnailsEditor> m_thumbnails;
 };
 
 void AnimationEditorTest::initTestCase()
@@ -183,7 +189,8 @@ void AnimationEditorTest::init()
     QVERIFY(m_animations);
     m_code = std::make_unique<CodeWorkspace>(m_host.get());
     m_graphics = std::make_unique<GraphicsWorkspace>(m_host.get());
-    m_editor.reset(m_extension->create(m_code.get(), m_graphics.get(), nullptr));
+    m_thumbnails = std::make_unique<ThumbnailsEditor>();
+    m_editor.reset(m_extension->create(m_code.get(), m_graphics.get(), m_thumbnails.get()));
     QVERIFY(m_editor);
     m_editor->setCurrentFile(m_animations);
     m_host->activateEditor(m_editor.get());
@@ -196,6 +203,7 @@ void AnimationEditorTest::cleanup()
     m_editor.reset();
     // The editor ends at the next turn of the event loop; the workspaces outlive it.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    m_thumbnails.reset();
     m_graphics.reset();
     m_code.reset();
     m_animations = nullptr;
@@ -342,8 +350,10 @@ void AnimationEditorTest::dragAttackBox()
     m_editor->redo();
     QCOMPARE(text(), after);
     m_editor->save();
-    const QString saved = QString::fromUtf8(readFile(m_dir->filePath(QStringLiteral("work/knight/knight.oan"))));
-    QCOMPARE(linesOf(saved), linesOf(after));
+    // The document may finish its save on a worker thread.
+    const QString file = m_dir->filePath(QStringLiteral("work/knight/knight.oan"));
+    QTRY_COMPARE(linesOf(QString::fromUtf8(readFile(file))), linesOf(after));
+    QVERIFY(!m_animations->isModified());
 }
 
 void AnimationEditorTest::drawCollisionBox()
@@ -384,10 +394,16 @@ void AnimationEditorTest::moveSprite()
     m_editor->selectAnimation(Punch);
     m_editor->selectFrame(0);
     GraphicsRenderer *canvas = m_editor->renderer();
+    // The boxes lie over the sprite: the user hides them to take the sprite itself.
+    for (const char *boxes : {"view_attack_box", "view_collision_box"}) {
+        QVERIFY(action(boxes)->isChecked());
+        QTest::mouseClick(m_graphics->toolBar()->widgetForAction(action(boxes)), Qt::LeftButton);
+    }
+    // Where the view drew the sprite last.
+    view()->repaint();
     const QRectF sprite = canvas->spriteRect(0);
-    QVERIFY(!sprite.isEmpty());
+    QVERIFY(view()->rect().contains(sprite.toRect()));
     const QPointF scale = canvas->scale();
-    // A point of the sprite clear of the boxes: its right edge lies beyond the body box.
     QPoint start;
     for (int y = int(sprite.top()) + 2; y < sprite.bottom() && start.isNull(); y += 2) {
         for (int x = int(sprite.left()) + 2; x < sprite.right() && start.isNull(); x += 2) {
@@ -395,7 +411,7 @@ void AnimationEditorTest::moveSprite()
                 start = QPoint(x, y);
         }
     }
-    QVERIFY2(!start.isNull(), "a point of the sprite that no box covers");
+    QVERIFY2(!start.isNull(), "a point of the sprite");
     const QString before = text();
     drag(start, start + QPoint(qRound(7 * scale.x()), qRound(-4 * scale.y())));
 
@@ -575,16 +591,22 @@ void AnimationEditorTest::playTicks()
     QTest::mouseClick(button("anim_play"), Qt::LeftButton);
     QVERIFY(line->isPlaying());
     // The walk is 36 ticks long: past its loop.
-    QTRY_VERIFY_WITH_TIMEOUT(seen.size() >= 50, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(seen.size() >= 62, 20000);
     QTest::mouseClick(button("anim_stop"), Qt::LeftButton);
     QVERIFY(!line->isPlaying());
     QVERIFY(!action("anim_play")->isChecked());
+    // At the loop the editor puts the time line back while it handles the tick past the
+    // end: that report (tick 0, before the one it interrupts) comes before the frame changes.
     bool looped = false;
     for (int i = 0; i < seen.size(); ++i) {
-        QCOMPARE(seen.at(i).second, playedFrame(m_animations, Walk, seen.at(i).first));
-        looped = looped || (i > 0 && seen.at(i).first == 0);
+        const bool putBack = seen.at(i).first == 0 && i + 1 < seen.size() && seen.at(i + 1).first > 1;
+        looped = looped || putBack;
+        if (!putBack)
+            QCOMPARE(seen.at(i).second, playedFrame(m_animations, Walk, seen.at(i).first));
     }
     QVERIFY2(looped, "the walk went round to its loop frame");
+    // Each second of play, the rate.
+    QVERIFY2(m_host->statusTexts.value(0).endsWith(QStringLiteral(" FPS")), qPrintable(m_host->statusTexts.value(0)));
 
     // A frame picked puts the time line at its start.
     m_editor->selectFrame(4);
@@ -634,6 +656,51 @@ void AnimationEditorTest::onionLabel()
     QCOMPARE(label->text(), QStringLiteral("Animation: none, Frame: none"));
     m_editor->setCurrentFile(m_animations);
     QCOMPARE(label->text(), QStringLiteral("Animation: %1, Frame: 3").arg(m_animations->at(Walk)->displayName()));
+}
+
+// The sprite explorer shows the editor's four actions for the sprites of the file.
+void AnimationEditorTest::spriteExplorerActions()
+{
+    QCOMPARE(m_thumbnails->files(), m_editor->sprites());
+    QVERIFY(m_editor->sprites());
+    const QList<Sprite *> all = m_thumbnails->all();
+    QVERIFY(all.size() > 4);
+    const QString before = text();
+    const uint count = m_animations->count();
+
+    action("anim_thumb_new_all")->trigger();
+    QCOMPARE(m_animations->count(), count + 1);
+    AnimationCode *made = m_editor->currentAnimation();
+    QCOMPARE(made, m_animations->at(count));
+    QCOMPARE(made->frameCount(), uint(all.size()));
+    for (int i = 0; i < all.size(); ++i)
+        QCOMPARE(made->frameAt(uint(i))->spriteId(), all.at(i)->identifier());
+    // One step of the user's: back in one undo.
+    m_editor->undo();
+    QCOMPARE(text(), before);
+    QCOMPARE(field<QComboBox>("anim_sel")->count(), int(count));
+
+    m_editor->selectAnimation(Punch);
+    action("anim_thumb_add_all")->trigger();
+    QCOMPARE(m_animations->at(Punch)->frameCount(), 4u + uint(all.size()));
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(3 + uint(all.size())));
+    m_editor->undo();
+    QCOMPARE(text(), before);
+    // Nothing picked in the explorer: nothing to add.
+    QVERIFY(m_thumbnails->selected().isEmpty());
+    action("anim_thumb_add")->trigger();
+    action("anim_thumb_new")->trigger();
+    QCOMPARE(text(), before);
+}
+
+void AnimationEditorTest::statusTexts()
+{
+    QCOMPARE(m_host->statusTexts.value(0).left(10), QStringLiteral("Renderer: "));
+    QVERIFY(showEditor());
+    const QPoint origin = GraphicsRenderer::origin();
+    const QPointF scale = m_editor->renderer()->scale();
+    QTest::mouseMove(view(), origin + QPoint(qRound(10 * scale.x()), qRound(-20 * scale.y())));
+    QTRY_COMPARE(m_host->statusTexts.value(0), QStringLiteral("Position: 10, -20"));
 }
 
 void AnimationEditorTest::screenshot()
