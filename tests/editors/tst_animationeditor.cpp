@@ -708,6 +708,9 @@ void AnimationEditorTest::screenshot()
     QVERIFY(showEditor());
     m_editor->selectAnimation(Punch);
     m_editor->selectFrame(2);
+    // Closer, as a user looks at boxes.
+    for (int i = 0; i < 2; ++i)
+        QTest::mouseClick(m_graphics->toolBar()->widgetForAction(action("view_zoom_in")), Qt::LeftButton);
     QApplication::processEvents();
     const QImage picture = m_graphics->grab().toImage();
     QVERIFY(!picture.isNull());

@@ -5,6 +5,7 @@
 #include "code/animations.h"
 #include "code/codedocument.h"
 #include "code/framecode.h"
+#include "editors/animation/animationicons_p.h"
 #include "editors/animation/timelinewidget.h"
 #include "editors/code/codeworkspace.h"
 #include "editors/graphics/graphicsworkspace.h"
@@ -293,6 +294,8 @@ void AnimationEditorPrivate::buildActions()
     for (int i = 0; i < GroupCount; ++i) {
         auto *grid = new QGridLayout;
         grid->setSpacing(2);
+        // The buttons keep to the left, in the same columns in every group.
+        grid->setColumnStretch(6, 1);
         layout->addLayout(grid);
         if (i == 3)
             layout->addWidget(onionLabel);
@@ -325,14 +328,19 @@ void AnimationEditorPrivate::buildActions()
         if (entry.group < 0)
             continue;
         auto *button = new QToolButton(panel);
-        button->setDefaultAction(action);
         button->setObjectName(QString::fromLatin1(entry.name) + QStringLiteral("_button"));
         button->setAutoRaise(true);
-        button->setToolButtonStyle(action->icon().isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
+        button->setIconSize(QSize(24, 24));
+        // A host without pictures (or with placeholders of a pixel or two) would leave
+        // blank buttons, and the words are too wide for the panel: ours stand in.
+        const QSize shown = action->icon().actualSize(button->iconSize());
+        if (action->icon().isNull() || shown.width() < 8 || shown.height() < 8)
+            action->setIcon(animationActionIcon(action->objectName()));
+        button->setDefaultAction(action);
+        button->setToolButtonStyle(Qt::ToolButtonIconOnly);
         QGridLayout *grid = groups.at(entry.group);
-        const int columns = action->icon().isNull() ? 2 : 4;
         const int count = grid->count();
-        grid->addWidget(button, count / columns, count % columns);
+        grid->addWidget(button, count / 6, count % 6);
     }
 }
 
