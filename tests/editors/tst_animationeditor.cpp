@@ -450,7 +450,8 @@ void AnimationEditorTest::deleteAndSwitchBoxes()
     GraphicsRenderer *canvas = m_editor->renderer();
     const QString before = text();
     // Selecting the attack box by a click on it.
-    QTest::mouseClick(view(), Qt::LeftButton, Qt::NoModifier, canvas->boxScreenRect(ContactBoxCode::Attack, 0).center());
+    const QPoint attackBox = canvas->boxScreenRect(ContactBoxCode::Attack, 0).center();
+    QTest::mouseClick(view(), Qt::LeftButton, Qt::NoModifier, attackBox);
     QCOMPARE(canvas->selectedContactBoxes().size(), 1);
     QTest::mouseClick(button("anim_box_type"), Qt::LeftButton);
     FrameCode *frame = m_editor->currentFrame();
@@ -564,7 +565,9 @@ void AnimationEditorTest::undoKeepsSelection()
     QCOMPARE(text(), before);
     QCOMPARE(field<QComboBox>("anim_sel")->count(), 8);
     QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(3));
-    QTextCursor punch(document->findBlockByNumber(before.split(QLatin1Char('\n')).indexOf(QStringLiteral("animation 200 \"Punch\""))));
+    const int header = before.split(QLatin1Char('\n')).indexOf(QStringLiteral("animation 200 \"Punch\""));
+    QVERIFY(header > 0);
+    QTextCursor punch(document->findBlockByNumber(header));
     punch.movePosition(QTextCursor::NextBlock);
     punch.movePosition(QTextCursor::NextBlock, QTextCursor::KeepAnchor, 4);
     punch.removeSelectedText();

@@ -163,6 +163,89 @@ Box *makeSpin(QWidget *parent, const char *name, double minimum, double maximum)
 
 } // namespace
 
+namespace {
+
+QLabel *namedLabel(QWidget *panel, const char *name, uint text)
+{
+    auto *widget = new QLabel(strings().text(text), panel);
+    widget->setObjectName(QString::fromLatin1(name));
+    return widget;
+}
+
+// The seven fields of the frame, each under its label, from the grid's fourth row on.
+void addFields(AnimationEditorPrivate *d, QGridLayout *grid)
+{
+    d->xField = makeSpin<QSpinBox>(d->panel, "anim_frame_xaxis", -32768, 32767);
+    d->yField = makeSpin<QSpinBox>(d->panel, "anim_frame_yaxis", -32768, 32767);
+    // A negative time holds the frame for ever.
+    d->timeField = makeSpin<QSpinBox>(d->panel, "anim_frame_time", -1, 32767);
+    d->flipField = new QComboBox(d->panel);
+    d->flipField->setObjectName(QStringLiteral("anim_frame_flip"));
+    // In the order of the flip bits, so that the row is the frame's flags.
+    for (uint text : {87u, 89u, 88u, 90u})
+        d->flipField->addItem(strings().text(text));
+    d->xScaleField = makeSpin<QDoubleSpinBox>(d->panel, "anim_frame_xscale", -100.0, 100.0);
+    d->yScaleField = makeSpin<QDoubleSpinBox>(d->panel, "anim_frame_yscale", -100.0, 100.0);
+    d->angleField = makeSpin<QDoubleSpinBox>(d->panel, "anim_frame_angle", -360.0, 360.0);
+    for (QDoubleSpinBox *field : {d->xScaleField, d->yScaleField})
+        field->setSingleStep(0.1);
+    const struct
+    {
+        const char *name;
+        uint text;
+        QWidget *field;
+    } fields[] = {{"anim_frame_xaxis_lb", 84, d->xField},   {"anim_frame_yaxis_lb", 85, d->yField},
+                  {"anim_frame_time_lb", 94, d->timeField}, {"anim_frame_flip_lb", 86, d->flipField},
+                  {"anim_frame_xscale_lb", 91, d->xScaleField}, {"anim_frame_yscale_lb", 92, d->yScaleField},
+                  {"anim_frame_angle_lb", 93, d->angleField}};
+    int row = 3;
+    for (const auto &field : fields) {
+        QLabel *text = namedLabel(d->panel, field.name, field.text);
+        text->setBuddy(field.field);
+        grid->addWidget(text, row, 0);
+        grid->addWidget(field.field, row++, 1);
+        if (d->interface)
+            d->interface->registerControl(QString::fromLatin1(field.name), text);
+    }
+}
+
+// Each field writes its value into the current frame as it is completed.
+void connectFields(AnimationEditorPrivate *d)
+{
+    using P = AnimationEditorPrivate;
+    const auto comboIndex = QOverload<int>::of(&QComboBox::currentIndexChanged);
+    const auto whole = QOverload<int>::of(&QSpinBox::valueChanged);
+    const auto real = QOverload<double>::of(&QDoubleSpinBox::valueChanged);
+    QObject::connect(d->animationBox, comboIndex, d, &P::selPosChanged);
+    QObject::connect(d->frameBox, comboIndex, d, &P::frameSelPosChanged);
+    QObject::connect(d->xField, whole, d, &P::frameXChanged);
+    QObject::connect(d->yField, whole, d, &P::frameYChanged);
+    QObject::connect(d->timeField, whole, d, &P::frameTimeChanged);
+    QObject::connect(d->flipField, QOverload<int>::of(&QComboBox::activated), d, &P::frameFlipChanged);
+    QObject::connect(d->xScaleField, real, d, &P::frameXScaleChanged);
+    QObject::connect(d->yScaleField, real, d, &P::frameYScaleChanged);
+    QObject::connect(d->angleField, real, d, &P::frameAngleChanged);
+}
+
+// The host knows the panel's widgets by their option names.
+void registerControls(AnimationEditorPrivate *d)
+{
+    if (!d->interface)
+        return;
+    const QList<QPair<const char *, QWidget *>> controls = {
+        {"anim_sel", d->animationBox},         {"anim_sel_lb", d->animationLabel},
+        {"anim_frame_sel", d->frameBox},       {"anim_frame_sel_lb", d->frameLabel},
+        {"anim_frame_lb", d->positionLabel},   {"anim_frame_xaxis", d->xField},
+        {"anim_frame_yaxis", d->yField},       {"anim_frame_time", d->timeField},
+        {"anim_frame_flip", d->flipField},     {"anim_frame_xscale", d->xScaleField},
+        {"anim_frame_yscale", d->yScaleField}, {"anim_frame_angle", d->angleField},
+        {"anim_onion_lb", d->onionLabel}};
+    for (const auto &control : controls)
+        d->interface->registerControl(QString::fromLatin1(control.first), control.second);
+}
+
+} // namespace
+
 // ---- the private part: panel, actions, states --------------------------------------------
 
 AnimationEditorPrivate::AnimationEditorPrivate(AnimationEditor *editor, GraphicsRenderer::SpriteProvider::Info &sprite,
@@ -201,11 +284,7 @@ void AnimationEditorPrivate::buildPanel()
     auto *grid = new QGridLayout;
     layout->addLayout(grid);
 
-    auto label = [this](const char *name, uint text) {
-        auto *widget = new QLabel(strings().text(text), panel);
-        widget->setObjectName(QString::fromLatin1(name));
-        return widget;
-    };
+    auto label = [this](const char *name, uint text) { return namedLabel(panel, name, text); };
     animationLabel = label("anim_sel_lb", AnimationLabelText);
     animationBox = new QComboBox(panel);
     animationBox->setObjectName(QStringLiteral("anim_sel"));
@@ -222,67 +301,13 @@ void AnimationEditorPrivate::buildPanel()
     grid->addWidget(frameBox, 1, 1);
     grid->addWidget(positionLabel, 2, 1);
 
-    xField = makeSpin<QSpinBox>(panel, "anim_frame_xaxis", -32768, 32767);
-    yField = makeSpin<QSpinBox>(panel, "anim_frame_yaxis", -32768, 32767);
-    // A negative time holds the frame for ever.
-    timeField = makeSpin<QSpinBox>(panel, "anim_frame_time", -1, 32767);
-    flipField = new QComboBox(panel);
-    flipField->setObjectName(QStringLiteral("anim_frame_flip"));
-    // In the order of the flip bits, so that the row is the frame's flags.
-    for (uint text : {87u, 89u, 88u, 90u})
-        flipField->addItem(strings().text(text));
-    xScaleField = makeSpin<QDoubleSpinBox>(panel, "anim_frame_xscale", -100.0, 100.0);
-    yScaleField = makeSpin<QDoubleSpinBox>(panel, "anim_frame_yscale", -100.0, 100.0);
-    angleField = makeSpin<QDoubleSpinBox>(panel, "anim_frame_angle", -360.0, 360.0);
-    for (QDoubleSpinBox *field : {xScaleField, yScaleField})
-        field->setSingleStep(0.1);
-    const struct
-    {
-        const char *name;
-        uint text;
-        QWidget *field;
-    } fields[] = {{"anim_frame_xaxis_lb", 84, xField},   {"anim_frame_yaxis_lb", 85, yField},
-                  {"anim_frame_time_lb", 94, timeField}, {"anim_frame_flip_lb", 86, flipField},
-                  {"anim_frame_xscale_lb", 91, xScaleField}, {"anim_frame_yscale_lb", 92, yScaleField},
-                  {"anim_frame_angle_lb", 93, angleField}};
-    int row = 3;
-    for (const auto &field : fields) {
-        QLabel *text = label(field.name, field.text);
-        text->setBuddy(field.field);
-        grid->addWidget(text, row, 0);
-        grid->addWidget(field.field, row++, 1);
-        if (interface)
-            interface->registerControl(QString::fromLatin1(field.name), text);
-    }
+    addFields(this, grid);
     onionLabel = new QLabel(panel);
     onionLabel->setObjectName(QStringLiteral("anim_onion_lb"));
     onionLabel->setWordWrap(true);
 
-    connect(animationBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-            &AnimationEditorPrivate::selPosChanged);
-    connect(frameBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-            &AnimationEditorPrivate::frameSelPosChanged);
-    connect(xField, QOverload<int>::of(&QSpinBox::valueChanged), this, &AnimationEditorPrivate::frameXChanged);
-    connect(yField, QOverload<int>::of(&QSpinBox::valueChanged), this, &AnimationEditorPrivate::frameYChanged);
-    connect(timeField, QOverload<int>::of(&QSpinBox::valueChanged), this, &AnimationEditorPrivate::frameTimeChanged);
-    connect(flipField, QOverload<int>::of(&QComboBox::activated), this, &AnimationEditorPrivate::frameFlipChanged);
-    connect(xScaleField, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
-            &AnimationEditorPrivate::frameXScaleChanged);
-    connect(yScaleField, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
-            &AnimationEditorPrivate::frameYScaleChanged);
-    connect(angleField, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
-            &AnimationEditorPrivate::frameAngleChanged);
-
-    if (interface) {
-        const QList<QPair<const char *, QWidget *>> controls = {
-            {"anim_sel", animationBox},        {"anim_sel_lb", animationLabel}, {"anim_frame_sel", frameBox},
-            {"anim_frame_sel_lb", frameLabel}, {"anim_frame_lb", positionLabel}, {"anim_frame_xaxis", xField},
-            {"anim_frame_yaxis", yField},      {"anim_frame_time", timeField},   {"anim_frame_flip", flipField},
-            {"anim_frame_xscale", xScaleField}, {"anim_frame_yscale", yScaleField},
-            {"anim_frame_angle", angleField},  {"anim_onion_lb", onionLabel}};
-        for (const auto &control : controls)
-            interface->registerControl(QString::fromLatin1(control.first), control.second);
-    }
+    connectFields(this);
+    registerControls(this);
 }
 
 // Every action of the table through the host, or one of our own without a host; the

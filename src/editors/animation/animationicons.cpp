@@ -103,9 +103,10 @@ void onionRings(QPainter &p)
 
 using Drawing = std::function<void(QPainter &)>;
 
-const QHash<QString, Drawing> &drawings()
+// Playback and frames.
+void addFrameDrawings(QHash<QString, Drawing> &table)
 {
-    static const QHash<QString, Drawing> table = {
+    table.insert({
         {QStringLiteral("anim_play"),
          [](QPainter &p) {
              p.setPen(QPen(addition.darker(120), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
@@ -137,6 +138,13 @@ const QHash<QString, Drawing> &drawings()
              box(p, QRectF(6, 7, 20, 6), collision);
              box(p, QRectF(10, 19, 12, 6), collision);
          }},
+    });
+}
+
+// Moves of the offset, and values applied to the frames behind.
+void addMoveDrawings(QHash<QString, Drawing> &table)
+{
+    table.insert({
         {QStringLiteral("anim_pos_left"), [](QPainter &p) { arrow(p, QPointF(28, 16), QPointF(4, 16)); }},
         {QStringLiteral("anim_pos_right"), [](QPainter &p) { arrow(p, QPointF(4, 16), QPointF(28, 16)); }},
         {QStringLiteral("anim_pos_up"), [](QPainter &p) { arrow(p, QPointF(16, 28), QPointF(16, 4)); }},
@@ -172,6 +180,13 @@ const QHash<QString, Drawing> &drawings()
              p.drawRect(QRectF(2, 3, 16, 16));
              onwards(p);
          }},
+    });
+}
+
+// Contact boxes and the onion skin.
+void addBoxDrawings(QHash<QString, Drawing> &table)
+{
+    table.insert({
         {QStringLiteral("anim_box_add_attack"), [](QPainter &p) { box(p, QRectF(3, 4, 18, 14), attack); plus(p); }},
         {QStringLiteral("anim_box_add_collision"),
          [](QPainter &p) { box(p, QRectF(3, 4, 18, 14), collision); plus(p); }},
@@ -227,7 +242,18 @@ const QHash<QString, Drawing> &drawings()
              pen(p, ink, 3);
              p.drawLine(QPointF(22, 22), QPointF(30, 30));
          }},
-    };
+    });
+}
+
+const QHash<QString, Drawing> &drawings()
+{
+    static const QHash<QString, Drawing> table = [] {
+        QHash<QString, Drawing> all;
+        addFrameDrawings(all);
+        addMoveDrawings(all);
+        addBoxDrawings(all);
+        return all;
+    }();
     return table;
 }
 
