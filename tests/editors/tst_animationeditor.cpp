@@ -19,6 +19,7 @@
 #include "editors/animation/timesource.h"
 #include "editors/code/codeworkspace.h"
 #include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/organizereditor.h"
 #include "editors/organizer/thumbnailseditor.h"
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
@@ -84,6 +85,17 @@ int playedFrame(Animations *animations, int animation, uint tick)
     return player.currentFrame() ? animations->at(uint(animation))->indexOfFrame(player.currentFrame()) : -1;
 }
 
+// A host that keeps an organizer among its side editors.
+class OrganizerHost : public TestInterface
+{
+public:
+    Ovra::ExtraEditor *extraEditor(int index) override { return index == 0 ? organizer : nullptr; }
+    void setExtraEditor(Ovra::ExtraEditor *editor) override { shownExtra = editor; }
+
+    Ovra::ExtraEditor *organizer = nullptr;
+    Ovra::ExtraEditor *shownExtra = nullptr;
+};
+
 const int Punch = 2;
 const int Walk = 1;
 
@@ -113,6 +125,7 @@ private slots:
     void onionLabel();
     void spriteExplorerActions();
     void statusTexts();
+    void organizerByOption();
     void screenshot();
 
 private:
@@ -142,7 +155,7 @@ private:
 
     std::unique_ptr<ExtensionManager> m_manager;
     AnimationEditorExtension *m_extension = nullptr;
-    std::unique_ptr<TestInterface> m_host;
+    std::unique_ptr<OrganizerHost> m_host;
     std::unique_ptr<QTemporaryDir> m_dir;
     Held<Project> m_project;
     Animations *m_animations = nullptr;
@@ -166,7 +179,7 @@ void AnimationEditorTest::initTestCase()
 
 void AnimationEditorTest::init()
 {
-    m_host = std::make_unique<TestInterface>();
+    m_host = std::make_unique<OrganizerHost>();
     QMap<QString, QVariant> &o = m_host->options;
     o[QStringLiteral("native_painting")] = true;
     o[QStringLiteral("zoom_level")] = 3;
@@ -461,6 +474,20 @@ void AnimationEditorTest::deleteAndSwitchBoxes()
     QCOMPARE(canvas->boxes(ContactBoxCode::Collision).size(), 2);
     m_editor->undo();
     QCOMPARE(text(), before);
+    // The canvas catches up with the text at the next turn of the event loop, which a
+    // user's next click always comes after.
+    QApplication::processEvents();
+
+    // The selected box deleted by its button: one line less, one step back.
+    QTest::mouseClick(view(), Qt::LeftButton, Qt::NoModifier, attackBox);
+    QCOMPARE(canvas->selectedContactBoxes().size(), 1);
+    QTest::mouseClick(button("anim_box_del"), Qt::LeftButton);
+    QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Attack)->count(), 0u);
+    QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Collision)->count(), 1u);
+    QCOMPARE(linesOf(text()).size(), linesOf(before).size() - 1);
+    QCOMPARE(canvas->boxes(ContactBoxCode::Attack).size(), 0);
+    m_editor->undo();
+    QCOMPARE(text(), before);
 
     QTest::mouseClick(button("anim_box_delall"), Qt::LeftButton);
     QCOMPARE(m_editor->currentFrame()->contactBoxes(ContactBoxCode::Collision)->count(), 0u);
@@ -704,6 +731,25 @@ void AnimationEditorTest::statusTexts()
     const QPointF scale = m_editor->renderer()->scale();
     QTest::mouseMove(view(), origin + QPoint(qRound(10 * scale.x()), qRound(-20 * scale.y())));
     QTRY_COMPARE(m_host->statusTexts.value(0), QStringLiteral("Position: 10, -20"));
+}
+
+// The host's organizer shows the file's animations beside the canvas when the user wants it.
+void AnimationEditorTest::organizerByOption()
+{
+    OrganizerEditor organizer;
+    m_host->organizer = &organizer;
+    m_host->options[QStringLiteral("show_organizer")] = true;
+    m_host->activateEditor(nullptr);
+    m_host->activateEditor(m_editor.get());
+    QCOMPARE(organizer.object(), static_cast<OrganizableObject *>(m_animations));
+    QCOMPARE(m_host->shownExtra, &organizer);
+
+    m_host->options[QStringLiteral("show_organizer")] = false;
+    m_host->activateEditor(nullptr);
+    m_host->activateEditor(m_editor.get());
+    QCOMPARE(organizer.object(), nullptr);
+    QCOMPARE(m_host->shownExtra, nullptr);
+    m_host->organizer = nullptr;
 }
 
 void AnimationEditorTest::screenshot()

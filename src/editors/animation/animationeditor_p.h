@@ -69,6 +69,8 @@ public:
     void leaveCanvas();
     // The current frame's boxes to the canvas again; the canvas keeps the selection.
     void syncBoxes();
+    // A sync that waits for the canvas, now.
+    void flushBoxSync();
     // Writes the canvas's box rectangles that differ from their code, one undo step.
     void writeBoxes();
     void setFrameOffset(QPoint offset);

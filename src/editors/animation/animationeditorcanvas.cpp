@@ -132,6 +132,16 @@ void AnimationEditorPrivate::leaveCanvas()
         graphicsWorkspace->setSidePanel(nullptr);
 }
 
+// The operations on the selected boxes read the canvas's list: it must name the boxes of
+// the text as it is now, not as it was before an undo that the canvas hasn't seen yet.
+void AnimationEditorPrivate::flushBoxSync()
+{
+    if (!boxSyncPending)
+        return;
+    syncBoxes();
+    q->frameChanged();
+}
+
 void AnimationEditorPrivate::syncBoxes()
 {
     boxSyncPending = false;
@@ -230,6 +240,7 @@ static void nudge(AnimationEditorPrivate *d, QPoint delta)
     if (!d->frame || !d->q->canChangeFieldValue())
         return;
     d->makeActive();
+    d->flushBoxSync();
     if (d->renderer && !d->renderer->selectedContactBoxes().isEmpty()) {
         d->renderer->moveSelectedContactBoxes(delta);
         d->writeBoxes();
@@ -313,6 +324,7 @@ void AnimationEditorPrivate::contactDrawingExit()
 
 void AnimationEditorPrivate::boxDel()
 {
+    flushBoxSync();
     if (!renderer || !frame || !q->canChangeFieldValue() || renderer->selectedContactBoxes().isEmpty())
         return;
     makeActive();
@@ -359,6 +371,7 @@ void AnimationEditorPrivate::boxDelAllAnim()
 // Each selected box leaves its list and joins the other type's at its end, as one step.
 void AnimationEditorPrivate::boxSwType()
 {
+    flushBoxSync();
     if (!renderer || !frame || !q->canChangeFieldValue())
         return;
     QList<QPair<ContactBoxCode::BoxType, QRect>> moved;
