@@ -53,6 +53,18 @@ const uint OnionFrameText = OwnTexts + 1;
 const uint OnionFindText = OwnTexts + 2;
 const uint AnimationLabelText = OwnTexts + 3;
 const uint FrameLabelText = 83;
+const uint FlipTexts[] = {87, 89, 88, 90}; // in the order of the flip bits
+
+// The panel's labels by name, with their texts.
+const struct
+{
+    const char *name;
+    uint text;
+} panelLabels[] = {{"anim_sel_lb", AnimationLabelText}, {"anim_frame_sel_lb", FrameLabelText},
+                   {"anim_frame_xaxis_lb", 84},         {"anim_frame_yaxis_lb", 85},
+                   {"anim_frame_time_lb", 94},          {"anim_frame_flip_lb", 86},
+                   {"anim_frame_xscale_lb", 91},        {"anim_frame_yscale_lb", 92},
+                   {"anim_frame_angle_lb", 93}};
 const uint EditorText = 51;
 
 // Panel groups: playback and frames, contact boxes, onion skin.
@@ -181,8 +193,8 @@ void addFields(AnimationEditorPrivate *d, QGridLayout *grid)
     d->timeField = makeSpin<QSpinBox>(d->panel, "anim_frame_time", -1, 32767);
     d->flipField = new QComboBox(d->panel);
     d->flipField->setObjectName(QStringLiteral("anim_frame_flip"));
-    // In the order of the flip bits, so that the row is the frame's flags.
-    for (uint text : {87u, 89u, 88u, 90u})
+    // The row is the frame's flags.
+    for (uint text : FlipTexts)
         d->flipField->addItem(strings().text(text));
     d->xScaleField = makeSpin<QDoubleSpinBox>(d->panel, "anim_frame_xscale", -100.0, 100.0);
     d->yScaleField = makeSpin<QDoubleSpinBox>(d->panel, "anim_frame_yscale", -100.0, 100.0);
@@ -722,6 +734,14 @@ void AnimationEditor::retranslate()
             action->setToolTip(strings().tip(entry.text));
         }
     }
+    if (d->panel) {
+        for (const auto &label : panelLabels) {
+            if (auto *widget = d->panel->findChild<QLabel *>(QString::fromLatin1(label.name)))
+                widget->setText(strings().text(label.text));
+        }
+        for (int row = 0; row < d->flipField->count() && row < 4; ++row)
+            d->flipField->setItemText(row, strings().text(FlipTexts[row]));
+    }
     d->updateState();
     d->updateOnion();
 }
@@ -729,6 +749,9 @@ void AnimationEditor::retranslate()
 void AnimationEditor::reconfig()
 {
     CodeFileEditor::reconfig();
+    // The canvas takes the look of the options through the workspace it is shown in.
+    if (isActive() && !d->editCodeMode && d->graphicsWorkspace)
+        d->graphicsWorkspace->reconfig();
     if (d->onion.enabled)
         d->onionSkinChanged(true);
 }
