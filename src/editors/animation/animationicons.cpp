@@ -14,12 +14,12 @@
 namespace Ovra {
 namespace {
 
-const QColor ink(60, 66, 76);
-const QColor attack(210, 60, 60);
-const QColor collision(60, 100, 210);
-const QColor addition(46, 150, 62);
-const QColor removal(192, 48, 48);
-const QColor onion(150, 110, 40);
+constexpr QRgb ink = qRgb(60, 66, 76);
+constexpr QRgb attack = qRgb(210, 60, 60);
+constexpr QRgb collision = qRgb(60, 100, 210);
+constexpr QRgb addition = qRgb(46, 150, 62);
+constexpr QRgb removal = qRgb(192, 48, 48);
+constexpr QRgb onion = qRgb(150, 110, 40);
 
 void pen(QPainter &p, const QColor &colour, double width = 2.5)
 {
@@ -27,7 +27,7 @@ void pen(QPainter &p, const QColor &colour, double width = 2.5)
     p.setBrush(Qt::NoBrush);
 }
 
-void arrow(QPainter &p, QPointF from, QPointF to, const QColor &colour = ink)
+void arrow(QPainter &p, QPointF from, QPointF to, const QColor &colour = QColor(ink))
 {
     pen(p, colour);
     p.drawLine(from, to);
@@ -54,7 +54,7 @@ void film(QPainter &p, const QRectF &rect = QRectF(5, 6, 18, 20))
 
 void box(QPainter &p, const QRectF &rect, const QColor &colour)
 {
-    QColor fill = colour;
+    QColor fill(colour);
     fill.setAlpha(90);
     p.setPen(QPen(colour, 2.5));
     p.setBrush(fill);
@@ -95,7 +95,7 @@ void onionRings(QPainter &p)
 {
     pen(p, onion, 2.5);
     p.drawEllipse(QRectF(4, 6, 16, 16));
-    QColor light = onion;
+    QColor light(onion);
     light.setAlpha(110);
     pen(p, light, 2.5);
     p.drawEllipse(QRectF(11, 10, 16, 16));
@@ -109,14 +109,14 @@ void addFrameDrawings(QHash<QString, Drawing> &table)
     table.insert({
         {QStringLiteral("anim_play"),
          [](QPainter &p) {
-             p.setPen(QPen(addition.darker(120), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-             p.setBrush(addition);
+             p.setPen(QPen(QColor(addition).darker(120), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+             p.setBrush(QColor(addition));
              p.drawPolygon(QPolygonF({QPointF(9, 6), QPointF(26, 16), QPointF(9, 26)}));
          }},
         {QStringLiteral("anim_stop"),
          [](QPainter &p) {
-             p.setPen(QPen(removal.darker(120), 2));
-             p.setBrush(removal);
+             p.setPen(QPen(QColor(removal).darker(120), 2));
+             p.setBrush(QColor(removal));
              p.drawRect(QRectF(8, 8, 16, 16));
          }},
         {QStringLiteral("anim_prev_frame"),
@@ -167,7 +167,7 @@ void addMoveDrawings(QHash<QString, Drawing> &table)
          [](QPainter &p) {
              pen(p, ink, 2);
              p.drawLine(QPointF(11, 2), QPointF(11, 20));
-             p.setBrush(ink);
+             p.setBrush(QColor(ink));
              p.drawPolygon(QPolygonF({QPointF(9, 5), QPointF(2, 17), QPointF(9, 17)}));
              p.setBrush(Qt::NoBrush);
              p.drawPolygon(QPolygonF({QPointF(13, 5), QPointF(20, 17), QPointF(13, 17)}));
