@@ -1,9 +1,14 @@
 // Drawing the waveform of a ten-minute 44.1 kHz stereo sound, from the min/max summaries
 // and from the raw frames, at a zoom that shows all of it and at one that shows a second.
+// And the memory an hour-long sound takes after a hundred edits, with the undo data in
+// the disk cache: the process's resident size against the sound's own bytes.
 #include "ratioreporter.h"
 
 #include "editors/sound/audiodata.h"
 #include "editors/sound/audiowaveform.h"
+#include "cache/cachebackends.h"
+
+#include <QFile>
 
 #include <QGuiApplication>
 
@@ -80,8 +85,63 @@ void editSecondInPlace(benchmark::State &state)
     f.data.undoStack.clear();
 }
 
+// The resident size of this process, in bytes; 0 where the system doesn't tell.
+double residentBytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').first().toDouble() * 1024;
+    return 0;
+}
+
+// Runs first, before the ten-minute fixture exists, so that the resident size is this
+// sound's and its history's alone (and the program's own).
+void hourAfterHundredEdits(benchmark::State &state)
+{
+    constexpr quint32 HourFrames = Rate * 3600;
+    for (auto _ : state) {
+        AudioData data; // without a host the undo data goes to the disk cache
+        {
+            SoundSample sample;
+            sample.channels = 2;
+            sample.bits = 16;
+            sample.frequency = Rate;
+            sample.samples = HourFrames;
+            sample.data.resize(int(qint64(HourFrames) * 4));
+            auto *values = reinterpret_cast<qint16 *>(sample.data.data());
+            quint32 noise = 7;
+            for (quint32 i = 0; i < HourFrames * 2; ++i) {
+                noise = noise * 1664525u + 1013904223u;
+                values[i] = qint16(std::sin(i * 0.031) * 12000 + int(noise >> 26));
+            }
+            data.setSample(sample);
+        }
+        AudioWaveform waveform(&data);
+        waveform.setHScale(double(ViewSize.width()) / HourFrames);
+        benchmark::DoNotOptimize(waveform.render(ViewSize, AudioWaveform::Summaries));
+        QByteArray second(int(Rate * 4), Qt::Uninitialized);
+        for (int edit = 0; edit < 100; ++edit) {
+            for (int i = 0; i < second.size(); ++i)
+                second[i] = char((i * 7 + edit * 13) & 0xff);
+            const quint32 at = quint32(edit) * 35 * Rate;
+            data.select(at, at + Rate);
+            data.changeSelectedSamples(second);
+        }
+        const double soundBytes = double(data.sample.data.size());
+        state.counters["rss_per_sound"] = residentBytes() / soundBytes;
+        state.counters["sound_MB"] = soundBytes / 1e6;
+        auto *disk = dynamic_cast<DiskCache *>(data.cache);
+        state.counters["undo_file_MB"] = disk ? double(disk->fileSize()) / 1e6 : -1;
+        state.counters["undo_steps"] = data.undoStack.count();
+    }
+}
+
 } // namespace
 
+BENCHMARK(hourAfterHundredEdits)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(drawAllSummaries)->Unit(benchmark::kMillisecond);
 BENCHMARK(drawAllFrames)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(drawSecondSummaries)->Unit(benchmark::kMillisecond);

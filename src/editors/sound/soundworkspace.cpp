@@ -4,6 +4,7 @@
 #include "editors/sound/soundworkspace_p.h"
 
 #include <QScrollBar>
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -50,11 +51,14 @@ SoundWorkspace::SoundWorkspace(Interface *interface, QWidget *parent)
     qRegisterMetaType<SoundSample::State>();
     d->widget = new AudioSampleWidget(&d->data, this);
     d->scrollBar = new QScrollBar(Qt::Horizontal, this);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(d->widget, 1);
-    layout->addWidget(d->scrollBar);
+    auto *column = new QVBoxLayout;
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(d->widget, 1);
+    column->addWidget(d->scrollBar);
+    d->row = new QHBoxLayout(this);
+    d->row->setContentsMargins(0, 0, 0, 0);
+    d->row->addLayout(column, 1);
 
     AudioData *data = &d->data;
     connect(data, &AudioData::selectionChanged, this, &SoundWorkspace::selectionChanged);
@@ -261,6 +265,26 @@ AudioSampleWidget *SoundWorkspace::sampleWidget() const
 AudioData *SoundWorkspace::audioData() const
 {
     return &d->data;
+}
+
+void SoundWorkspace::setSidePanel(QWidget *panel)
+{
+    if (panel == d->sidePanel)
+        return;
+    if (d->sidePanel) {
+        d->row->removeWidget(d->sidePanel);
+        d->sidePanel->hide();
+    }
+    d->sidePanel = panel;
+    if (panel) {
+        d->row->addWidget(panel);
+        panel->show();
+    }
+}
+
+QWidget *SoundWorkspace::sidePanel() const
+{
+    return d->sidePanel;
 }
 
 } // namespace Ovra

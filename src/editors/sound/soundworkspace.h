@@ -61,6 +61,10 @@ public:
 
     AudioSampleWidget *sampleWidget() const;
     AudioData *audioData() const;
+    // A panel at the right of the waveform (the controls of the editor shown); the
+    // workspace takes it as a child. One at a time; null removes it.
+    void setSidePanel(QWidget *panel);
+    QWidget *sidePanel() const;
 
 signals:
     void sampleChanged(const Ovra::SampleInfo &info);

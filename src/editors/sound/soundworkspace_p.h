@@ -5,6 +5,9 @@
 #include "sound/soundplayer.h"
 #include "sound/soundsample.h"
 
+#include <QPointer>
+
+class QHBoxLayout;
 class QScrollBar;
 
 namespace Ovra {
@@ -24,6 +27,8 @@ public:
     AudioData data;
     AudioSampleWidget *widget = nullptr;
     QScrollBar *scrollBar = nullptr;
+    QHBoxLayout *row = nullptr;
+    QPointer<QWidget> sidePanel;
     SoundPlayer player{1};
     int channel = -1;
     SoundSample::State state = SoundSample::Stopped;
