@@ -26,6 +26,7 @@
 #include "image/sprite.h"
 #include "foundation/itemsdialog.h"
 #include "project/project.h"
+#include "render/renderer.h"
 #include "render/renderwidgetbase.h"
 
 #include <QAction>
@@ -112,6 +113,7 @@ private slots:
 
     void states();
     void selectorsAndPositionText();
+    void dragAttackBox_data();
     void dragAttackBox();
     void drawCollisionBox();
     void moveSprite();
@@ -122,6 +124,7 @@ private slots:
     void typeIntoField();
     void undoKeepsSelection();
     void playTicks();
+    void playHoldsForEver();
     void onionLabel();
     void spriteExplorerActions();
     void statusTexts();
@@ -330,9 +333,20 @@ void AnimationEditorTest::selectorsAndPositionText()
     QCOMPARE(frames->currentIndex(), 0);
 }
 
+void AnimationEditorTest::dragAttackBox_data()
+{
+    QTest::addColumn<bool>("openGL");
+    QTest::newRow("painter") << false;
+    QTest::newRow("OpenGL") << true;
+}
+
 void AnimationEditorTest::dragAttackBox()
 {
+    QFETCH(bool, openGL);
+    m_host->options[QStringLiteral("native_painting")] = !openGL;
+    m_graphics->reconfig();
     QVERIFY(showEditor());
+    QCOMPARE(m_editor->renderer()->isOpenGL(), openGL);
     m_editor->selectAnimation(Punch);
     m_editor->selectFrame(2);
     GraphicsRenderer *canvas = m_editor->renderer();
@@ -650,6 +664,32 @@ void AnimationEditorTest::playTicks()
     QCOMPARE(m_editor->currentAnimation()->indexOfFrame(m_editor->currentFrame()), 4);
     QCOMPARE(m_editor->player().currentFrame(), m_editor->currentFrame());
     QCOMPARE(m_editor->player().time(), 30u);
+}
+
+// A frame whose delay is negative is the last one shown: the play stays on it.
+void AnimationEditorTest::playHoldsForEver()
+{
+    const int hurt = 4;
+    QCOMPARE(m_animations->at(hurt)->frameAt(1)->delay(), -1);
+    QVERIFY(showEditor());
+    m_editor->selectAnimation(hurt);
+    TimeLineWidget *line = m_graphics->timeLine();
+    line->setTimeSource(new SteadyClock);
+    QList<QPair<uint, int>> seen;
+    connect(line, &TimeLineWidget::tickChanged, this, [&](uint tick) {
+        seen << qMakePair(tick, m_editor->currentAnimation()->indexOfFrame(m_editor->currentFrame()));
+    });
+    QTest::mouseClick(button("anim_play"), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(seen.size() >= 30, 20000);
+    QTest::mouseClick(button("anim_play"), Qt::LeftButton);
+    QVERIFY(!line->isPlaying());
+    // The ticks run on without a loop back; the first frame lasts 8 of them.
+    for (int i = 0; i < seen.size(); ++i) {
+        if (i > 0)
+            QVERIFY(seen.at(i).first >= seen.at(i - 1).first);
+        QCOMPARE(seen.at(i).second, seen.at(i).first < 8 ? 0 : 1);
+    }
+    QVERIFY(seen.last().first >= 28);
 }
 
 void AnimationEditorTest::onionLabel()
