@@ -2,6 +2,7 @@
 // the sample engine's plug-in, its editor made the way a host makes it, and the mouse
 // and the keys on the real render widget, the panel's buttons and its fields. What the
 // user does lands in the animation file's text, line by line, with one undo step each.
+#include "animationeditortestsupport.h"
 #include "testinterface.h"
 #include "held.h"
 #include "modalanswer.h"
@@ -44,58 +45,6 @@
 using namespace Ovra;
 
 namespace {
-
-// A clock that says a tick took exactly its period, so that the time line's correction
-// keeps its interval whatever the machine does meanwhile.
-class SteadyClock : public TimeSource
-{
-public:
-    void start() override { m_count = 0; }
-    qint64 restart() override { return ++m_count % 3 == 0 ? 16 : 17; }
-
-private:
-    qint64 m_count = 0;
-};
-
-QStringList linesOf(const QString &text)
-{
-    QString plain = text;
-    plain.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    return plain.split(QLatin1Char('\n'));
-}
-
-// The rows where two texts of as many lines differ.
-QList<int> differingLines(const QStringList &before, const QStringList &after)
-{
-    QList<int> rows;
-    for (int i = 0; i < qMin(before.size(), after.size()); ++i) {
-        if (before.at(i) != after.at(i))
-            rows << i;
-    }
-    return rows;
-}
-
-// The frame an animation player shows after `tick` ticks of the time line: the way the
-// editor steps it, from the start.
-int playedFrame(Animations *animations, int animation, uint tick)
-{
-    AnimationPlayer player;
-    player.change(animations, animation, true);
-    for (uint i = 0; i <= tick; ++i)
-        player.tick();
-    return player.currentFrame() ? animations->at(uint(animation))->indexOfFrame(player.currentFrame()) : -1;
-}
-
-// A host that keeps an organizer among its side editors.
-class OrganizerHost : public TestInterface
-{
-public:
-    Ovra::ExtraEditor *extraEditor(int index) override { return index == 0 ? organizer : nullptr; }
-    void setExtraEditor(Ovra::ExtraEditor *editor) override { shownExtra = editor; }
-
-    Ovra::ExtraEditor *organizer = nullptr;
-    Ovra::ExtraEditor *shownExtra = nullptr;
-};
 
 const int Punch = 2;
 const int Walk = 1;
