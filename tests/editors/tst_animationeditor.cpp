@@ -6,6 +6,7 @@
 #include "testinterface.h"
 #include "held.h"
 #include "modalanswer.h"
+#include "scriptedanswerer.h"
 #include "testfiles.h"
 
 #include "code/animationcode.h"
@@ -68,6 +69,9 @@ private slots:
     void moveSprite();
     void nudgeButton();
     void deleteAndSwitchBoxes();
+    void deleteFrame();
+    void oddText_data();
+    void oddText();
     void fieldGuard();
     void typeIntoField_data();
     void typeIntoField();
@@ -470,6 +474,80 @@ void AnimationEditorTest::deleteAndSwitchBoxes()
         QCOMPARE(each->contactBoxes(ContactBoxCode::Collision)->count(), 0u);
     m_editor->undo();
     QCOMPARE(text(), before);
+}
+
+void AnimationEditorTest::deleteFrame()
+{
+    m_editor->selectAnimation(Punch);
+    m_editor->selectFrame(3);
+    const QString before = text();
+    // Asked first, the user says no: nothing goes.
+    m_host->options[QStringLiteral("confirm_delete")] = true;
+    {
+        ScriptedAnswerer user({QMessageBox::No});
+        QTest::mouseClick(button("anim_frame_delete"), Qt::LeftButton);
+        QCOMPARE(user.prompts().size(), 1);
+        QCOMPARE(user.prompts().first().text, QStringLiteral("Do you really want to delete the frame?"));
+    }
+    QCOMPARE(text(), before);
+    {
+        ScriptedAnswerer user({QMessageBox::Yes});
+        QTest::mouseClick(button("anim_frame_delete"), Qt::LeftButton);
+    }
+    // The last frame went with its box: the one before it is current now.
+    QCOMPARE(m_animations->at(Punch)->frameCount(), 3u);
+    QCOMPARE(linesOf(text()).size(), linesOf(before).size() - 2);
+    QCOMPARE(m_editor->currentFrame(), m_animations->at(Punch)->frameAt(2));
+    QCOMPARE(field<QComboBox>("anim_frame_sel")->count(), 3);
+    QCOMPARE(field<QLabel>("anim_frame_lb")->text(), QStringLiteral("3 / 3 - 6 ticks"));
+    m_editor->undo();
+    QCOMPARE(text(), before);
+    QCOMPARE(field<QComboBox>("anim_frame_sel")->count(), 4);
+}
+
+// Texts a user may type or a file may hold: the editor shows what parses and never
+// trips over what doesn't.
+void AnimationEditorTest::oddText_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("animations");
+
+    QTest::newRow("unknown sprite") << "animation 1\n    frame (999, 999) delay=4\n" << 1;
+    QTest::newRow("broken values") << "animation 1\n    frame (1, x) delay=abc offset=(,)\n    body (1, 2)\n" << 1;
+    QTest::newRow("frame before any animation") << "    frame (0, 0) delay=3\nanimation 2\n" << 1;
+    QTest::newRow("boxes without a frame") << "animation 3\n    attack (1, 2, 3, 4)\n" << 1;
+    QTest::newRow("huge numbers") << "animation 4\n    frame (0, 0) delay=99999999999 offset=(99999999, -99999999)\n"
+                                  << 1;
+    QTest::newRow("all delays zero") << "animation 5\n    frame (0, 0) delay=0\n    frame (0, 1) delay=0\n" << 1;
+    QTest::newRow("binary noise") << QString::fromLatin1("\x01\x02animation\x7f\n\tframe\x00(\n") << -1;
+}
+
+void AnimationEditorTest::oddText()
+{
+    QFETCH(QString, code);
+    QFETCH(int, animations);
+
+    QVERIFY(showEditor());
+    m_animations->document()->fromString(code);
+    if (animations >= 0)
+        QCOMPARE(int(m_animations->count()), animations);
+    QCOMPARE(field<QComboBox>("anim_sel")->count(), int(m_animations->count()));
+    for (int a = 0; a < int(m_animations->count()); ++a) {
+        m_editor->selectAnimation(a);
+        QCOMPARE(m_editor->currentAnimation(), m_animations->at(uint(a)));
+        const int frames = int(m_editor->currentAnimation()->frameCount());
+        QCOMPARE(field<QComboBox>("anim_frame_sel")->count(), frames);
+        for (int f = 0; f < frames; ++f) {
+            m_editor->selectFrame(f);
+            QCOMPARE(m_editor->currentFrame(), m_editor->currentAnimation()->frameAt(uint(f)));
+            QTest::mouseClick(button("anim_pos_right"), Qt::LeftButton);
+            QTest::mouseClick(button("anim_next_frame"), Qt::LeftButton);
+        }
+        // A few ticks on whatever the animation holds.
+        m_graphics->timeLine()->setCurrentTick(5);
+        m_graphics->timeLine()->setCurrentTick(0);
+    }
+    view()->repaint();
 }
 
 void AnimationEditorTest::fieldGuard()
