@@ -3,33 +3,16 @@
 // and the keys on the real render widget, the panel's buttons and its fields. What the
 // user does lands in the animation file's text, line by line, with one undo step each.
 #include "animationeditortestsupport.h"
-#include "testinterface.h"
-#include "held.h"
 #include "modalanswer.h"
 #include "scriptedanswerer.h"
-#include "testfiles.h"
 
-#include "code/animationcode.h"
-#include "code/animationplayer.h"
-#include "code/animations.h"
-#include "code/codedocument.h"
 #include "code/framecode.h"
-#include "editors/animation/animationeditor.h"
-#include "editors/animation/animationeditor_p.h"
-#include "editors/animation/animationeditorextension.h"
 #include "editors/animation/timelinewidget.h"
-#include "editors/animation/timesource.h"
-#include "editors/code/codeworkspace.h"
-#include "editors/graphics/graphicsworkspace.h"
 #include "editors/organizer/organizereditor.h"
-#include "editors/organizer/thumbnailseditor.h"
-#include "engine/extension.h"
 #include "engine/extensionmanager.h"
-#include "image/sprite.h"
 #include "foundation/itemsdialog.h"
-#include "project/project.h"
+#include "image/sprite.h"
 #include "render/renderer.h"
-#include "render/renderwidgetbase.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -52,7 +35,7 @@ const int Walk = 1;
 
 } // namespace
 
-class AnimationEditorTest : public QObject
+class AnimationEditorTest : public QObject, public AnimationEditorFixture
 {
     Q_OBJECT
 
@@ -85,40 +68,8 @@ private slots:
     void screenshot();
 
 private:
-    QString text() const { return m_animations->document()->toString(); }
-    QWidget *view() const { return dynamic_cast<QWidget *>(m_graphics->renderWidget()); }
-    QAction *action(const char *name) const { return m_host->action(name); }
-    QToolButton *button(const char *name) const
-    {
-        return m_editor->panel()->findChild<QToolButton *>(QString::fromLatin1(name) + QStringLiteral("_button"));
-    }
-    template<class T>
-    T *field(const char *name) const
-    {
-        return m_editor->panel()->findChild<T *>(QString::fromLatin1(name));
-    }
-    // The editor's inside, found by its class name: the library doesn't export it.
-    AnimationEditorPrivate *inside() const
-    {
-        for (QObject *child : m_editor->children()) {
-            if (qstrcmp(child->metaObject()->className(), "Ovra::AnimationEditorPrivate") == 0)
-                return static_cast<AnimationEditorPrivate *>(child);
-        }
-        return nullptr;
-    }
-    void drag(QPoint from, QPoint to);
-    bool showEditor();
-
     std::unique_ptr<ExtensionManager> m_manager;
     AnimationEditorExtension *m_extension = nullptr;
-    std::unique_ptr<OrganizerHost> m_host;
-    std::unique_ptr<QTemporaryDir> m_dir;
-    Held<Project> m_project;
-    Animations *m_animations = nullptr;
-    std::unique_ptr<CodeWorkspace> m_code;
-    std::unique_ptr<GraphicsWorkspace> m_graphics;
-    Held<AnimationEditor> m_editor;
-    std::unique_ptr<ThumbnailsEditor> m_thumbnails;
 };
 
 void AnimationEditorTest::initTestCase()
@@ -135,73 +86,12 @@ void AnimationEditorTest::initTestCase()
 
 void AnimationEditorTest::init()
 {
-    m_host = std::make_unique<OrganizerHost>();
-    QMap<QString, QVariant> &o = m_host->options;
-    o[QStringLiteral("native_painting")] = true;
-    o[QStringLiteral("zoom_level")] = 3;
-    o[QStringLiteral("back_start")] = QColor(60, 70, 90);
-    o[QStringLiteral("back_end")] = QColor(20, 24, 36);
-    o[QStringLiteral("attackbox")] = QColor(230, 40, 40);
-    o[QStringLiteral("collisionbox")] = QColor(40, 90, 230);
-    o[QStringLiteral("box_opacity")] = 0.5;
-    o[QStringLiteral("show_attack_box")] = true;
-    o[QStringLiteral("show_collision_box")] = true;
-    o[QStringLiteral("confirm_delete")] = false;
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(copyTree(QStringLiteral(OVRA_EXAMPLES_DIR "/sample"), m_dir->filePath(QStringLiteral("work"))));
-    EngineExtension *engine = EngineExtension::forProjectFile(QStringLiteral("any.ovp"));
-    QVERIFY(engine);
-    QString error;
-    m_project.reset(engine->openProject(m_dir->filePath(QStringLiteral("work/knight/knight.ovp")), &error));
-    QVERIFY2(m_project, qPrintable(error));
-    m_animations = dynamic_cast<Animations *>(m_project->file(Project::Animations));
-    QVERIFY(m_animations);
-    m_code = std::make_unique<CodeWorkspace>(m_host.get());
-    m_graphics = std::make_unique<GraphicsWorkspace>(m_host.get());
-    m_thumbnails = std::make_unique<ThumbnailsEditor>();
-    m_editor.reset(m_extension->create(m_code.get(), m_graphics.get(), m_thumbnails.get()));
-    QVERIFY(m_editor);
-    m_editor->setCurrentFile(m_animations);
-    m_host->activateEditor(m_editor.get());
-    QVERIFY(m_editor->isActive());
+    open(m_extension);
 }
 
 void AnimationEditorTest::cleanup()
 {
-    m_host->activeEditor = nullptr;
-    m_editor.reset();
-    // The editor ends at the next turn of the event loop; the workspaces outlive it.
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    m_thumbnails.reset();
-    m_graphics.reset();
-    m_code.reset();
-    m_animations = nullptr;
-    m_project.reset();
-    m_dir.reset();
-    m_host.reset();
-}
-
-bool AnimationEditorTest::showEditor()
-{
-    m_graphics->resize(1000, 640);
-    m_graphics->show();
-    if (!QTest::qWaitForWindowExposed(m_graphics.get()))
-        return false;
-    m_editor->renderer()->centralize();
-    return true;
-}
-
-void AnimationEditorTest::drag(QPoint from, QPoint to)
-{
-    QWidget *widget = view();
-    QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, from);
-    // Several steps, as a hand moves.
-    for (int step = 1; step <= 4; ++step) {
-        const QPoint at = from + (to - from) * step / 4;
-        QMouseEvent move(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(widget, &move);
-    }
-    QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, to);
+    close();
 }
 
 // The four states and the actions they enable, as the text changes under the editor.
