@@ -65,6 +65,7 @@ private slots:
     void spriteExplorerActions();
     void statusTexts();
     void organizerByOption();
+    void withoutGraphicsWorkspace();
     void screenshot();
 
 private:
@@ -707,6 +708,29 @@ void AnimationEditorTest::organizerByOption()
     QCOMPARE(organizer.object(), nullptr);
     QCOMPARE(m_host->shownExtra, nullptr);
     m_host->organizer = nullptr;
+}
+
+// A host that has no graphics view yet still gets a working editor of the fields.
+void AnimationEditorTest::withoutGraphicsWorkspace()
+{
+    Held<AnimationEditor> bare(m_extension->create(m_code.get(), nullptr, nullptr));
+    QVERIFY(bare);
+    QCOMPARE(bare->timeLine(), nullptr);
+    bare->setCurrentFile(m_animations);
+    m_host->activateEditor(bare.get());
+    QVERIFY(bare->isActive());
+    QCOMPARE(bare->widget(), static_cast<QWidget *>(m_code.get()));
+    bare->selectAnimation(Punch);
+    bare->selectFrame(1);
+    auto *x = bare->panel()->findChild<QSpinBox *>(QStringLiteral("anim_frame_xaxis"));
+    x->setValue(4);
+    QCOMPARE(m_animations->at(Punch)->frameAt(1)->offsetX(), 4);
+    QVERIFY(bare->panel()->findChild<QToolButton *>(QStringLiteral("anim_play_button")));
+    // Play has no clock to play by: the button doesn't stay down.
+    bare->panel()->findChild<QToolButton *>(QStringLiteral("anim_play_button"))->click();
+    QVERIFY(!m_host->action("anim_play")->isChecked());
+    m_host->activateEditor(nullptr);
+    bare->setCurrentFile(nullptr);
 }
 
 void AnimationEditorTest::screenshot()

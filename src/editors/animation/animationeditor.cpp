@@ -156,8 +156,10 @@ void AnimationEditorPrivate::fillFrameBox()
 void AnimationEditorPrivate::updateState()
 {
     const bool hasFile = animations != nullptr;
-    for (QAction *action : qAsConst(fileActions))
-        action->setEnabled(hasFile);
+    for (const QPointer<QAction> &action : qAsConst(fileActions)) {
+        if (action)
+            action->setEnabled(hasFile);
+    }
     emit q->noFile(!hasFile);
     emit q->enabled(animation != nullptr);
     emit q->frameEnabled(frame != nullptr);

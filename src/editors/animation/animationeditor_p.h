@@ -134,10 +134,11 @@ public:
     int frameIndex = -1;
     // The onion skin's animation and frame rows of each file the editor showed.
     QHash<const QObject *, QPoint> onionChoices;
-    QAction *editorAction = nullptr;
-    QHash<QString, QAction *> actions;
+    QPointer<QAction> editorAction;
+    // The host may replace an action of a name when another editor asks for it again.
+    QHash<QString, QPointer<QAction>> actions;
     // Actions usable with any file, enabled by the editor itself.
-    QList<QAction *> fileActions;
+    QList<QPointer<QAction>> fileActions;
     // The file shown, as its document knows it.
     CodeNodeFile *animationsFile = nullptr;
     QMetaObject::Connection textConnection;

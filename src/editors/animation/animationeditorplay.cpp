@@ -161,14 +161,14 @@ void AnimationEditorPrivate::tick(uint tick)
 void AnimationEditorPrivate::playChanged(bool checked)
 {
     TimeLineWidget *line = timeLine();
-    if (!line)
-        return;
     if (!checked) {
-        line->stop();
+        if (line)
+            line->stop();
         return;
     }
     makeActive();
-    if (!animation || !player.change(animations, animationIndex, true)) {
+    // Without a time line there is no clock to play by.
+    if (!line || !animation || !player.change(animations, animationIndex, true)) {
         if (QAction *play = actionNamed("anim_play")) {
             QSignalBlocker blocker(play);
             play->setChecked(false);
