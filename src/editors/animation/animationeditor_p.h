@@ -1,6 +1,7 @@
 #pragma once
 // The inside of the animation editor, shared by its two halves: animationeditor.cpp (the
-// panel, the states, selection, fields, playback, the canvas, boxes and onion skin) and
+// panel, the states, selection, fields, playback, the canvas, boxes and onion skin; with
+// animationeditorpanel.cpp, animationeditorplay.cpp and animationeditorcanvas.cpp) and
 // animationeditorops.cpp (the operations over whole animations and files, each with its
 // dialog).
 #include "code/animationplayer.h"
