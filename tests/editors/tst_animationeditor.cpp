@@ -16,6 +16,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QInputDialog>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -636,14 +637,31 @@ void AnimationEditorTest::onionLabel()
     whenShown<ItemsDialog>([](ItemsDialog *dialog) { dialog->reject(); });
     QTest::mouseClick(button("anim_onion_sel"), Qt::LeftButton);
     QCOMPARE(label->text(), QStringLiteral("Animation: %1, Frame: 3").arg(m_animations->at(Walk)->displayName()));
-    // The onion frame becomes the current one.
+    // The user finds the punch by its number; a number no animation has changes nothing.
+    whenShown<QInputDialog>([](QInputDialog *dialog) {
+        dialog->setTextValue(QStringLiteral("200"));
+        dialog->accept();
+    });
     QTest::mouseClick(button("anim_onion_find"), Qt::LeftButton);
-    QCOMPARE(m_editor->currentFrame(), m_animations->at(Walk)->frameAt(2));
+    const QString punch = QStringLiteral("Animation: %1, Frame: 1").arg(m_animations->at(Punch)->displayName());
+    QCOMPARE(label->text(), punch);
+    {
+        ScriptedAnswerer user({QMessageBox::Ok});
+        whenShown<QInputDialog>([](QInputDialog *dialog) {
+            dialog->setTextValue(QStringLiteral("4242"));
+            dialog->accept();
+        });
+        QTest::mouseClick(button("anim_onion_find"), Qt::LeftButton);
+        QCOMPARE(user.prompts().size(), 1);
+        QCOMPARE(user.prompts().first().text, QStringLiteral("No animation found!"));
+    }
+    QCOMPARE(label->text(), punch);
+    QCOMPARE(m_editor->currentAnimation(), m_animations->at(0));
     // The choice stays with the file: away and back.
     m_editor->setCurrentFile(nullptr);
     QCOMPARE(label->text(), QStringLiteral("Animation: none, Frame: none"));
     m_editor->setCurrentFile(m_animations);
-    QCOMPARE(label->text(), QStringLiteral("Animation: %1, Frame: 3").arg(m_animations->at(Walk)->displayName()));
+    QCOMPARE(label->text(), punch);
 }
 
 // The sprite explorer shows the editor's four actions for the sprites of the file.

@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QObject>
 #include <QPointer>
+#include <QVector>
 
 class QAction;
 class QCheckBox;
@@ -72,6 +73,7 @@ public:
     void syncBoxes();
     // A sync that waits for the canvas, now.
     void flushBoxSync();
+    void scheduleRefresh();
     // Writes the canvas's box rectangles that differ from their code, one undo step.
     void writeBoxes();
     void setFrameOffset(QPoint offset);
@@ -147,6 +149,11 @@ public:
     QList<QMetaObject::Connection> canvasConnections;
     // A box sync is waiting for the canvas to finish its own write.
     bool boxSyncPending = false;
+    // The canvas and the time line follow the text at the next turn of the event loop,
+    // once for a burst of edits.
+    bool refreshPending = false;
+    // The delays of the current animation as the time line was last built for them.
+    QVector<int> reportedDelays;
 
 public slots:
     // --- animationeditor.cpp ---

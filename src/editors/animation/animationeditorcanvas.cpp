@@ -17,6 +17,7 @@
 #include "render/renderer.h"
 
 #include <QAction>
+#include <QInputDialog>
 #include <QLabel>
 #include <QPointer>
 #include <QSpinBox>
@@ -536,14 +537,28 @@ void AnimationEditorPrivate::rememberOnion()
     onionChoices.insert(animations, QPoint(onion.selectedAnimation, onion.selectedFrame));
 }
 
-// Brings the onion skin's frame up as the current frame, to edit what shows through.
+// The onion skin's animation by its identifier, quicker than the list in a long file.
 void AnimationEditorPrivate::onionFind()
 {
-    if (!onion.animation || onion.selectedFrame < 0 || onion.selectedFrame >= int(onion.animation->frameCount()))
+    if (!animations || !animations->count())
         return;
-    const int frameRow = onion.selectedFrame;
-    q->selectAnimation(onion.selectedAnimation);
-    q->selectFrame(frameRow);
+    makeActive();
+    bool ok = false;
+    const QString id = QInputDialog::getText(panel, tr("Find animation"), tr("Identifier:"), QLineEdit::Normal,
+                                             QString(), &ok)
+                           .trimmed();
+    if (!ok || id.isEmpty())
+        return;
+    const int row = animations->find(0, id);
+    if (row < 0) {
+        tell(QMessageBox::Information, tr("Find animation"), tr("No animation found!"), panel);
+        return;
+    }
+    onion.selectedAnimation = row;
+    onion.selectedFrame = 0;
+    rememberOnion();
+    refreshPointers();
+    updateOnion();
 }
 
 // ---- the sprite explorer's actions ---------------------------------------------------------

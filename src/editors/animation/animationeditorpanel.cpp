@@ -120,7 +120,7 @@ public:
         case OnionFrameText:
             return tr("Onion skin frame...");
         case OnionFindText:
-            return tr("Go to the onion skin frame");
+            return tr("Find onion skin animation...");
         case AnimationLabelText:
             return tr("Animation:");
         default:
@@ -135,7 +135,7 @@ public:
         case OnionFrameText:
             return tr("Choose the onion skin frame");
         case OnionFindText:
-            return tr("Show the onion skin frame as the current frame");
+            return tr("Find the animation of the onion skin by its identifier");
         case AnimationLabelText:
             return QString();
         default:

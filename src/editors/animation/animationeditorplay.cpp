@@ -33,6 +33,14 @@ uint frameStart(const AnimationCode *animation, int index)
     return start;
 }
 
+QVector<int> delaysOf(const AnimationCode *animation)
+{
+    QVector<int> delays;
+    for (uint i = 0; animation && i < animation->frameCount(); ++i)
+        delays << animation->frameAt(i)->delay();
+    return delays;
+}
+
 } // namespace
 
 TimeLineWidget *AnimationEditorPrivate::timeLine() const
@@ -70,26 +78,37 @@ void AnimationEditorPrivate::updateFromText()
     if (frame != before) {
         syncBoxes();
         q->frameChanged();
-    } else if (!boxSyncPending) {
+    } else {
         boxSyncPending = true;
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                if (!boxSyncPending)
-                    return;
-                syncBoxes();
-                q->frameChanged();
-            },
-            Qt::QueuedConnection);
     }
-    // The delays may have changed with the text (typing, undo): the player's frames and
-    // the lane follow, the time line stays where it is.
+    // The delays may have changed with the text (typing, undo): the player follows now,
+    // the time line once the burst of edits is over. The time line stays where it is.
     if (!timeLine() || !timeLine()->isPlaying())
         loadPlayer();
-    reportAnimationChanged(q->changeNotFromField());
+    scheduleRefresh();
     updateOnion();
     if (animationsBefore != animationBox->count())
         q->animationCountChanged();
+}
+
+void AnimationEditorPrivate::scheduleRefresh()
+{
+    if (refreshPending)
+        return;
+    refreshPending = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            refreshPending = false;
+            if (boxSyncPending) {
+                syncBoxes();
+                q->frameChanged();
+            }
+            // Operations of the editor that change delays report it themselves.
+            if (delaysOf(animation) != reportedDelays)
+                reportAnimationChanged(true);
+        },
+        Qt::QueuedConnection);
 }
 
 void AnimationEditorPrivate::showFrame()
@@ -106,8 +125,10 @@ void AnimationEditorPrivate::showFrame()
 
 void AnimationEditorPrivate::reportAnimationChanged(bool time)
 {
-    if (time)
+    if (time) {
+        reportedDelays = delaysOf(animation);
         rebuildTimeLine();
+    }
     q->animationChanged(time);
 }
 
