@@ -85,7 +85,7 @@ void AnimationEditorPrivate::setAnimations(Animations *list)
     loadPlayer();
     updateState();
     showFrame();
-    reportAnimationChanged(true);
+    reportIfShown();
     updateOnion();
     q->animationCountChanged();
 }

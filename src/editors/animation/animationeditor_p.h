@@ -74,6 +74,7 @@ public:
     // A sync that waits for the canvas, now.
     void flushBoxSync();
     void scheduleRefresh();
+    void reportIfShown();
     // Writes the canvas's box rectangles that differ from their code, one undo step.
     void writeBoxes();
     void setFrameOffset(QPoint offset);

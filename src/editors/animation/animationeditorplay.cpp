@@ -106,7 +106,7 @@ void AnimationEditorPrivate::scheduleRefresh()
             }
             // Operations of the editor that change delays report it themselves.
             if (delaysOf(animation) != reportedDelays)
-                reportAnimationChanged(true);
+                reportIfShown();
         },
         Qt::QueuedConnection);
 }
@@ -121,6 +121,16 @@ void AnimationEditorPrivate::showFrame()
         --tickGuard;
     }
     q->frameChanged();
+}
+
+// The editor's own news of another animation or of new delays matters for what is shown:
+// it is told only while the editor is shown, and the canvas takes it up on coming back.
+void AnimationEditorPrivate::reportIfShown()
+{
+    if (q->isActive() && !editCodeMode)
+        reportAnimationChanged(true);
+    else
+        reportedDelays = delaysOf(animation);
 }
 
 void AnimationEditorPrivate::reportAnimationChanged(bool time)
@@ -241,7 +251,7 @@ void AnimationEditorPrivate::selPosChanged(int index)
         line->setCurrentTick(0, true);
         --tickGuard;
     }
-    reportAnimationChanged(true);
+    reportIfShown();
     showFrame();
     setStatus(tr("%1 / %2").arg(index + 1).arg(animations->count()));
 }
