@@ -153,7 +153,8 @@ public:
     // The canvas and the time line follow the text at the next turn of the event loop,
     // once for a burst of edits.
     bool refreshPending = false;
-    // The delays of the current animation as the time line was last built for them.
+    // The current animation's name and delays as the time line was last built for them.
+    QString reportedName;
     QVector<int> reportedDelays;
 
 public slots:

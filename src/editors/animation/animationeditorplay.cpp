@@ -104,8 +104,10 @@ void AnimationEditorPrivate::scheduleRefresh()
                 syncBoxes();
                 q->frameChanged();
             }
-            // Operations of the editor that change delays report it themselves.
-            if (delaysOf(animation) != reportedDelays)
+            // Operations of the editor that change delays report it themselves; another
+            // animation in the current row (one above it went) is news too.
+            const QString name = animation ? animation->displayName() : QString();
+            if (delaysOf(animation) != reportedDelays || name != reportedName)
                 reportIfShown();
         },
         Qt::QueuedConnection);
@@ -127,16 +129,19 @@ void AnimationEditorPrivate::showFrame()
 // it is told only while the editor is shown, and the canvas takes it up on coming back.
 void AnimationEditorPrivate::reportIfShown()
 {
-    if (q->isActive() && !editCodeMode)
+    if (q->isActive() && !editCodeMode) {
         reportAnimationChanged(true);
-    else
+    } else {
         reportedDelays = delaysOf(animation);
+        reportedName = animation ? animation->displayName() : QString();
+    }
 }
 
 void AnimationEditorPrivate::reportAnimationChanged(bool time)
 {
     if (time) {
         reportedDelays = delaysOf(animation);
+        reportedName = animation ? animation->displayName() : QString();
         rebuildTimeLine();
     }
     q->animationChanged(time);
