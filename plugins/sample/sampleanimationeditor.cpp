@@ -48,6 +48,12 @@ Sprites *SampleAnimationEditor::spritesOf(Animations *animations) const
     return document ? document->sprites() : nullptr;
 }
 
+int SampleAnimationEditor::optimizeAnimations(Animations *animations)
+{
+    auto *file = dynamic_cast<SampleAnimations *>(animations);
+    return file ? file->optimize() : -1;
+}
+
 void SampleAnimationEditor::frameChanged()
 {
     if (m_canvas->container() != sprites())

@@ -27,6 +27,7 @@ protected:
     void frameChanged() override;
     void onionFrameChanged() override;
     void animationChanged(bool time) override;
+    int optimizeAnimations(Ovra::Animations *animations) override;
 
 private:
     using Info = Ovra::GraphicsRenderer::SpriteProvider::Info;

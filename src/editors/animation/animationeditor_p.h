@@ -85,6 +85,13 @@ public:
     void fileGone();
     void rememberOnion();
 
+    // --- animationeditorops.cpp ---
+    // Copies the animations into the file, asking before each one whose identifier is
+    // taken, as one undo step; the identifiers of those that went in.
+    QStringList copyAnimations(const QList<AnimationCode *> &sources);
+    // Selects the first imported animation and tells how many went in.
+    void reportImport(const QStringList &identifiers);
+
     AnimationEditor *const q;
     Interface *const interface;
     CodeWorkspace *codeWorkspace;
