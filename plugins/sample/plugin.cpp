@@ -3,6 +3,7 @@
 #include "animationexchange.h"
 #include "engine/extensionmanager.h"
 #include "gimppalette.h"
+#include "sampleanimationeditor.h"
 #include "sampleengine.h"
 #include "soundeffects.h"
 #include "ziparchive.h"
@@ -18,4 +19,5 @@ extern "C" Q_DECL_EXPORT void registerExtension(Ovra::ExtensionManager *)
     Ovra::ExtensionManager::add(new EchoEffect);
     Ovra::ExtensionManager::add(new AnimationExchangeExporter);
     Ovra::ExtensionManager::add(new AnimationExchangeImporter);
+    Ovra::ExtensionManager::add(new SampleAnimationEditorExtension);
 }

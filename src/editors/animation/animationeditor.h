@@ -90,6 +90,9 @@ protected:
     virtual void onionFrameChanged();
     virtual void animationCountChanged();
     virtual void cursorChanged(QPoint position);
+    // Cleans the code of the animation file as one undo step, and gives the number of
+    // lines that went; -1 when the engine has no such cleaning (the default).
+    virtual int optimizeAnimations(Animations *animations);
 
     // Brackets of a change from the fields: the text change that comes back isn't taken
     // for one from outside.

@@ -1,12 +1,15 @@
 #pragma once
 // The inside of the animation editor, shared by its two halves: animationeditor.cpp (the
-// panel, the states, selection, fields, playback, the canvas, boxes and onion skin) and
+// panel, the states, selection, fields, playback, the canvas, boxes and onion skin; with
+// animationeditorpanel.cpp, animationeditorplay.cpp and animationeditorcanvas.cpp) and
 // animationeditorops.cpp (the operations over whole animations and files, each with its
 // dialog).
 #include "code/animationplayer.h"
 #include "editors/animation/animationeditor.h"
+#include <QHash>
 #include <QObject>
 #include <QPointer>
+#include <QVector>
 
 class QAction;
 class QCheckBox;
@@ -18,13 +21,18 @@ class QSpinBox;
 namespace Ovra {
 
 class AnimEditTxt;
+class CodeNodeFile;
 class Interface;
+class Sprite;
 
 class AnimationEditorPrivate : public QObject
 {
     Q_OBJECT
 public:
     explicit AnimationEditorPrivate(AnimationEditor *editor);
+    // The one the editor uses: the private part keeps the editor's sprite place.
+    AnimationEditorPrivate(AnimationEditor *editor, GraphicsRenderer::SpriteProvider::Info &sprite,
+                           GraphicsRenderer::ItemType spriteItem);
     ~AnimationEditorPrivate() override;
 
     // --- animationeditor.cpp ---
@@ -48,6 +56,41 @@ public:
     void updateOnion();
     void setStatus(const QString &text);
     QString positionText() const;
+    QAction *actionNamed(const char *name) const;
+    // The current animation, frame and onion animation again from their rows, after a
+    // parse that may have replaced their nodes.
+    void refreshPointers();
+    void fillAnimationBox();
+    void fillFrameBox();
+    // The player on the current animation from its start, one tick primed (see tick).
+    void loadPlayer();
+    TimeLineWidget *timeLine() const;
+    void connectRenderer();
+    // The canvas, the panel and the time line in the graphics workspace, and back out.
+    void enterCanvas();
+    void leaveCanvas();
+    // The current frame's boxes to the canvas again; the canvas keeps the selection.
+    void syncBoxes();
+    // A sync that waits for the canvas, now.
+    void flushBoxSync();
+    void scheduleRefresh();
+    void reportIfShown();
+    // Writes the canvas's box rectangles that differ from their code, one undo step.
+    void writeBoxes();
+    void setFrameOffset(QPoint offset);
+    // Adds a frame for each sprite to the animation at `row`, one undo step.
+    void addFrames(int row, const QList<Sprite *> &list);
+    void newAnimation(const QList<Sprite *> &list);
+    // The file left its document while the editor showed it: the editor shows none.
+    void fileGone();
+    void rememberOnion();
+
+    // --- animationeditorops.cpp ---
+    // Copies the animations into the file, asking before each one whose identifier is
+    // taken, as one undo step; the identifiers of those that went in.
+    QStringList copyAnimations(const QList<AnimationCode *> &sources);
+    // Selects the first imported animation and tells how many went in.
+    void reportImport(const QStringList &identifiers);
 
     AnimationEditor *const q;
     Interface *const interface;
@@ -95,6 +138,31 @@ public:
     QDoubleSpinBox *angleField = nullptr;  // anim_frame_angle
     QLabel *onionLabel = nullptr;          // anim_onion_lb
     QPointer<AnimEditTxt> textEditor;
+
+    // The rows of the current animation and frame (-1 for none): the pointers above are
+    // found again from them after each change of the text.
+    int animationIndex = -1;
+    int frameIndex = -1;
+    // The onion skin's animation and frame rows of each file the editor showed.
+    QHash<const QObject *, QPoint> onionChoices;
+    QPointer<QAction> editorAction;
+    // The host may replace an action of a name when another editor asks for it again.
+    QHash<QString, QPointer<QAction>> actions;
+    // Actions usable with any file, enabled by the editor itself.
+    QList<QPointer<QAction>> fileActions;
+    // The file shown, as its document knows it.
+    CodeNodeFile *animationsFile = nullptr;
+    QMetaObject::Connection textConnection;
+    QMetaObject::Connection goneConnection;
+    QList<QMetaObject::Connection> canvasConnections;
+    // A box sync is waiting for the canvas to finish its own write.
+    bool boxSyncPending = false;
+    // The canvas and the time line follow the text at the next turn of the event loop,
+    // once for a burst of edits.
+    bool refreshPending = false;
+    // The current animation's name and delays as the time line was last built for them.
+    QString reportedName;
+    QVector<int> reportedDelays;
 
 public slots:
     // --- animationeditor.cpp ---
