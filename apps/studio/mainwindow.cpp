@@ -14,6 +14,7 @@
 #include "editors/editor.h"
 #include "editors/extraeditor.h"
 #include "editors/workspace.h"
+#include "engine/engine.h"
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
 #include "engine/projectlocator.h"

@@ -7,6 +7,7 @@
 
 #include "editors/editor.h"
 #include "editors/extraeditor.h"
+#include "editors/animation/animationeditor.h"
 #include "editors/organizer/organizereditor.h"
 #include "engine/script/script.h"
 #include "engine/script/scriptclasses.h"
