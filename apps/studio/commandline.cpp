@@ -11,6 +11,8 @@
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QImage>
+#include <QOpenGLWidget>
+#include <QPainter>
 #include <QSettings>
 #include <QWindow>
 
@@ -52,6 +54,23 @@ bool waitUntilShown(QWidget *window)
     return true;
 }
 
+} // namespace
+
+QImage windowPicture(QWidget *window)
+{
+    QImage picture = window->grab().toImage();
+    // The OpenGL views draw into buffers of their own, which the grab of the window
+    // doesn't read: their pictures go over it where they stand.
+    QPainter painter(&picture);
+    for (QOpenGLWidget *view : window->findChildren<QOpenGLWidget *>()) {
+        if (view->isVisible() && view->isValid())
+            painter.drawImage(QRect(view->mapTo(window, QPoint()), view->size()), view->grabFramebuffer());
+    }
+    return picture;
+}
+
+namespace {
+
 int takeScreenshot(MainWindow &window, const QString &fileName)
 {
     window.setFixedSize(1280, 800);
@@ -60,7 +79,7 @@ int takeScreenshot(MainWindow &window, const QString &fileName)
         write(stderr, QStringLiteral("ovra-studio: the window was never shown, no screenshot taken\n"));
         return 1;
     }
-    const QImage image = window.grab().toImage();
+    const QImage image = windowPicture(&window);
     if (image.isNull() || !image.save(fileName, "PNG")) {
         write(stderr, QStringLiteral("ovra-studio: %1: the screenshot could not be written\n").arg(fileName));
         return 1;

@@ -7,6 +7,8 @@
 #include <QStringList>
 
 class QApplication;
+class QImage;
+class QWidget;
 class QElapsedTimer;
 
 struct CommandLine
@@ -30,4 +32,7 @@ bool readCommandLine(int &argc, char **argv, CommandLine &line, int *exitCode);
 
 // Runs the window over the command line; returns the program's exit code. The clock
 // started with main().
+// What the window shows, its OpenGL views included.
+QImage windowPicture(QWidget *window);
+
 int runStudio(QApplication &application, const CommandLine &line, const QElapsedTimer &clock);

@@ -11,6 +11,7 @@
 
 #include "editors/code/codeworkspace.h"
 #include "editors/graphics/graphicsworkspace.h"
+#include "editors/sound/soundworkspace.h"
 #include "editors/editor.h"
 #include "editors/extraeditor.h"
 #include "editors/workspace.h"
@@ -22,6 +23,7 @@
 #include "foundation/translator.h"
 #include "project/parentproject.h"
 #include "project/project.h"
+#include "render/texture.h"
 
 
 #include <QAction>
@@ -76,9 +78,14 @@ MainWindow::MainWindow(StudioHost *host, ProjectLocator *locator, QWidget *paren
     d->codeEditors = std::make_unique<CodeEditors>(host, d->centre);
     d->graphicsEditors = std::make_unique<GraphicsEditors>(host, d->codeEditors.get(), d->centre);
     d->soundEditors = std::make_unique<SoundEditors>(host, d->centre);
-    d->createOrganizerDock();
+    // Each workspace is a page of the centre from the start, hidden until its editor comes.
+    d->centre->addWidget(d->codeEditors->workspace());
+    d->centre->addWidget(d->graphicsEditors->workspace());
+    d->centre->addWidget(d->soundEditors->workspace());
+    d->createExplorerDock();
     d->createViewMenu();
-    d->graphicsEditors->workspace()->reconfig();
+    d->applyViewOptions();
+    QObject::connect(host, &StudioHost::reconfigured, this, [this] { d->applyViewOptions(); });
     for (FileEditor *editor : host->editors()) {
         editor->reconfig();
         editor->restoreState();
@@ -260,7 +267,7 @@ void MainWindowPrivate::createViewMenu()
     toolBarMenu->addAction(controlBar->toggleViewAction());
     dockMenu = viewMenu->addMenu(MainWindow::tr("&Docks"));
     dockMenu->setObjectName(QStringLiteral("menu_docks"));
-    for (QDockWidget *dock : {projectDock, messagesDock, sideDock, organizerDock, outputDock})
+    for (QDockWidget *dock : {projectDock, messagesDock, sideDock, explorerDock, outputDock})
         dockMenu->addAction(dock->toggleViewAction());
 }
 
@@ -285,7 +292,7 @@ void MainWindowPrivate::connectHost()
         if (graphicsEditors)
             graphicsEditors->engineChanged(engine);
     });
-    QObject::connect(host, &StudioHost::editorActivated, q, [this](Editor *editor) { placeOrganizer(editor); });
+    QObject::connect(host, &StudioHost::editorActivated, q, [this](Editor *editor) { placeExplorer(editor); });
     QObject::connect(host, &StudioHost::extraEditorRequested, q, [this](ExtraEditor *editor) { showExtraEditor(editor); });
     QObject::connect(host, &StudioHost::statusTextChanged, q, [this](int field, const QString &text) {
         if (field >= 0 && field < 4)
@@ -314,6 +321,14 @@ void MainWindowPrivate::addHostMenu(const QString &name, QMenu *menu)
         q->menuBar()->insertMenu(hostMenusBefore, menu);
     else
         q->menuBar()->addMenu(menu);
+}
+
+void MainWindowPrivate::applyViewOptions()
+{
+    // Sprites go to the card as textures only while the views draw through OpenGL; the
+    // raster road keeps them as pictures.
+    Texture::setOpenGLEnabled(!host->option(QStringLiteral("native_painting"), false).toBool());
+    graphicsEditors->workspace()->reconfig();
 }
 
 void MainWindowPrivate::showWorkspace(Workspace *workspace)

@@ -54,7 +54,7 @@ struct MainWindowPrivate
     QDockWidget *projectDock = nullptr;
     QDockWidget *messagesDock = nullptr;
     QDockWidget *sideDock = nullptr;
-    QDockWidget *organizerDock = nullptr;
+    QDockWidget *explorerDock = nullptr;
     QDockWidget *outputDock = nullptr;
     QTreeView *tree = nullptr;
     QTreeView *messages = nullptr;
@@ -70,21 +70,22 @@ struct MainWindowPrivate
     void createStatusBar();
     void connectHost();
     void showWorkspace(Ovra::Workspace *workspace);
+    void applyViewOptions();
     void addHostMenu(const QString &name, QMenu *menu);
     Ovra::FileEditor *currentFileEditor() const;
     void updateTitle();
 
     // mainwindowdocks.cpp
     void createDocks();
-    void createOrganizerDock();
+    void createExplorerDock();
     void setTreeModels();
     void treeActivated(const QModelIndex &index);
     // Makes the file's row the tree's current one, in view.
     void showInTree(Ovra::ProjectFile *file);
     void messageActivated(const QModelIndex &index);
     void showExtraEditor(Ovra::ExtraEditor *editor);
-    // The organizer's place follows the editor that works with it and the user's option.
-    void placeOrganizer(Ovra::Editor *active);
+    // The sprite explorer stands beside the editors that take sprites from it.
+    void placeExplorer(Ovra::Editor *active);
     void appendOutput(const QString &text);
 
     // mainwindowfile.cpp

@@ -8,7 +8,7 @@
 #include "editors/editor.h"
 #include "editors/extraeditor.h"
 #include "editors/animation/animationeditor.h"
-#include "editors/organizer/organizereditor.h"
+#include "editors/organizer/thumbnailseditor.h"
 #include "engine/script/script.h"
 #include "engine/script/scriptclasses.h"
 #include "foundation/filedialogs.h"
@@ -95,22 +95,25 @@ void MainWindowPrivate::createDocks()
     messagesDock->raise();
 }
 
-void MainWindowPrivate::createOrganizerDock()
+void MainWindowPrivate::createExplorerDock()
 {
-    QWidget *list = graphicsEditors->organizer()->widget();
-    organizerDock = makeDock(q, QStringLiteral("dock_organizer"), MainWindow::tr("Organizer"), list, Qt::RightDockWidgetArea);
-    organizerDock->hide();
-    // Closing the dock is the user's answer for the editors that show it.
-    QObject::connect(organizerDock->toggleViewAction(), &QAction::triggered, q, [this](bool shown) {
-        host->setOption(QStringLiteral("show_organizer"), shown);
-    });
+    ThumbnailsEditor *explorer = graphicsEditors->explorer();
+    explorerDock = makeDock(q, QStringLiteral("dock_explorer"), MainWindow::tr("Sprite explorer"), explorer->widget(),
+                            Qt::RightDockWidgetArea);
+    explorerDock->hide();
 }
 
-void MainWindowPrivate::placeOrganizer(Editor *active)
+void MainWindowPrivate::placeExplorer(Editor *active)
 {
-    // Only the editors of ordered lists show the organizer; they give it its list.
     const bool uses = active && graphicsEditors && active == graphicsEditors->animationEditor();
-    organizerDock->setVisible(uses && host->option(QStringLiteral("show_organizer"), true).toBool());
+    explorerDock->setVisible(uses);
+    ThumbnailsEditor *explorer = graphicsEditors ? graphicsEditors->explorer() : nullptr;
+    if (explorer && uses != explorer->isActive()) {
+        if (uses)
+            explorer->activate();
+        else
+            explorer->deactivate();
+    }
 }
 
 void MainWindowPrivate::setTreeModels()

@@ -52,6 +52,11 @@ QString menuTitle(const QString &name)
         {QStringLiteral("code"), QT_TRANSLATE_NOOP("StudioHost", "&Code")},
         {QStringLiteral("tools"), QT_TRANSLATE_NOOP("StudioHost", "&Tools")},
         {QStringLiteral("help"), QT_TRANSLATE_NOOP("StudioHost", "&Help")},
+        {QStringLiteral("graphics"), QT_TRANSLATE_NOOP("StudioHost", "&Graphics")},
+        {QStringLiteral("anim"), QT_TRANSLATE_NOOP("StudioHost", "&Animation")},
+        {QStringLiteral("organizer"), QT_TRANSLATE_NOOP("StudioHost", "&Organizer")},
+        {QStringLiteral("thumbnails"), QT_TRANSLATE_NOOP("StudioHost", "Sprite e&xplorer")},
+        {QStringLiteral("sound"), QT_TRANSLATE_NOOP("StudioHost", "&Sound")},
     };
     const char *title = titles.value(name);
     if (title)

@@ -82,6 +82,7 @@ void AnimationEditorPrivate::setAnimations(Animations *list)
     }
     refreshPointers();
     fillAnimationBox();
+    fillFields();
     loadPlayer();
     updateState();
     showFrame();

@@ -13,7 +13,9 @@
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QEvent>
 #include <QSplitter>
+#include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -224,6 +226,22 @@ GraphicsRenderer *GraphicsWorkspacePrivate::graphicsRenderer() const
     return dynamic_cast<GraphicsRenderer *>(renderer);
 }
 
+bool GraphicsWorkspacePrivate::eventFilter(QObject *watched, QEvent *event)
+{
+    // Called with no event for a view that already had its size.
+    if (watched == view && centreWhenSized && (!event || event->type() == QEvent::Resize)) {
+        // The canvas hears of the new size from its own widget, after this.
+        QTimer::singleShot(0, this, [this] {
+            if (!centreWhenSized || view->size().isEmpty())
+                return;
+            centreWhenSized = false;
+            view->removeEventFilter(this);
+            centerOrigin();
+        });
+    }
+    return QObject::eventFilter(watched, event);
+}
+
 void GraphicsWorkspacePrivate::centerOrigin()
 {
     if (renderer)
@@ -282,7 +300,16 @@ void GraphicsWorkspace::activate()
         const QSignalBlocker blocker(action);
         action->setChecked(d->option(key.option).toBool());
     }
-    GraphicsRenderer::setOrigin(QPoint(d->option("origin_x").toInt(), d->option("origin_y").toInt()));
+    const QVariant x = d->option("origin_x");
+    const QVariant y = d->option("origin_y");
+    d->centreWhenSized = !x.isValid() || !y.isValid();
+    if (d->centreWhenSized) {
+        d->view->installEventFilter(d);
+        if (d->view->isVisible() && !d->view->size().isEmpty())
+            QTimer::singleShot(0, d, [this] { d->eventFilter(d->view, nullptr); });
+    } else {
+        GraphicsRenderer::setOrigin(QPoint(x.toInt(), y.toInt()));
+    }
     d->applyVisibility();
     update();
 }
@@ -293,6 +320,9 @@ void GraphicsWorkspace::deactivate()
         return;
     for (const ViewKey &key : viewKeys)
         d->host->setOption(QString::fromLatin1(key.option), d->actions[key.action]->isChecked());
+    // A view never shown has no origin of its own to keep.
+    if (d->centreWhenSized)
+        return;
     const QPoint origin = GraphicsRenderer::origin();
     d->host->setOption(QStringLiteral("origin_x"), origin.x());
     d->host->setOption(QStringLiteral("origin_y"), origin.y());

@@ -54,6 +54,9 @@ public:
     void applyVisibility();
     void placeExtraCross();
     GraphicsRenderer *graphicsRenderer() const;
+    // A view that never had an origin stored starts with it in its middle, once the view
+    // has its size.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 public slots:
     void centerOrigin();
@@ -75,6 +78,7 @@ public:
     QAction *zoomActions[ZoomActionCount] = {};
     QPoint extraAxis;
     QPointer<ExAxisDlg> axisDialog;
+    bool centreWhenSized = false;
 };
 
 } // namespace Ovra

@@ -1,0 +1,358 @@
+// The knight's animations in the studio as a person works on them: the file opened from
+// the project tree in the sample engine's animation editor, boxes and the sprite dragged
+// on the real canvas, the time line played, undone from the Edit menu and saved from the
+// File menu, with the text, the node tree, the fields and the file on disk checked.
+#include "studiotestsupport.h"
+
+#include "commandline.h"
+#include "graphicseditors.h"
+
+#include "code/animationcode.h"
+#include "code/animationplayer.h"
+#include "code/animations.h"
+#include "code/codedocument.h"
+#include "code/framecode.h"
+#include "editors/animation/animationeditor.h"
+#include "editors/animation/timelinewidget.h"
+#include "editors/animation/timesource.h"
+#include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/organizereditor.h"
+#include "engine/projectlocator.h"
+#include "project/project.h"
+#include "render/renderwidgetbase.h"
+
+#include "../render/rendertestsupport.h"
+#include "scriptedanswerer.h"
+#include "testfiles.h"
+
+#include <QAction>
+#include <QDockWidget>
+#include <QElapsedTimer>
+#include <QSet>
+#include <QSpinBox>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeView>
+#include <QtTest>
+
+#include <memory>
+
+using namespace Ovra;
+using namespace StudioTest;
+
+namespace {
+
+// A clock that says each tick took its period, so that the time line keeps its pace
+// whatever the machine does meanwhile.
+class SteadyClock : public TimeSource
+{
+public:
+    void start() override { m_count = 0; }
+    qint64 restart() override { return ++m_count % 3 == 0 ? 16 : 17; }
+
+private:
+    qint64 m_count = 0;
+};
+
+QStringList linesOf(const QByteArray &bytes)
+{
+    QString text = QString::fromUtf8(bytes);
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    return text.split(QLatin1Char('\n'));
+}
+
+// The rows where two texts of as many lines differ.
+QList<int> differingLines(const QStringList &before, const QStringList &after)
+{
+    QList<int> rows;
+    for (int i = 0; i < qMin(before.size(), after.size()); ++i) {
+        if (before.at(i) != after.at(i))
+            rows << i;
+    }
+    return rows;
+}
+
+const int Punch = 2;
+
+// Every row's text of a tree model, depth first.
+QStringList treeTexts(const QAbstractItemModel *model, const QModelIndex &parent = QModelIndex())
+{
+    QStringList texts;
+    for (int row = 0; model && row < model->rowCount(parent); ++row) {
+        const QModelIndex index = model->index(row, 0, parent);
+        texts << index.data().toString() << treeTexts(model, index);
+    }
+    return texts;
+}
+
+} // namespace
+
+class StudioAnimationTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void fileOpensInTheAnimationEditor();
+    void draggedAttackBoxChangesItsLine();
+    void drawnCollisionBoxAddsALine();
+    void movedSpriteChangesTheOffset();
+    void playingShowsThePlayersFrames();
+    void screenshot();
+
+private:
+    void showKnightsAnimations();
+    AnimationEditor *editor() const { return m_studio->window->graphicsEditors()->animationEditor(); }
+    GraphicsWorkspace *graphics() const { return m_studio->window->graphicsEditors()->workspace(); }
+    QWidget *view() const { return dynamic_cast<QWidget *>(graphics()->renderWidget()); }
+    QSpinBox *field(const char *name) const
+    {
+        return editor()->panel()->findChild<QSpinBox *>(QString::fromLatin1(name));
+    }
+    QByteArray text() const { return editor()->document()->toString().toUtf8(); }
+    void drag(QPoint from, QPoint to);
+    void selectPunchFrame(int frame);
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_work;
+    QString m_file;
+    std::unique_ptr<ProjectLocator> m_locator;
+    std::unique_ptr<Studio> m_studio;
+    std::unique_ptr<ScriptedAnswerer> m_nobody;
+};
+
+void StudioAnimationTest::init()
+{
+    qRegisterMetaType<GraphicsRenderer::ItemType>();
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+    m_work = m_dir->filePath(QStringLiteral("work"));
+    QVERIFY(copyTree(sourceDir() + QStringLiteral("/examples/sample"), m_work));
+    m_file = m_work + QStringLiteral("/knight/knight.oan");
+    m_nobody = std::make_unique<ScriptedAnswerer>();
+    m_locator = std::make_unique<ProjectLocator>(pluginDir());
+    m_studio = std::make_unique<Studio>(m_dir->filePath(QStringLiteral("studio.ini")), m_locator.get());
+    m_studio->window->resize(1400, 860);
+    m_studio->window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_studio->window.get()));
+    QVERIFY(m_studio->window->openWork(m_work));
+}
+
+void StudioAnimationTest::cleanup()
+{
+    m_studio.reset();
+    m_locator.reset();
+    m_nobody.reset();
+    m_dir.reset();
+}
+
+void StudioAnimationTest::showKnightsAnimations()
+{
+    QTreeView *tree = m_studio->window->projectTree();
+    QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.oan"))));
+    QVERIFY(editor());
+    QVERIFY(editor()->isActive());
+    QCOMPARE(m_studio->window->centre()->currentWidget(), static_cast<QWidget *>(graphics()));
+    QVERIFY(QTest::qWaitForWindowExposed(view()));
+    // The view puts the origin in its middle the first time it has its size.
+    const QRect middle(view()->width() / 4, view()->height() / 4, view()->width() / 2, view()->height() / 2);
+    QTRY_VERIFY(middle.contains(GraphicsRenderer::origin()));
+}
+
+void StudioAnimationTest::selectPunchFrame(int frame)
+{
+    editor()->selectAnimation(Punch);
+    editor()->selectFrame(frame);
+    QCOMPARE(editor()->currentFrame(), editor()->animations()->at(Punch)->frameAt(uint(frame)));
+}
+
+void StudioAnimationTest::drag(QPoint from, QPoint to)
+{
+    QWidget *widget = view();
+    QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, from);
+    for (int step = 1; step <= 4; ++step) {
+        QMouseEvent move(QEvent::MouseMove, from + (to - from) * step / 4, Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(widget, &move);
+    }
+    QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, to);
+}
+
+void StudioAnimationTest::fileOpensInTheAnimationEditor()
+{
+    showKnightsAnimations();
+    QVERIFY(m_studio->host->action("editor_anim")->isChecked());
+    QCOMPARE(m_studio->host->editorForFile(nullptr, Project::Animations), editor());
+    // The fields show the frame the editor stands on.
+    FrameCode *frame = editor()->currentFrame();
+    QVERIFY(frame);
+    QCOMPARE(field("anim_frame_xaxis")->value(), frame->offsetX());
+    QCOMPARE(field("anim_frame_yaxis")->value(), frame->offsetY());
+    QCOMPARE(field("anim_frame_time")->value(), frame->delay());
+    // The organizer orders the file's animations, the explorer shows its sprites.
+    auto *organizer = qobject_cast<OrganizerEditor *>(m_studio->host->extraEditor(0));
+    QVERIFY(organizer);
+    QCOMPARE(organizer->object(), static_cast<OrganizableObject *>(editor()->animations()));
+    QVERIFY(m_studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
+    QVERIFY(m_studio->host->statusText(0).startsWith(QStringLiteral("Renderer: ")));
+
+    // Back to the text: the explorer goes, the animation editor is left.
+    QTreeView *tree = m_studio->window->projectTree();
+    QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.def"))));
+    QVERIFY(!editor()->isActive());
+    QTRY_VERIFY(!m_studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
+}
+
+void StudioAnimationTest::draggedAttackBoxChangesItsLine()
+{
+    showKnightsAnimations();
+    selectPunchFrame(2);
+    const QByteArray original = readFile(m_file);
+    const QByteArray before = text();
+    GraphicsRenderer *canvas = editor()->renderer();
+    const QRect box = canvas->boxScreenRect(ContactBoxCode::Attack, 0);
+    QVERIFY(view()->rect().contains(box));
+    const QStringList rows = treeTexts(editor()->tree()->model());
+    QVERIFY(rows.contains(QStringLiteral("200 Punch")));
+    const QRect rectBefore = editor()->currentFrame()->contactBoxes(ContactBoxCode::Attack)->at(0)->rect();
+    const QPointF scale = canvas->scale();
+    drag(box.center(), box.center() + QPoint(qRound(5 * scale.x()), qRound(3 * scale.y())));
+
+    const QStringList was = linesOf(before);
+    const QStringList now = linesOf(text());
+    QCOMPARE(now.size(), was.size());
+    const QList<int> changed = differingLines(was, now);
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(now.at(changed.first()).trimmed(), QStringLiteral("attack (22, -38, 30, -32)"));
+    // The parsed node of the box holds the new rectangle, and the canvas shows it; the
+    // tree beside the text keeps its rows.
+    const QRect moved = editor()->currentFrame()->contactBoxes(ContactBoxCode::Attack)->at(0)->rect();
+    QCOMPARE(moved, rectBefore.translated(5, 3));
+    QCOMPARE(canvas->boxes(ContactBoxCode::Attack).at(0).rect.toRect(), moved);
+    QCOMPARE(treeTexts(editor()->tree()->model()), rows);
+
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_undo"));
+    QCOMPARE(text(), before);
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_redo"));
+    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QTRY_COMPARE(linesOf(readFile(m_file)), now);
+    const QList<int> onDisk = differingLines(linesOf(original), linesOf(readFile(m_file)));
+    QCOMPARE(onDisk, changed);
+    QVERIFY(m_nobody->prompts().isEmpty());
+}
+
+void StudioAnimationTest::drawnCollisionBoxAddsALine()
+{
+    showKnightsAnimations();
+    selectPunchFrame(1);
+    const QStringList was = linesOf(text());
+    QToolButton *add = editor()->panel()->findChild<QToolButton *>(QStringLiteral("anim_box_add_collision_button"));
+    QVERIFY(add);
+    QTest::mouseClick(add, Qt::LeftButton);
+    const QPoint origin = GraphicsRenderer::origin();
+    drag(origin + QPoint(-150, -160), origin + QPoint(-110, -130));
+    QTRY_COMPARE(editor()->currentFrame()->contactBoxes(ContactBoxCode::Collision)->count(), 2u);
+    const QStringList now = linesOf(text());
+    QCOMPARE(now.size(), was.size() + 1);
+    int inserted = 0;
+    while (inserted < was.size() && was.at(inserted) == now.at(inserted))
+        ++inserted;
+    QCOMPARE(now.mid(inserted + 1), was.mid(inserted));
+    QVERIFY2(now.at(inserted).trimmed().startsWith(QStringLiteral("body (")), qPrintable(now.at(inserted)));
+}
+
+void StudioAnimationTest::movedSpriteChangesTheOffset()
+{
+    showKnightsAnimations();
+    selectPunchFrame(0);
+    GraphicsRenderer *canvas = editor()->renderer();
+    // The boxes lie over the sprite: they go out of the way to take the sprite itself.
+    for (const char *boxes : {"view_attack_box", "view_collision_box"})
+        QTest::mouseClick(graphics()->toolBar()->widgetForAction(m_studio->host->action(boxes)), Qt::LeftButton);
+    view()->repaint();
+    const QRectF sprite = canvas->spriteRect(0);
+    QPoint start;
+    for (int y = int(sprite.top()) + 2; y < sprite.bottom() && start.isNull(); y += 2) {
+        for (int x = int(sprite.left()) + 2; x < sprite.right() && start.isNull(); x += 2) {
+            if (canvas->hitTest(QPoint(x, y)) == GraphicsRenderer::HitSprite)
+                start = QPoint(x, y);
+        }
+    }
+    QVERIFY2(!start.isNull(), "a point of the sprite");
+    const QStringList was = linesOf(text());
+    const QPointF scale = canvas->scale();
+    drag(start, start + QPoint(qRound(7 * scale.x()), qRound(-4 * scale.y())));
+    QCOMPARE(editor()->currentFrame()->offset(), QPoint(7, -4));
+    const QList<int> changed = differingLines(was, linesOf(text()));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(linesOf(text()).at(changed.first()).trimmed(), QStringLiteral("frame (200, 0) delay=3 offset=(7, -4)"));
+    QCOMPARE(field("anim_frame_xaxis")->value(), 7);
+    QCOMPARE(field("anim_frame_yaxis")->value(), -4);
+}
+
+void StudioAnimationTest::playingShowsThePlayersFrames()
+{
+    showKnightsAnimations();
+    selectPunchFrame(0);
+    TimeLineWidget *line = graphics()->timeLine();
+    line->setTimeSource(new SteadyClock);
+    QToolButton *play = editor()->panel()->findChild<QToolButton *>(QStringLiteral("anim_play_button"));
+    QVERIFY(play);
+    QTest::mouseClick(play, Qt::LeftButton);
+    QTRY_VERIFY(line->isPlaying());
+    // Each tick shows the frame a player of its own gives after as many ticks.
+    Animations *animations = editor()->animations();
+    QSet<int> seen;
+    QElapsedTimer clock;
+    clock.start();
+    while (line->currentTick() < 40 && clock.elapsed() < 20000) {
+        QTest::qWait(5);
+        if (!line->isPlaying())
+            break;
+        // Nothing runs between here and the comparison: the tick and the frame agree.
+        AnimationPlayer reference;
+        reference.change(animations, Punch, true);
+        for (uint i = 0; i <= line->currentTick(); ++i)
+            reference.tick();
+        QCOMPARE(editor()->currentFrame(), reference.currentFrame());
+        seen << animations->at(Punch)->indexOfFrame(reference.currentFrame());
+    }
+    QVERIFY2(seen.size() > 1, "the frames changed while playing");
+    QTest::mouseClick(editor()->panel()->findChild<QToolButton *>(QStringLiteral("anim_stop_button")), Qt::LeftButton);
+    QTRY_VERIFY(!line->isPlaying());
+
+    // Back on the time line: the player starts again from the first frame.
+    line->setCurrentTick(1, true);
+    QCOMPARE(editor()->currentFrame(), animations->at(Punch)->frameAt(0));
+    line->setCurrentTick(7, true);
+    AnimationPlayer reference;
+    reference.change(animations, Punch, true);
+    for (int i = 0; i <= 7; ++i)
+        reference.tick();
+    QCOMPARE(editor()->currentFrame(), reference.currentFrame());
+}
+
+void StudioAnimationTest::screenshot()
+{
+    showKnightsAnimations();
+    selectPunchFrame(2);
+    QTest::qWait(50);
+    const QImage picture = windowPicture(m_studio->window.get());
+    QVERIFY(!picture.isNull());
+    // The canvas is no flat pane: the sprite, the boxes and the crosses show on it.
+    const QRect canvas(view()->mapTo(m_studio->window.get(), QPoint()), view()->size());
+    QSet<QRgb> colours;
+    for (int y = canvas.top(); y < canvas.bottom(); y += 4) {
+        for (int x = canvas.left(); x < canvas.right(); x += 4)
+            colours << picture.pixel(x, y);
+    }
+    QVERIFY2(colours.size() > 50, qPrintable(QString::number(colours.size())));
+    QVERIFY(picture.save(buildDir() + QStringLiteral("/bin/studio-animation.png")));
+}
+
+OVRA_GL_TEST_MAIN(StudioAnimationTest)
+#include "tst_studioanimation.moc"
