@@ -432,11 +432,18 @@ void GraphicsWorkspaceTest::originRoundTrip()
     QCOMPARE(m_host->options.value(QStringLiteral("origin_x")).toInt(), 120);
     QCOMPARE(m_host->options.value(QStringLiteral("origin_y")).toInt(), 95);
 
-    // A host that kept nothing: the origin goes to the corner, not to a random place.
+    // A host that kept nothing: the origin goes to the middle of the view once the view
+    // has its size, and a view that never got one keeps nothing either.
     m_host->options.remove(QStringLiteral("origin_x"));
     m_host->options.remove(QStringLiteral("origin_y"));
     m_workspace->activate();
-    QCOMPARE(GraphicsRenderer::origin(), QPoint(0, 0));
+    m_workspace->deactivate();
+    QVERIFY(!m_host->options.contains(QStringLiteral("origin_x")));
+    m_workspace->setRenderer(m_canvas.get());
+    m_workspace->activate();
+    QVERIFY(showWorkspace());
+    const QSize view = m_canvas->viewSize();
+    QTRY_VERIFY(QRect(QPoint(view.width() / 2 - 2, view.height() / 2 - 2), QSize(5, 5)).contains(GraphicsRenderer::origin()));
 }
 
 void GraphicsWorkspaceTest::clickOnRulersButton()
