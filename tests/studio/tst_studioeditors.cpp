@@ -1,11 +1,13 @@
-// The knight's animations in the studio as a person works on them: the file opened from
-// the project tree in the sample engine's animation editor, boxes and the sprite dragged
-// on the real canvas, the time line played, undone from the Edit menu and saved from the
-// File menu, with the text, the node tree, the fields and the file on disk checked.
+// The knight's animations and sounds in the studio as a person works on them: the
+// animation file opened from the project tree in the sample engine's animation editor,
+// boxes and the sprite dragged on the real canvas, the time line played, undone from the
+// Edit menu and saved from the File menu, with the text, the nodes, the fields and the
+// file on disk checked; the sound bank in the sound editor, with the engine's effects.
 #include "studiotestsupport.h"
 
 #include "commandline.h"
 #include "graphicseditors.h"
+#include "soundeditors.h"
 
 #include "code/animationcode.h"
 #include "code/animationplayer.h"
@@ -17,6 +19,9 @@
 #include "editors/animation/timesource.h"
 #include "editors/graphics/graphicsworkspace.h"
 #include "editors/organizer/organizereditor.h"
+#include "editors/sound/audiodata.h"
+#include "editors/sound/soundeditor.h"
+#include "editors/sound/soundworkspace.h"
 #include "engine/projectlocator.h"
 #include "project/project.h"
 #include "render/renderwidgetbase.h"
@@ -27,6 +32,7 @@
 
 #include <QAction>
 #include <QDockWidget>
+#include <QMenu>
 #include <QElapsedTimer>
 #include <QSet>
 #include <QSpinBox>
@@ -89,7 +95,7 @@ QStringList treeTexts(const QAbstractItemModel *model, const QModelIndex &parent
 
 } // namespace
 
-class StudioAnimationTest : public QObject
+class StudioEditorsTest : public QObject
 {
     Q_OBJECT
 
@@ -103,6 +109,7 @@ private slots:
     void movedSpriteChangesTheOffset();
     void playingShowsThePlayersFrames();
     void screenshot();
+    void soundsOpenInTheSoundEditor();
 
 private:
     void showKnightsAnimations();
@@ -125,7 +132,7 @@ private:
     std::unique_ptr<ScriptedAnswerer> m_nobody;
 };
 
-void StudioAnimationTest::init()
+void StudioEditorsTest::init()
 {
     qRegisterMetaType<GraphicsRenderer::ItemType>();
     m_dir = std::make_unique<QTemporaryDir>();
@@ -142,7 +149,7 @@ void StudioAnimationTest::init()
     QVERIFY(m_studio->window->openWork(m_work));
 }
 
-void StudioAnimationTest::cleanup()
+void StudioEditorsTest::cleanup()
 {
     m_studio.reset();
     m_locator.reset();
@@ -150,7 +157,7 @@ void StudioAnimationTest::cleanup()
     m_dir.reset();
 }
 
-void StudioAnimationTest::showKnightsAnimations()
+void StudioEditorsTest::showKnightsAnimations()
 {
     QTreeView *tree = m_studio->window->projectTree();
     QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.oan"))));
@@ -163,14 +170,14 @@ void StudioAnimationTest::showKnightsAnimations()
     QTRY_VERIFY(middle.contains(GraphicsRenderer::origin()));
 }
 
-void StudioAnimationTest::selectPunchFrame(int frame)
+void StudioEditorsTest::selectPunchFrame(int frame)
 {
     editor()->selectAnimation(Punch);
     editor()->selectFrame(frame);
     QCOMPARE(editor()->currentFrame(), editor()->animations()->at(Punch)->frameAt(uint(frame)));
 }
 
-void StudioAnimationTest::drag(QPoint from, QPoint to)
+void StudioEditorsTest::drag(QPoint from, QPoint to)
 {
     QWidget *widget = view();
     QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, from);
@@ -182,7 +189,7 @@ void StudioAnimationTest::drag(QPoint from, QPoint to)
     QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, to);
 }
 
-void StudioAnimationTest::fileOpensInTheAnimationEditor()
+void StudioEditorsTest::fileOpensInTheAnimationEditor()
 {
     showKnightsAnimations();
     QVERIFY(m_studio->host->action("editor_anim")->isChecked());
@@ -207,7 +214,7 @@ void StudioAnimationTest::fileOpensInTheAnimationEditor()
     QTRY_VERIFY(!m_studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
 }
 
-void StudioAnimationTest::draggedAttackBoxChangesItsLine()
+void StudioEditorsTest::draggedAttackBoxChangesItsLine()
 {
     showKnightsAnimations();
     selectPunchFrame(2);
@@ -245,7 +252,7 @@ void StudioAnimationTest::draggedAttackBoxChangesItsLine()
     QVERIFY(m_nobody->prompts().isEmpty());
 }
 
-void StudioAnimationTest::drawnCollisionBoxAddsALine()
+void StudioEditorsTest::drawnCollisionBoxAddsALine()
 {
     showKnightsAnimations();
     selectPunchFrame(1);
@@ -265,7 +272,7 @@ void StudioAnimationTest::drawnCollisionBoxAddsALine()
     QVERIFY2(now.at(inserted).trimmed().startsWith(QStringLiteral("body (")), qPrintable(now.at(inserted)));
 }
 
-void StudioAnimationTest::movedSpriteChangesTheOffset()
+void StudioEditorsTest::movedSpriteChangesTheOffset()
 {
     showKnightsAnimations();
     selectPunchFrame(0);
@@ -294,7 +301,7 @@ void StudioAnimationTest::movedSpriteChangesTheOffset()
     QCOMPARE(field("anim_frame_yaxis")->value(), -4);
 }
 
-void StudioAnimationTest::playingShowsThePlayersFrames()
+void StudioEditorsTest::playingShowsThePlayersFrames()
 {
     showKnightsAnimations();
     selectPunchFrame(0);
@@ -336,7 +343,7 @@ void StudioAnimationTest::playingShowsThePlayersFrames()
     QCOMPARE(editor()->currentFrame(), reference.currentFrame());
 }
 
-void StudioAnimationTest::screenshot()
+void StudioEditorsTest::screenshot()
 {
     showKnightsAnimations();
     selectPunchFrame(2);
@@ -354,5 +361,47 @@ void StudioAnimationTest::screenshot()
     QVERIFY(picture.save(buildDir() + QStringLiteral("/bin/studio-animation.png")));
 }
 
-OVRA_GL_TEST_MAIN(StudioAnimationTest)
-#include "tst_studioanimation.moc"
+void StudioEditorsTest::soundsOpenInTheSoundEditor()
+{
+    QTreeView *tree = m_studio->window->projectTree();
+    QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.sbk"))));
+    SoundEditor *sounds = m_studio->window->soundEditors()->editor();
+    QVERIFY(sounds->isActive());
+    QCOMPARE(m_studio->window->centre()->currentWidget(), static_cast<QWidget *>(sounds->workspace()));
+    QVERIFY(m_studio->host->action("editor_snd")->isChecked());
+    QCOMPARE(sounds->workspace()->sidePanel(), sounds->panel());
+    QVERIFY(sounds->panel()->isVisible());
+    QVERIFY(sounds->currentSound());
+    // The engine's effects are in the menu of the editor.
+    QStringList effects;
+    for (QAction *action : sounds->effectMenu()->actions())
+        effects << action->text().remove(QLatin1Char('&'));
+    for (const QString &name : {QStringLiteral("Normalize"), QStringLiteral("Reverse"), QStringLiteral("Echo")})
+        QVERIFY2(effects.contains(name), qPrintable(effects.join(QStringLiteral(", "))));
+
+    // Select the whole sound, reverse it, save: the bank on disk changes, one undo and a
+    // save give the bytes back.
+    const QString bank = m_work + QStringLiteral("/knight/knight.sbk");
+    const QByteArray original = readFile(bank);
+    const QByteArray before = sounds->workspace()->audioData()->sample.data;
+    sounds->workspace()->select(0, sounds->workspace()->audioData()->sample.samples);
+    QAction *reverse = nullptr;
+    for (QAction *action : sounds->effectMenu()->actions()) {
+        if (action->text().remove(QLatin1Char('&')) == QStringLiteral("Reverse"))
+            reverse = action;
+    }
+    QVERIFY(reverse && reverse->isEnabled());
+    reverse->trigger();
+    QByteArray reversed = sounds->workspace()->audioData()->sample.data;
+    QVERIFY(reversed != before);
+    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QTRY_VERIFY(readFile(bank) != original);
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_undo"));
+    QCOMPARE(sounds->workspace()->audioData()->sample.data, before);
+    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QTRY_COMPARE(readFile(bank), original);
+    QVERIFY(m_nobody->prompts().isEmpty());
+}
+
+OVRA_GL_TEST_MAIN(StudioEditorsTest)
+#include "tst_studioeditors.moc"
