@@ -9,9 +9,11 @@
 #include "editors/graphics/graphicsworkspace.h"
 #include "editors/organizer/organizereditor.h"
 #include "editors/organizer/thumbnailseditor.h"
-#include "engine/engineprivate.h"
+#include "engine/engine.h"
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
+
+#include <QAction>
 
 using namespace Ovra;
 
@@ -27,6 +29,10 @@ GraphicsEditors::GraphicsEditors(StudioHost *host, CodeEditors *codeEditors, QWi
     // editors find them by kind, the window gives each a place of its own.
     host->addExtraEditor(m_organizer);
     host->addExtraEditor(m_explorer);
+    // The emulator's view comes up by its action, which stays off until the engine brings
+    // an emulator.
+    if (QAction *action = m_emulator->action())
+        connect(action, &QAction::triggered, m_emulator, [this] { m_host->activateEditor(m_emulator); });
 }
 
 GraphicsEditors::~GraphicsEditors()
@@ -64,6 +70,7 @@ AnimationEditorExtension *GraphicsEditors::extensionFor(Engine *engine) const
 
 void GraphicsEditors::engineChanged(Engine *engine)
 {
+    m_emulator->setEmulator(engine ? engine->emulator() : nullptr);
     AnimationEditorExtension *extension = extensionFor(engine);
     AnimationEditor *next = nullptr;
     if (extension) {

@@ -10,6 +10,7 @@
 #include "studiohost.h"
 
 #include "editors/code/codeworkspace.h"
+#include "editors/graphics/emulatoreditor.h"
 #include "editors/graphics/graphicsworkspace.h"
 #include "editors/sound/soundworkspace.h"
 #include "editors/editor.h"
@@ -261,6 +262,8 @@ void MainWindowPrivate::createViewMenu()
         if (action && !workspaceMenu->actions().contains(action))
             workspaceMenu->addAction(action);
     }
+    if (QAction *emulator = graphicsEditors->emulator()->action())
+        workspaceMenu->addAction(emulator);
     toolBarMenu = viewMenu->addMenu(MainWindow::tr("&Tool bars"));
     toolBarMenu->setObjectName(QStringLiteral("menu_toolbars"));
     toolBarMenu->addAction(fileBar->toggleViewAction());

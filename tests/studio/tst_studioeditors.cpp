@@ -27,11 +27,14 @@
 #include "render/renderwidgetbase.h"
 
 #include "../render/rendertestsupport.h"
+#include "modalanswer.h"
 #include "scriptedanswerer.h"
 #include "testfiles.h"
 
 #include <QAction>
 #include <QDockWidget>
+#include <QInputDialog>
+#include <QLabel>
 #include <QMenu>
 #include <QSet>
 #include <QSpinBox>
@@ -205,6 +208,9 @@ void StudioEditorsTest::fileOpensInTheAnimationEditor()
     QCOMPARE(organizer->object(), static_cast<OrganizableObject *>(editor()->animations()));
     QVERIFY(m_studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
     QVERIFY(m_studio->host->statusText(0).startsWith(QStringLiteral("Renderer: ")));
+    // The sample engine runs no emulator: its view stays off.
+    QVERIFY(m_studio->host->action("editor_emul"));
+    QVERIFY(!m_studio->host->action("editor_emul")->isEnabled());
 
     // Back to the text: the explorer goes, the animation editor is left.
     QTreeView *tree = m_studio->window->projectTree();
@@ -352,7 +358,19 @@ void StudioEditorsTest::screenshot()
 {
     showKnightsAnimations();
     selectPunchFrame(2);
-    QTest::qWait(50);
+    // The punch's first frame as the onion skin under its third, found by its number.
+    const auto button = [this](const char *name) {
+        return editor()->panel()->findChild<QToolButton *>(QString::fromLatin1(name) + QStringLiteral("_button"));
+    };
+    QTest::mouseClick(button("anim_onion_skin"), Qt::LeftButton);
+    whenShown<QInputDialog>([](QInputDialog *dialog) {
+        dialog->setTextValue(QStringLiteral("200"));
+        dialog->accept();
+    });
+    QTest::mouseClick(button("anim_onion_find"), Qt::LeftButton);
+    auto *onion = editor()->panel()->findChild<QLabel *>(QStringLiteral("anim_onion_lb"));
+    QCOMPARE(onion->text(), QStringLiteral("Animation: 200 Punch, Frame: 1"));
+    QCOMPARE(editor()->currentFrame(), editor()->animations()->at(Punch)->frameAt(2));
     const QImage picture = windowPicture(m_studio->window.get());
     QVERIFY(!picture.isNull());
     // The canvas is no flat pane: the sprite, the boxes and the crosses show on it.
