@@ -402,6 +402,23 @@ void StudioEditorsTest::soundsOpenInTheSoundEditor()
     for (const QString &name : {QStringLiteral("Normalize"), QStringLiteral("Reverse"), QStringLiteral("Echo")})
         QVERIFY2(effects.contains(name), qPrintable(effects.join(QStringLiteral(", "))));
 
+    // Played from the Sound menu through the player (silent on the null driver), and stopped.
+    QSignalSpy states(sounds->workspace(), &SoundWorkspace::stateChanged);
+    const auto choose = [this](const char *name) {
+        for (QAction *action : m_studio->host->menu(QStringLiteral("sound"))->actions()) {
+            if (action->objectName() == QLatin1String(name) && action->isEnabled()) {
+                action->trigger();
+                return true;
+            }
+        }
+        return false;
+    };
+    QVERIFY(choose("snd_play"));
+    QVERIFY(!states.isEmpty());
+    QCOMPARE(states.first().at(0).value<SoundSample::State>(), SoundSample::Playing);
+    QVERIFY(choose("snd_stop"));
+    QTRY_COMPARE(states.last().at(0).value<SoundSample::State>(), SoundSample::Stopped);
+
     // Select the whole sound, reverse it, save: the bank on disk changes, one undo and a
     // save give the bytes back.
     const QString bank = m_work + QStringLiteral("/knight/knight.sbk");
