@@ -3,6 +3,7 @@
 #include "editors/sprite/spriteeditor.h"
 #include "editors/sprite/spriteeditor_p.h"
 
+#include "editors/animation/timelinewidget.h"
 #include "editors/graphics/graphicsworkspace.h"
 #include "editors/organizer/thumbnailseditor.h"
 #include "editors/palette/paletteeditor.h"
@@ -307,6 +308,11 @@ void SpriteEditor::activate()
         d->workspace->setRenderer(d->renderer);
         d->workspace->activate();
         d->workspace->setSidePanel(d->panel);
+        // A sprite has no time: the time line of the animations stands aside meanwhile.
+        if (QWidget *line = static_cast<QWidget *>(d->workspace->timeLine())) {
+            d->timeLineShown = !line->isHidden();
+            line->hide();
+        }
         if (m_interface)
             m_interface->setWorkspace(d->workspace);
     }
@@ -332,6 +338,8 @@ void SpriteEditor::deactivate()
         d->workspace->deactivate();
         if (d->workspace->sidePanel() == d->panel)
             d->workspace->setSidePanel(nullptr);
+        if (QWidget *line = static_cast<QWidget *>(d->workspace->timeLine()))
+            line->setVisible(d->timeLineShown);
     }
     FileEditor::deactivate();
 }

@@ -115,6 +115,8 @@ public:
     RGBA shownTable[256];
     PaletteObject shownPalette{&shownTable};
     bool showingOther = false;
+    // Whether the workspace showed its time line before the editor came.
+    bool timeLineShown = true;
     int updating = 0;
 
     QWidget *panel = nullptr;
