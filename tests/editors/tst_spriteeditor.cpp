@@ -9,6 +9,7 @@
 #include "testinterface.h"
 
 #include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/organizereditor.h"
 #include "editors/organizer/thumbnailseditor.h"
 #include "editors/palette/paletteeditor.h"
 #include "editors/sprite/imagecanvas.h"
@@ -20,6 +21,7 @@
 #include "editors/sprite/imginfodlg.h"
 #include "editors/sprite/imgresizedlg.h"
 #include "editors/sprite/paldlg.h"
+#include "editors/sprite/rasterlayer.h"
 #include "editors/sprite/rotimgdlg.h"
 #include "editors/sprite/spriteeditor.h"
 #include "editors/sprite/spriteeditor_p.h"
@@ -48,6 +50,8 @@
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QToolButton>
+#include <QUndoStack>
 #include <QtTest>
 
 #include <memory>
@@ -64,7 +68,11 @@ class ProjectsHost : public TestInterface
 public:
     uint projectCount() override { return uint(open.size()); }
     Project *project(uint index) override { return open.value(int(index)); }
+    ExtraEditor *extraEditor(int index) override { return index == 0 ? organizer : nullptr; }
+    void setExtraEditor(ExtraEditor *editor) override { shownExtra = editor; }
     QList<Project *> open;
+    ExtraEditor *organizer = nullptr;
+    ExtraEditor *shownExtra = nullptr;
 };
 
 // Clicks a dialog's button of that role, as a user does.
@@ -138,6 +146,10 @@ private slots:
     void pictureAsLayerGrowsTheCanvas();
     void exportBatch();
     void toolsAndRemap();
+    void layerPanel();
+    void colourWellsAndPalettes();
+    void organizerByOptions_data();
+    void organizerByOptions();
     void identifiersOfFileNames_data();
     void identifiersOfFileNames();
     void screenshot();
@@ -683,6 +695,109 @@ void SpriteEditorTest::toolsAndRemap()
     // The painter made anew for another format keeps it.
     m_editor->canvas()->setFormat(1 - m_editor->canvas()->format(), false);
     QCOMPARE(m_editor->canvas()->painter()->remap(), table);
+}
+
+// The layer panel as a user works it: a layer picked in the list, its blend mode chosen
+// in the box with the keys, its opacity dragged by the keys on the slider, each an undo
+// step of the canvas.
+void SpriteEditorTest::layerPanel()
+{
+    QVERIFY(showEditor());
+    m_editor->setCurrentSprite(0);
+    action("spr_layer_add")->trigger();
+    ImageLayers *layers = m_editor->canvas()->layers();
+    QCOMPARE(layers->count(), 2);
+    auto *list = field<QListView>("spr_layers_list");
+    auto *blend = field<QComboBox>("spr_layers_blendmode");
+    auto *opacity = field<QSlider>("spr_layers_opacity");
+    QVERIFY(list && blend && opacity);
+    QCOMPARE(blend->count(), int(BlendEntryCount));
+    QCOMPARE(blend->itemText(0), QStringLiteral("Normal"));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, list->visualRect(layers->index(1)).center());
+    QCOMPARE(list->currentIndex().row(), 1);
+    // The painter paints on the layer picked.
+    auto *bottom = dynamic_cast<RasterLayer *>(layers->at(1));
+    QVERIFY(bottom);
+    QCOMPARE(m_editor->canvas()->painter()->image(), bottom->imagePointer());
+
+    QUndoStack *history = m_editor->canvas()->undoStack();
+    const int steps = history->index();
+    blend->setFocus();
+    QTest::keyClick(blend, Qt::Key_Down);
+    QTest::keyClick(blend, Qt::Key_Down);
+    QCOMPARE(layers->at(1)->blendMode(), blendModeOfEntry(2));
+    QCOMPARE(layers->at(0)->blendMode(), QPainter::CompositionMode_SourceOver);
+    opacity->setFocus();
+    QTest::keyClick(opacity, Qt::Key_PageDown);
+    QCOMPARE(layers->at(1)->opacity(), (100 - opacity->pageStep()) / 100.0);
+    // Each key on the box was a step of its own: Add, then Multiply, then the opacity.
+    QCOMPARE(history->index(), steps + 3);
+
+    // Back on the top layer the fields show its own values.
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, list->visualRect(layers->index(0)).center());
+    QCOMPARE(blend->currentIndex(), 0);
+    QCOMPARE(opacity->value(), 100);
+    // Undone, the bottom layer is as it was.
+    for (int i = 0; i < 3; ++i)
+        m_editor->undo();
+    QCOMPARE(history->index(), steps);
+    QCOMPARE(layers->at(1)->blendMode(), QPainter::CompositionMode_SourceOver);
+    QCOMPARE(layers->at(1)->opacity(), 1.0);
+}
+
+// The background well swaps the colours; another palette of the file shows the canvas
+// in its colours until it is taken away.
+void SpriteEditorTest::colourWellsAndPalettes()
+{
+    m_editor->setCurrentSprite(0);
+    auto *background = field<QToolButton>("spr_background");
+    QVERIFY(background && field<QToolButton>("spr_foreground"));
+    ImagePainter *painter = m_editor->canvas()->painter();
+    const uint first = painter->color();
+    QTest::mouseClick(background, Qt::LeftButton);
+    QVERIFY(painter->color() != first);
+    QTest::mouseClick(background, Qt::LeftButton);
+    QCOMPARE(painter->color(), first);
+
+    Palettes *palettes = m_sprites->palettes();
+    QVERIFY(palettes && palettes->count() > 0);
+    RGBA table[256];
+    for (int i = 0; i < 256; ++i)
+        table[i] = RGBA(quint8(i), 0, quint8(255 - i), 255);
+    Palette *other = palettes->add(table, QPoint(9, 9), Archive::NoShare);
+    QVERIFY(other);
+    m_editor->switchPalette(other);
+    QCOMPARE(m_editor->canvas()->palette()->at(10), table[10]);
+    m_editor->switchPalette(nullptr);
+    QVERIFY(m_editor->canvas()->palette()->at(10) != table[10] || m_editor->canvas()->format() == 1);
+}
+
+void SpriteEditorTest::organizerByOptions_data()
+{
+    QTest::addColumn<bool>("shown");
+    QTest::addColumn<bool>("palettes");
+    QTest::newRow("sprites") << true << false;
+    QTest::newRow("palettes") << true << true;
+    QTest::newRow("hidden") << false << false;
+}
+
+void SpriteEditorTest::organizerByOptions()
+{
+    QFETCH(bool, shown);
+    QFETCH(bool, palettes);
+    OrganizerEditor organizer;
+    m_host->organizer = &organizer;
+    m_host->options[QStringLiteral("show_organizer")] = shown;
+    m_host->options[QStringLiteral("org_palette")] = palettes;
+    m_editor->deactivate();
+    m_editor->activate();
+    QCOMPARE(m_host->shownExtra, shown ? &organizer : nullptr);
+    OrganizableObject *expected = m_sprites;
+    if (palettes)
+        expected = m_sprites->palettes();
+    QCOMPARE(organizer.object(), shown ? expected : nullptr);
+    m_host->organizer = nullptr;
+    organizer.setObject(nullptr);
 }
 
 void SpriteEditorTest::identifiersOfFileNames_data()

@@ -5,6 +5,7 @@
 
 #include "editors/animation/timelinewidget.h"
 #include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/organizereditor.h"
 #include "editors/organizer/thumbnailseditor.h"
 #include "editors/palette/paletteeditor.h"
 #include "editors/sprite/imagecanvas.h"
@@ -93,6 +94,24 @@ void SpriteEditorPrivate::shiftAxis(const QPoint &shift)
         canvas->undoStack()->push(new AxisShift(this, shift));
 }
 
+// The host's organizer, when the user wants it beside the canvas, orders the sprites of
+// the file or, by "org_palette", its palettes.
+void SpriteEditorPrivate::showOrganizer()
+{
+    OrganizerEditor *organizer = nullptr;
+    for (int i = 0; interface && !organizer && i < 16; ++i)
+        organizer = qobject_cast<OrganizerEditor *>(interface->extraEditor(i));
+    if (!organizer)
+        return;
+    const bool shown = sprites && interface->option(QStringLiteral("show_organizer"), true).toBool();
+    const bool palettes = interface->option(QStringLiteral("org_palette"), false).toBool();
+    OrganizableObject *object = nullptr;
+    if (shown)
+        object = palettes ? static_cast<OrganizableObject *>(sprites->palettes()) : sprites;
+    organizer->setObject(object);
+    interface->setExtraEditor(shown ? organizer : nullptr);
+}
+
 void SpriteEditorPrivate::setSprites(Sprites *list)
 {
     for (const QMetaObject::Connection &connection : qAsConst(fileConnections))
@@ -118,6 +137,8 @@ void SpriteEditorPrivate::setSprites(Sprites *list)
         palettes->setPalettes(list ? list->palettes() : nullptr);
     if (thumbnails && q->isActive())
         thumbnails->filesChanged(list);
+    if (q->isActive())
+        showOrganizer();
     showSprite(list && list->count() ? int(qMin(list->selected(), list->count() - 1)) : -1);
 }
 
@@ -326,6 +347,7 @@ void SpriteEditor::activate()
         const bool native = m_interface->option(QStringLiteral("native_painting"), false).toBool();
         m_interface->setStatusText(0, tr("Renderer: %1").arg(Renderer::name(native)));
     }
+    d->showOrganizer();
 }
 
 void SpriteEditor::deactivate()

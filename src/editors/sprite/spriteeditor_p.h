@@ -59,6 +59,7 @@ public:
     QAction *actionNamed(const char *name) const;
     QWidget *dialogParent() const;
     void setSprites(Sprites *list);
+    void showOrganizer();
     // The sprite of the row on the canvas (none for -1), its history empty.
     void showSprite(int row);
     // The selector, the label, the actions' states.
