@@ -17,11 +17,13 @@
 class QAction;
 class QActionGroup;
 class QComboBox;
+class QGridLayout;
 class QLabel;
 class QListView;
 class QMenu;
 class QSlider;
 class QToolButton;
+class QVBoxLayout;
 
 namespace Ovra {
 
@@ -53,6 +55,7 @@ public:
 
     // --- spriteeditor.cpp ---
     void buildPanel();
+    void buildLayerFields(QGridLayout *grid, QVBoxLayout *layout);
     void buildActions();
     void buildTools();
     void makeActive();
@@ -81,6 +84,7 @@ public:
     // Adds or replaces sprites from the pictures, one undo step; the rows that went in.
     int importPictures(const QStringList &files, const QList<QImage> &images, Sprite::PaletteMode mode,
                        Palette *palette);
+    int copySprites(Sprites *from, const QList<int> &rows, Sprite::PaletteMode mode, Palette *palette);
     QVariant nextFreeIdentifier(const QList<QVariant> &taken) const;
     int rowOfIdentifier(const QVariant &identifier) const;
     // Lays the picture on the canvas as a new top layer, one step of its history.

@@ -589,6 +589,31 @@ void SpriteEditorPrivate::addAllAligned()
 
 // ---- the import from another project ---------------------------------------------------------
 
+// Copies the sprites of those rows of another file in, each over its namesake, as one
+// step of the file's history; how many went in.
+int SpriteEditorPrivate::copySprites(Sprites *from, const QList<int> &rows, Sprite::PaletteMode mode, Palette *palette)
+{
+    int count = 0;
+    ++updating;
+    static_cast<ProjectFile *>(sprites)->beginChange();
+    for (int row : qAsConst(rows)) {
+        const Sprite *source = from->at(uint(row));
+        const QImage image = source->image();
+        const int existing = rowOfIdentifier(source->identifier());
+        Sprite *made = existing >= 0 ? sprites->at(uint(existing))
+                                     : sprites->add(source->identifier(), image, Archive::NoShare);
+        if (!made)
+            continue;
+        if (existing >= 0 || mode != Sprite::OwnPalette)
+            made->setImage(image, false, mode, palette, Archive::NoShare);
+        made->setAxis(source->axis());
+        ++count;
+    }
+    static_cast<ProjectFile *>(sprites)->endChange();
+    --updating;
+    return count;
+}
+
 void SpriteEditorPrivate::projImport()
 {
     makeActive();
@@ -642,24 +667,7 @@ void SpriteEditorPrivate::projImport()
         }
         rows << row;
     }
-    int count = 0;
-    ++updating;
-    static_cast<ProjectFile *>(sprites)->beginChange();
-    for (int row : qAsConst(rows)) {
-        const Sprite *source = from->at(uint(row));
-        const QImage image = source->image();
-        const int existing = rowOfIdentifier(source->identifier());
-        Sprite *made = existing >= 0 ? sprites->at(uint(existing))
-                                     : sprites->add(source->identifier(), image, Archive::NoShare);
-        if (!made)
-            continue;
-        if (existing >= 0 || mode != Sprite::OwnPalette)
-            made->setImage(image, false, mode, palette, Archive::NoShare);
-        made->setAxis(source->axis());
-        ++count;
-    }
-    static_cast<ProjectFile *>(sprites)->endChange();
-    --updating;
+    const int count = copySprites(from, rows, mode, palette);
     showSprite(index >= 0 ? index : 0);
     emit q->spriteCountChanged();
     tell(QMessageBox::Information, tr("Import"),

@@ -119,44 +119,10 @@ void SpriteEditorPrivate::updateWells()
 
 // ---- the panel and the actions ---------------------------------------------------------------
 
-void SpriteEditorPrivate::buildPanel()
+// The layer half of the panel: the menu, the blend box, the opacity slider and the list,
+// the painter following the layer picked.
+void SpriteEditorPrivate::buildLayerFields(QGridLayout *grid, QVBoxLayout *layout)
 {
-    panel = new QWidget;
-    panel->setObjectName(QStringLiteral("spr_panel"));
-    connect(panel, &QObject::destroyed, this, [this] {
-        panel = nullptr;
-        layerList = nullptr;
-        blendBox = nullptr;
-        opacitySlider = nullptr;
-        layerButton = nullptr;
-        layerMenu = nullptr;
-        foregroundWell = backgroundWell = nullptr;
-        selector = nullptr;
-        selectorLabel = nullptr;
-    });
-    auto *layout = new QVBoxLayout(panel);
-    auto *grid = new QGridLayout;
-    layout->addLayout(grid);
-
-    selectorLabel = new QLabel(tr("0 / 0"), panel);
-    selectorLabel->setObjectName(QStringLiteral("spr_sel_lb"));
-    selector = new QSlider(Qt::Horizontal, panel);
-    selector->setObjectName(QStringLiteral("spr_sel"));
-    selector->setRange(0, 0);
-    connect(selector, &QSlider::valueChanged, this, &SpriteEditorPrivate::selPosChanged);
-    connect(this, &SpriteEditorPrivate::setPosText, selectorLabel, &QLabel::setText);
-    grid->addWidget(selector, 0, 0, 1, 3);
-    grid->addWidget(selectorLabel, 0, 3);
-
-    foregroundWell = new QToolButton(panel);
-    foregroundWell->setObjectName(QStringLiteral("spr_foreground"));
-    backgroundWell = new QToolButton(panel);
-    backgroundWell->setObjectName(QStringLiteral("spr_background"));
-    connect(foregroundWell, &QToolButton::clicked, this, &SpriteEditorPrivate::chooseForeground);
-    connect(backgroundWell, &QToolButton::clicked, this, &SpriteEditorPrivate::swapColors);
-    grid->addWidget(foregroundWell, 1, 0);
-    grid->addWidget(backgroundWell, 1, 1);
-
     auto *layersLabel = new QLabel(ovraTranslator()->text(LayersText), panel);
     layerButton = new QToolButton(panel);
     layerButton->setObjectName(QStringLiteral("spr_layers_menu_button"));
@@ -204,6 +170,47 @@ void SpriteEditorPrivate::buildPanel()
     connect(canvas->layers(), &QAbstractItemModel::modelReset, this, relayer);
     connect(canvas, &ImageCanvas::painterChanged, this, &SpriteEditorPrivate::bindPainter);
     connect(canvas, &ImageCanvas::formatChanged, this, &SpriteEditorPrivate::updateWells);
+}
+
+void SpriteEditorPrivate::buildPanel()
+{
+    panel = new QWidget;
+    panel->setObjectName(QStringLiteral("spr_panel"));
+    connect(panel, &QObject::destroyed, this, [this] {
+        panel = nullptr;
+        layerList = nullptr;
+        blendBox = nullptr;
+        opacitySlider = nullptr;
+        layerButton = nullptr;
+        layerMenu = nullptr;
+        foregroundWell = backgroundWell = nullptr;
+        selector = nullptr;
+        selectorLabel = nullptr;
+    });
+    auto *layout = new QVBoxLayout(panel);
+    auto *grid = new QGridLayout;
+    layout->addLayout(grid);
+
+    selectorLabel = new QLabel(tr("0 / 0"), panel);
+    selectorLabel->setObjectName(QStringLiteral("spr_sel_lb"));
+    selector = new QSlider(Qt::Horizontal, panel);
+    selector->setObjectName(QStringLiteral("spr_sel"));
+    selector->setRange(0, 0);
+    connect(selector, &QSlider::valueChanged, this, &SpriteEditorPrivate::selPosChanged);
+    connect(this, &SpriteEditorPrivate::setPosText, selectorLabel, &QLabel::setText);
+    grid->addWidget(selector, 0, 0, 1, 3);
+    grid->addWidget(selectorLabel, 0, 3);
+
+    foregroundWell = new QToolButton(panel);
+    foregroundWell->setObjectName(QStringLiteral("spr_foreground"));
+    backgroundWell = new QToolButton(panel);
+    backgroundWell->setObjectName(QStringLiteral("spr_background"));
+    connect(foregroundWell, &QToolButton::clicked, this, &SpriteEditorPrivate::chooseForeground);
+    connect(backgroundWell, &QToolButton::clicked, this, &SpriteEditorPrivate::swapColors);
+    grid->addWidget(foregroundWell, 1, 0);
+    grid->addWidget(backgroundWell, 1, 1);
+
+    buildLayerFields(grid, layout);
     if (interface) {
         for (QObject *control : {static_cast<QObject *>(selector), static_cast<QObject *>(selectorLabel),
                                  static_cast<QObject *>(layerList), static_cast<QObject *>(blendBox),
