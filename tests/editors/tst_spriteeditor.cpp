@@ -30,6 +30,7 @@
 #include "engine/extensionmanager.h"
 #include "image/sprite.h"
 #include "project/project.h"
+#include "project/regexp.h"
 #include "render/renderwidgetbase.h"
 
 #include <QAction>
@@ -146,6 +147,7 @@ private slots:
     void exportBatch();
     void toolsAndRemap();
     void layerPanel();
+    void playLayersAndFind();
     void colourWellsAndPalettes();
     void organizerByOptions_data();
     void organizerByOptions();
@@ -680,6 +682,36 @@ void SpriteEditorTest::layerPanel()
     QCOMPARE(history->index(), steps);
     QCOMPARE(layers->at(1)->blendMode(), QPainter::CompositionMode_SourceOver);
     QCOMPARE(layers->at(1)->opacity(), 1.0);
+}
+
+// The layers shown one by one and then as they were; the search by the names in the list.
+void SpriteEditorTest::playLayersAndFind()
+{
+    m_editor->setCurrentSprite(0);
+    action("spr_layer_add")->trigger();
+    action("spr_layer_add")->trigger();
+    ImageLayers *layers = m_editor->canvas()->layers();
+    QCOMPARE(layers->count(), 3);
+    layers->at(1)->setVisible(false);
+    QSignalSpy changes(layers, &QAbstractItemModel::dataChanged);
+    action("spr_layer_play")->trigger();
+    // The bottom layer alone first.
+    QVERIFY(layers->at(2)->isVisible());
+    QVERIFY(!layers->at(0)->isVisible() && !layers->at(1)->isVisible());
+    // Then the middle one, the top one, and the three as they were: six changes of
+    // visibility in all.
+    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 6, 10000);
+    QVERIFY(layers->at(0)->isVisible() && !layers->at(1)->isVisible() && layers->at(2)->isVisible());
+    QCOMPARE(m_editor->canvas()->layers()->count(), 3);
+
+    const int count = int(m_sprites->count());
+    const QString last = m_sprites->data(m_sprites->index(count - 1), Qt::DisplayRole).toString();
+    ScriptedAnswerer answers({QMessageBox::Yes});
+    QVERIFY(m_editor->find(RegExp(QRegularExpression::escape(last) + QLatin1Char('$')), 0));
+    QCOMPARE(answers.prompts().size(), 1); // the layers added were changes
+    QCOMPARE(m_editor->currentIndex(), count - 1);
+    QVERIFY(!m_editor->find(RegExp(QStringLiteral("no such sprite")), 0));
+    QCOMPARE(m_editor->currentIndex(), count - 1);
 }
 
 // The background well swaps the colours; another palette of the file shows the canvas

@@ -18,6 +18,7 @@
 #include "foundation/interface.h"
 #include "foundation/prompt.h"
 #include "foundation/translator.h"
+#include "project/regexp.h"
 #include "render/renderer.h"
 
 #include <QAction>
@@ -160,6 +161,8 @@ void SpriteEditorPrivate::spritesChanged()
 
 void SpriteEditorPrivate::showSprite(int row)
 {
+    if (layerPlay.isActive())
+        stopLayers();
     ++updating;
     index = sprites && row >= 0 && row < int(sprites->count()) ? row : -1;
     sprite = index >= 0 ? sprites->at(uint(index)) : nullptr;
@@ -269,6 +272,7 @@ SpriteEditor::SpriteEditor(GraphicsWorkspace *workspace, PaletteEditor *palettes
     d->buildPanel();
     d->buildActions();
     d->buildTools();
+    connect(&d->layerPlay, &QTimer::timeout, d, &SpriteEditorPrivate::stepLayers);
     if (palettes)
         connect(palettes, &PaletteEditor::remapRequested, this, &SpriteEditor::setRemap);
     connect(d->canvas->undoStack(), &QUndoStack::cleanChanged, this, [this] { emit modified(); });
@@ -455,8 +459,19 @@ void SpriteEditor::navigateTo(uint line, uint)
     setCurrentSprite(int(line));
 }
 
-bool SpriteEditor::find(const RegExp &, uint)
+// The next sprite after the one shown whose name in the list matches, round to the
+// first; false when none does or the user keeps a changed sprite.
+bool SpriteEditor::find(const RegExp &expression, uint)
 {
+    if (!d->sprites || !expression.isValid())
+        return false;
+    const int count = int(d->sprites->count());
+    for (int step = 1; step <= count; ++step) {
+        const int row = (qMax(d->index, 0) + step) % count;
+        const QString name = d->sprites->data(d->sprites->index(row), Qt::DisplayRole).toString();
+        if (expression.match(name).hasMatch())
+            return setCurrentSprite(row);
+    }
     return false;
 }
 

@@ -12,6 +12,8 @@
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
+#include <QTimer>
+#include <QVector>
 #include <functional>
 
 class QAction;
@@ -77,6 +79,8 @@ public:
     void spritesChanged();
     // Moves the axis kept for the next save, as one step of the canvas's history.
     void shiftAxis(const QPoint &shift);
+    void stepLayers();
+    void stopLayers();
 
     // --- spriteeditorops.cpp ---
     // Loads the pictures on the pool's threads, in file order; null images for failures.
@@ -120,6 +124,10 @@ public:
     RGBA shownTable[256];
     PaletteObject shownPalette{&shownTable};
     bool showingOther = false;
+    // The layers played one by one: the next row, and the visibility to give back.
+    QTimer layerPlay;
+    int layerStep = -1;
+    QVector<bool> layerShown;
     // Whether the workspace showed its time line before the editor came.
     bool timeLineShown = true;
     int updating = 0;

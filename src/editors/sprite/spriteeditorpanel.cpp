@@ -464,26 +464,52 @@ void SpriteEditorPrivate::layerMergeAll()
     canvas->mergeAll();
 }
 
-// Shows each layer alone, one after another, and then all of them again: a quick look
-// at the layers as the frames of an animation.
+// Shows each layer alone, from the bottom one up, a few times a second, and then the
+// layers as they were: a look at the layers as the frames of an animation. A second
+// trigger stops it.
 void SpriteEditorPrivate::playLayers()
 {
-    ImageLayers *list = canvas->layers();
-    if (list->count() < 2 || !workspace)
+    if (layerPlay.isActive()) {
+        stopLayers();
         return;
-    QVector<bool> shown;
+    }
+    ImageLayers *list = canvas->layers();
+    if (list->count() < 2)
+        return;
+    layerShown.clear();
     for (ImageLayer *layer : list->layers())
-        shown << layer->isVisible();
-    for (int row = list->count() - 1; row >= 0; --row) {
-        for (int other = 0; other < list->count(); ++other)
-            list->at(other)->setVisible(other == row);
-        workspace->update();
-        if (QWidget *view = workspace->widget())
-            view->repaint();
+        layerShown << layer->isVisible();
+    layerStep = list->count() - 1;
+    layerPlay.start(200);
+    stepLayers();
+}
+
+void SpriteEditorPrivate::stepLayers()
+{
+    ImageLayers *list = canvas->layers();
+    // The layers changed under the play (a new sprite): it ends.
+    if (layerStep < 0 || list->count() != layerShown.size()) {
+        stopLayers();
+        return;
     }
     for (int row = 0; row < list->count(); ++row)
-        list->at(row)->setVisible(shown.at(row));
-    workspace->update();
+        list->at(row)->setVisible(row == layerStep);
+    --layerStep;
+    if (workspace)
+        workspace->update();
+}
+
+void SpriteEditorPrivate::stopLayers()
+{
+    layerPlay.stop();
+    ImageLayers *list = canvas->layers();
+    if (list->count() == layerShown.size()) {
+        for (int row = 0; row < list->count(); ++row)
+            list->at(row)->setVisible(layerShown.at(row));
+    }
+    layerShown.clear();
+    if (workspace)
+        workspace->update();
 }
 
 void SpriteEditor::retranslate()
