@@ -145,6 +145,7 @@ private slots:
     void rotateAndResizeDialogs();
     void pictureAsLayerGrowsTheCanvas();
     void exportBatch();
+    void badFilesLeaveTheSprite();
     void toolsAndRemap();
     void layerPanel();
     void playLayersAndFind();
@@ -611,6 +612,23 @@ void SpriteEditorTest::exportBatch()
         QVERIFY2(read.load(name), qPrintable(name));
         QCOMPARE(read.convertToFormat(QImage::Format_ARGB32), colours(sprite));
     }
+}
+
+// A file that isn't a picture for the sprite's image: a message, and the sprite as it was.
+void SpriteEditorTest::badFilesLeaveTheSprite()
+{
+    m_editor->setCurrentSprite(0);
+    const QImage before = colours(m_sprites->at(0));
+    const QString broken = m_dir->filePath(QStringLiteral("broken.png"));
+    QVERIFY(writeFile(broken, QByteArray("\x89PNG\r\n\x1a\n truncated")));
+    ScriptedAnswerer answers({QMessageBox::Ok});
+    answerFilesDialog(m_dir->path(), {QStringLiteral("broken.png")});
+    action("spr_openimg")->trigger();
+    QCOMPARE(answers.prompts().size(), 1);
+    QCOMPARE(answers.prompts().first().icon, QMessageBox::Warning);
+    QVERIFY(answers.prompts().first().text.contains(QStringLiteral("broken.png")));
+    QCOMPARE(colours(m_sprites->at(0)), before);
+    QVERIFY(!m_sprites->isModified());
 }
 
 // The tools are one exclusive group; the remap table of the palette editor reaches the
