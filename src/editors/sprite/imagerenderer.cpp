@@ -37,7 +37,7 @@ QBrush checkerBrush()
 
 // The runs of edges of a mask: along each row the top and bottom edges, along each column
 // the left and right ones, where a selected pixel meets an unselected one or the border.
-void addRuns(QVector<QLine> &edges, const QByteArray &mask, const QSize &size, bool rows)
+void addRuns(QVector<SelectionEdge> &edges, const QByteArray &mask, const QSize &size, bool rows)
 {
     const int outer = rows ? size.height() : size.width();
     const int inner = rows ? size.width() : size.height();
@@ -55,11 +55,35 @@ void addRuns(QVector<QLine> &edges, const QByteArray &mask, const QSize &size, b
                 if (edge && start < 0)
                     start = b;
                 if (!edge && start >= 0) {
-                    edges.append(rows ? QLine(start, line, b, line) : QLine(line, start, line, b));
+                    edges.append({rows ? QLine(start, line, b, line) : QLine(line, start, line, b), side > 0});
                     start = -1;
                 }
             }
         }
+    }
+}
+
+// One edge on the view, one view pixel thick, inside the selected pixels: white, with black
+// dashes of four pixels laid out by the view position and the phase, so that they run on
+// from one edge to the next and march as the phase moves.
+void paintEdge(QPainter &painter, const SelectionEdge &edge, const QPointF &offset, double scale, int phase)
+{
+    const QPoint from = (offset + QPointF(edge.line.p1()) * scale).toPoint();
+    const QPoint to = (offset + QPointF(edge.line.p2()) * scale).toPoint();
+    const bool horizontal = from.y() == to.y();
+    const int across = (horizontal ? from.y() : from.x()) - (edge.after ? 1 : 0);
+    const int first = horizontal ? from.x() : from.y();
+    const int last = horizontal ? to.x() : to.y();
+    const auto run = [&](int begin, int end) {
+        return horizontal ? QRect(begin, across, end - begin, 1) : QRect(across, begin, 1, end - begin);
+    };
+    painter.fillRect(run(first, last), Qt::white);
+    for (int at = first; at < last;) {
+        const int place = ((at + across - phase) % 8 + 8) % 8;
+        const int end = qMin(last, at + (place < 4 ? 4 - place : 8 - place));
+        if (place < 4)
+            painter.fillRect(run(at, end), Qt::black);
+        at = end;
     }
 }
 
@@ -100,7 +124,7 @@ QImage ImageRendererPrivate::composedOriginal() const
     return picture;
 }
 
-const QVector<QLine> &ImageRendererPrivate::outline()
+const QVector<SelectionEdge> &ImageRendererPrivate::outline()
 {
     if (edgesDirty) {
         edgesDirty = false;
@@ -434,20 +458,8 @@ void ImageRenderer::render(QPainter &painter)
     painter.fillRect(picture, checkerBrush());
     painter.drawImage(picture, d->shownPicture());
     if (!d->showOriginal) {
-        const QVector<QLine> &edges = d->outline();
-        if (!edges.isEmpty()) {
-            QVector<QLineF> lines;
-            lines.reserve(edges.size());
-            for (const QLine &edge : edges)
-                lines.append(QLineF(d->offset + QPointF(edge.p1()) * scale, d->offset + QPointF(edge.p2()) * scale));
-            painter.setPen(QPen(Qt::white, 1));
-            painter.drawLines(lines);
-            QPen dashes(Qt::black, 1, Qt::CustomDashLine);
-            dashes.setDashPattern({4, 4});
-            dashes.setDashOffset(d->antsPhase);
-            painter.setPen(dashes);
-            painter.drawLines(lines);
-        }
+        for (const SelectionEdge &edge : d->outline())
+            paintEdge(painter, edge, d->offset, scale, d->antsPhase);
         if (d->tool && d->mouseKnown && !d->panning) {
             const QPointF corner = viewPoint(pixelAt(d->mouse));
             d->tool->paintOverlay(painter, qRound(corner.x()), qRound(corner.y()), scale);

@@ -14,6 +14,14 @@
 
 namespace Ovra {
 
+// An edge of the selection in picture pixels; `after` when the selected pixels lie before
+// the line (a bottom or a right edge).
+struct SelectionEdge
+{
+    QLine line;
+    bool after = false;
+};
+
 class ImageRendererPrivate
 {
 public:
@@ -23,7 +31,7 @@ public:
     const QImage &shownPicture();
     // The edges between selected and unselected pixels (and the picture's border around
     // selected ones), in picture pixels, each row's and column's runs joined.
-    const QVector<QLine> &outline();
+    const QVector<SelectionEdge> &outline();
     // Every layer drawn, the hidden ones too, as the saved picture has them.
     QImage composedOriginal() const;
 
@@ -51,7 +59,7 @@ public:
     bool showOriginal = false;
     QImage shown;
     bool shownDirty = true;
-    QVector<QLine> edges;
+    QVector<SelectionEdge> edges;
     bool edgesDirty = true;
     QPoint mouse;
     bool mouseKnown = false;
