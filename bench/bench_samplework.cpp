@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
+#include <QTextDocument>
 
 #include <cstdio>
 
@@ -153,8 +154,25 @@ void animationLoad(benchmark::State &state)
     state.counters["bytes/line"] = bytesPerLine;
 }
 
+// The same text put into a plain QTextDocument: no parser, no node tree, only Qt's own
+// fragment and block trees. Every line costs a few walks of those trees from their roots, so
+// this grows as n log n; its ratio between the two sizes is the floor under animationLoad's.
+void plainDocumentLoad(benchmark::State &state)
+{
+    const int lines = int(state.range(0));
+    const QString text = SampleWork::largeAnimationText(lines / 25, 5000);
+    int blocks = 0;
+    for (auto _ : state) {
+        QTextDocument document;
+        document.setPlainText(text);
+        blocks = document.blockCount();
+    }
+    state.counters["blocks"] = blocks;
+}
+
 } // namespace
 
+BENCHMARK(plainDocumentLoad)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(animationLoad)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(readBytes)->Unit(benchmark::kMillisecond);
 BENCHMARK(openProject)->Unit(benchmark::kMillisecond);
@@ -171,5 +189,7 @@ int main(int argc, char **argv)
     reporter.addRatio("closeProject", "readBytes");
     reporter.addRatio("openAndDecodeAll", "readBytes");
     reporter.addRatio("animationLoad/1000000/iterations:1", "animationLoad/100000/iterations:1");
+    reporter.addRatio("plainDocumentLoad/1000000/iterations:1", "plainDocumentLoad/100000/iterations:1");
+    reporter.addRatio("animationLoad/1000000/iterations:1", "plainDocumentLoad/1000000/iterations:1");
     return runWithRatios(argc, argv, reporter);
 }

@@ -40,6 +40,7 @@
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <gif_lib.h>
@@ -819,6 +820,12 @@ void AnimationOpsTest::importFromProjects()
     RecordingParent parent(QStringLiteral("/work/"), archive);
     auto *home = new TestProject(&parent, 0, nullptr, false);
     auto *other = new TestProject(&parent, 0, nullptr, false);
+    // The projects go after the files they hold: a file asks its project for options to
+    // the last (made before the files, so ended after them).
+    const auto releaseProjects = qScopeGuard([home, other] {
+        home->release();
+        other->release();
+    });
     Document mine(QStringLiteral("animation 2 \"Mine\"\n    frame (5, 5) delay=1\n"));
     Document theirs;
     for (auto pair : {qMakePair(home, &mine), qMakePair(other, &theirs)}) {
@@ -871,8 +878,6 @@ void AnimationOpsTest::importFromProjects()
 
     m_editor->setCurrentFile(nullptr);
     m_host->open.clear();
-    home->release();
-    other->release();
 }
 
 void AnimationOpsTest::findAnimation()

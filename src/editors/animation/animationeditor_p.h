@@ -25,7 +25,8 @@ class CodeNodeFile;
 class Interface;
 class Sprite;
 
-class AnimationEditorPrivate : public QObject
+// Exported for the tests, which look inside (a sanitizer checks their casts by its type).
+class OVRA_EXPORT AnimationEditorPrivate : public QObject
 {
     Q_OBJECT
 public:

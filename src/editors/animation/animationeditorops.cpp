@@ -451,7 +451,7 @@ void AnimationEditorPrivate::importFrom()
     Job *job = progress ? progress->start(tr("Importing animations..."), 0) : nullptr;
     if (job)
         job->setMaximum(1);
-    const auto conflict = [this, parent](const QString &identifier) {
+    const auto conflict = [parent](const QString &identifier) {
         Prompt prompt;
         prompt.icon = QMessageBox::Question;
         prompt.title = tr("Conflict resolution!");

@@ -43,6 +43,9 @@ public:
     virtual QWidget *createToolBar(QWidget *parent);
     // Lays down what the tool holds (a moved selection).
     virtual void apply();
+    // True for a tool whose left-button drag moves the view rather than the picture: the
+    // view then pans by the mouse's own motion in view pixels.
+    virtual bool dragsView() const;
 
 signals:
     // The view must be drawn again (the overlay or the picture changed).
