@@ -51,6 +51,7 @@
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QToolBar>
 #include <QToolButton>
 #include <QUndoStack>
 #include <QtTest>
@@ -148,6 +149,7 @@ private slots:
     void badFilesLeaveTheSprite();
     void toolsAndRemap();
     void layerPanel();
+    void pickerSetsTheWells();
     void playLayersAndFind();
     void colourWellsAndPalettes();
     void organizerByOptions_data();
@@ -401,7 +403,12 @@ void SpriteEditorTest::paintSaveAndReopen()
     const uint colour = before.format() == QImage::Format_Indexed8 ? (before.pixelIndex(pixel) + 1) % 256
                                                                    : qRgba(250, 10, 10, 255);
     m_editor->canvas()->painter()->setColor(colour);
-    const QPoint at = m_editor->renderer()->viewPoint(pixel).toPoint() + QPoint(1, 1);
+    // Closer, as a user paints; then the middle of the pixel on the view.
+    m_graphics->zoomIn();
+    m_graphics->zoomIn();
+    ImageRenderer *renderer = m_editor->renderer();
+    const QPoint at = ((renderer->viewPoint(pixel) + renderer->viewPoint(pixel + QPoint(1, 1))) / 2).toPoint();
+    QCOMPARE(renderer->pixelAt(at), pixel);
     QTest::mouseClick(view(), Qt::LeftButton, Qt::NoModifier, at);
     const QImage painted = m_editor->canvas()->composed();
     QVERIFY2(painted.pixel(pixel) != before.pixel(pixel), "the pen painted the pixel under the mouse");
@@ -702,6 +709,48 @@ void SpriteEditorTest::layerPanel()
     QCOMPARE(layers->at(1)->opacity(), 1.0);
 }
 
+// The picker on the view: the left button gives the foreground, the right one the
+// background, and the pen paints with what was picked.
+void SpriteEditorTest::pickerSetsTheWells()
+{
+    QVERIFY(showEditor());
+    m_editor->setCurrentSprite(0);
+    m_graphics->zoomIn();
+    const QImage picture = m_editor->canvas()->composed();
+    QVERIFY(picture.format() == QImage::Format_Indexed8);
+    // Two pixels of different colours.
+    QPoint first(-1, -1);
+    QPoint second(-1, -1);
+    for (int y = 0; y < picture.height() && second.x() < 0; ++y) {
+        for (int x = 0; x < picture.width() && second.x() < 0; ++x) {
+            if (picture.pixelIndex(x, y) == 0)
+                continue;
+            if (first.x() < 0)
+                first = QPoint(x, y);
+            else if (picture.pixelIndex(x, y) != picture.pixelIndex(first))
+                second = QPoint(x, y);
+        }
+    }
+    QVERIFY(second.x() >= 0);
+    ImageRenderer *renderer = m_editor->renderer();
+    const auto middle = [renderer](const QPoint &pixel) {
+        return ((renderer->viewPoint(pixel) + renderer->viewPoint(pixel + QPoint(1, 1))) / 2).toPoint();
+    };
+    action("spr_tool_picker")->trigger();
+    QTest::mouseClick(view(), Qt::LeftButton, Qt::NoModifier, middle(first));
+    QTest::mouseClick(view(), Qt::RightButton, Qt::NoModifier, middle(second));
+    const uint foreground = uint(picture.pixelIndex(first));
+    const uint background = uint(picture.pixelIndex(second));
+    QCOMPARE(m_editor->canvas()->painter()->color(), foreground);
+    QCOMPARE(field<QToolButton>("spr_foreground")->toolTip(), QStringLiteral("Foreground: %1").arg(foreground));
+    QCOMPARE(field<QToolButton>("spr_background")->toolTip(), QStringLiteral("Background: %1").arg(background));
+    // Swapped by the background well, the pen paints the second colour.
+    QTest::mouseClick(field<QToolButton>("spr_background"), Qt::LeftButton);
+    action("spr_tool_pen")->trigger();
+    QTest::mouseClick(view(), Qt::LeftButton, Qt::NoModifier, middle(first));
+    QCOMPARE(uint(m_editor->canvas()->composed().pixelIndex(first)), background);
+}
+
 // The layers shown one by one and then as they were; the search by the names in the list.
 void SpriteEditorTest::playLayersAndFind()
 {
@@ -800,6 +849,10 @@ void SpriteEditorTest::screenshot()
         for (int x = size.width() / 4; x < size.width() * 3 / 4; ++x)
             mask[y * size.width() + x] = 1;
     QVERIFY(m_editor->canvas()->setSelection(mask));
+    // Closer, by the view's buttons.
+    for (int i = 0; i < 3; ++i)
+        QTest::mouseClick(m_graphics->toolBar()->widgetForAction(action("view_zoom_in")), Qt::LeftButton);
+    QVERIFY(m_editor->renderer()->zoomFactor() > 1.0f);
     QVERIFY(m_graphics->sidePanel());
     QVERIFY(m_graphics->sidePanel()->isVisible());
     QApplication::processEvents();
