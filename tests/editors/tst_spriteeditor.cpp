@@ -34,6 +34,7 @@
 #include "render/renderwidgetbase.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -147,6 +148,7 @@ private slots:
     void pictureAsLayerGrowsTheCanvas();
     void exportBatch();
     void badFilesLeaveTheSprite();
+    void copyCutPaste();
     void toolsAndRemap();
     void layerPanel();
     void pickerSetsTheWells();
@@ -636,6 +638,39 @@ void SpriteEditorTest::badFilesLeaveTheSprite()
     QVERIFY(answers.prompts().first().text.contains(QStringLiteral("broken.png")));
     QCOMPARE(colours(m_sprites->at(0)), before);
     QVERIFY(!m_sprites->isModified());
+}
+
+// The selection goes to the clipboard; a cut clears it on the layer as one step; a paste
+// comes back as a layer of its own.
+void SpriteEditorTest::copyCutPaste()
+{
+    m_editor->setCurrentSprite(0);
+    ImageCanvas *canvas = m_editor->canvas();
+    const QImage before = canvas->composed();
+    const QSize size = canvas->size();
+    const QRect box(size.width() / 4, size.height() / 4, size.width() / 2, size.height() / 2);
+    QByteArray mask(size.width() * size.height(), '\0');
+    for (int y = box.top(); y <= box.bottom(); ++y)
+        for (int x = box.left(); x <= box.right(); ++x)
+            mask[y * size.width() + x] = 1;
+    QVERIFY(canvas->setSelection(mask));
+    m_editor->copy();
+    const QImage copied = QApplication::clipboard()->image().convertToFormat(QImage::Format_ARGB32);
+    QCOMPARE(copied.size(), box.size());
+    QCOMPARE(copied.pixel(3, 3), before.convertToFormat(QImage::Format_ARGB32).pixel(box.topLeft() + QPoint(3, 3)));
+
+    const int steps = canvas->undoStack()->index();
+    m_editor->cut();
+    QCOMPARE(canvas->undoStack()->index(), steps + 1);
+    const QImage cut = canvas->composed();
+    QCOMPARE(cut.pixelIndex(box.center()), 0);
+    QCOMPARE(cut.pixelIndex(0, 0), before.pixelIndex(0, 0));
+    m_editor->undo();
+    QCOMPARE(canvas->composed(), before);
+
+    m_editor->paste();
+    QCOMPARE(canvas->layers()->count(), 2);
+    QCOMPARE(canvas->size(), size);
 }
 
 // The tools are one exclusive group; the remap table of the palette editor reaches the

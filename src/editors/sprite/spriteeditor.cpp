@@ -8,6 +8,7 @@
 #include "editors/organizer/organizereditor.h"
 #include "editors/organizer/thumbnailseditor.h"
 #include "editors/palette/paletteeditor.h"
+#include "editors/sprite/commands/rasterlayeredit.h"
 #include "editors/sprite/imagecanvas.h"
 #include "editors/sprite/imagelayer.h"
 #include "editors/sprite/imagelayers.h"
@@ -22,6 +23,8 @@
 #include "render/renderer.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QActionGroup>
 #include <QColorDialog>
 #include <QComboBox>
@@ -425,16 +428,58 @@ void SpriteEditor::save()
     FileEditor::save();
 }
 
+// The selected part of what is shown, in true colour, the pixels outside the selection
+// clear; all of it without a selection.
 void SpriteEditor::copy()
 {
+    const QImage shown = d->canvas->composed().convertToFormat(QImage::Format_ARGB32);
+    if (shown.isNull())
+        return;
+    QRect box(QPoint(), shown.size());
+    QImage part = shown;
+    if (d->canvas->hasSelection()) {
+        box = QRect();
+        for (int y = 0; y < shown.height(); ++y) {
+            for (int x = 0; x < shown.width(); ++x) {
+                if (d->canvas->isSelected(x, y))
+                    box |= QRect(x, y, 1, 1);
+                else
+                    part.setPixel(x, y, 0);
+            }
+        }
+        if (box.isEmpty())
+            return;
+    }
+    QApplication::clipboard()->setImage(part.copy(box));
 }
 
+// Copies, then clears the selected pixels of the layer picked, as one step.
 void SpriteEditor::cut()
 {
+    RasterLayer *layer = d->currentLayer();
+    if (!layer)
+        return;
+    copy();
+    const QImage before = layer->image();
+    QImage cleared = before;
+    for (int y = 0; y < cleared.height(); ++y) {
+        for (int x = 0; x < cleared.width(); ++x) {
+            // Index 0 on an indexed layer, clear black on a true-colour one.
+            if (d->canvas->isSelected(x, y))
+                cleared.setPixel(x, y, 0);
+        }
+    }
+    if (cleared == before)
+        return;
+    layer->setImage(cleared);
+    d->canvas->undoStack()->push(new RasterLayerEdit(layer, before, true));
 }
 
+// A picture of the clipboard as a new layer.
 void SpriteEditor::paste()
 {
+    if (d->sprite)
+        d->addImageAsLayer(QApplication::clipboard()->image());
 }
 
 // The canvas's own history first; past its start, the file's.
