@@ -110,6 +110,8 @@ public:
     int position = -1;
     // Raised while the selector is set from code.
     int guard = 0;
+    // Raised while the colours of another palette are loaded.
+    int loading = 0;
     QUndoStack history;
     QMap<QString, QAction *> actions;
 
