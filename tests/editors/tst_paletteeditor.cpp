@@ -14,6 +14,7 @@
 #include "spritecontainer.h"
 #include "testinterface.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QCheckBox>
 #include <QColorDialog>
@@ -174,6 +175,7 @@ private slots:
     void applyingToSprites();
     void colourChoiceAndUndo();
     void remapTool();
+    void organizerOfThePalettes();
     void screenshot();
 
 private:
@@ -666,6 +668,23 @@ void PaletteEditorTest::remapTool()
     const QMap<uint, uint> kept{{1, 3}};
     QCOMPARE(m_editor->remapTable(), kept);
     m_host->activateEditor(nullptr);
+}
+
+void PaletteEditorTest::organizerOfThePalettes()
+{
+    show();
+    QAction *organize = action("org_palette");
+    QVERIFY(organize->isCheckable());
+    QCOMPARE(organize->text(), QStringLiteral("Organizer"));
+    organize->trigger();
+    QCOMPARE(m_host->options.value(QStringLiteral("org_palette")).toBool(), true);
+    auto *list = m_editor->widget()->findChild<QAbstractItemView *>();
+    QVERIFY(list);
+    QTRY_VERIFY(list->isVisible());
+    QCOMPARE(list->model()->rowCount(), 2);
+    organize->trigger();
+    QCOMPARE(m_host->options.value(QStringLiteral("org_palette")).toBool(), false);
+    QVERIFY(!list->isVisible());
 }
 
 void PaletteEditorTest::screenshot()
