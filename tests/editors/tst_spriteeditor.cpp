@@ -839,6 +839,17 @@ void SpriteEditorTest::colourWellsAndPalettes()
     QVERIFY(other);
     m_editor->switchPalette(other);
     QCOMPARE(m_editor->canvas()->palette()->at(10), table[10]);
+    // Edited in the palette editor, the colours shown follow; the pixels stay.
+    const QImage pixels = m_editor->canvas()->composed();
+    table[10] = RGBA(1, 2, 3, 255);
+    other->setColorTable(table, Archive::NoShare);
+    m_palettes->setCurrentPalette(other);
+    emit m_palettes->paletteChanged();
+    QCOMPARE(m_editor->canvas()->palette()->at(10), RGBA(1, 2, 3, 255));
+    const QImage after = m_editor->canvas()->composed();
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(after.constBits()), int(after.sizeInBytes())),
+             QByteArray(reinterpret_cast<const char *>(pixels.constBits()), int(pixels.sizeInBytes())));
+    QVERIFY(m_editor->canvas()->undoStack()->isClean());
     m_editor->switchPalette(nullptr);
     QVERIFY(m_editor->canvas()->palette()->at(10) != table[10] || m_editor->canvas()->format() == 1);
 }

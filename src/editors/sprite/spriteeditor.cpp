@@ -162,6 +162,27 @@ void SpriteEditorPrivate::spritesChanged()
     emit q->spriteCountChanged();
 }
 
+// The colours of a palette changed in the palette editor: the canvas shows the new ones
+// when it is shown with that palette, its pixels untouched.
+void SpriteEditorPrivate::paletteEdited()
+{
+    Palette *edited = palettes ? palettes->currentPalette() : nullptr;
+    if (!edited || !sprite || canvas->format() != 0)
+        return;
+    RGBA table[256];
+    if (!edited->colorTable(table))
+        return;
+    if (showingOther && shownPaletteSource == edited)
+        shownPalette.fromPalette(table);
+    else if (!showingOther && sprite->palette() == edited)
+        canvas->palette()->fromPalette(table);
+    else
+        return;
+    updateWells();
+    if (workspace)
+        workspace->update();
+}
+
 void SpriteEditorPrivate::showSprite(int row)
 {
     if (layerPlay.isActive())
@@ -276,8 +297,10 @@ SpriteEditor::SpriteEditor(GraphicsWorkspace *workspace, PaletteEditor *palettes
     d->buildActions();
     d->buildTools();
     connect(&d->layerPlay, &QTimer::timeout, d, &SpriteEditorPrivate::stepLayers);
-    if (palettes)
+    if (palettes) {
         connect(palettes, &PaletteEditor::remapRequested, this, &SpriteEditor::setRemap);
+        connect(palettes, &PaletteEditor::paletteChanged, d, &SpriteEditorPrivate::paletteEdited);
+    }
     connect(d->canvas->undoStack(), &QUndoStack::cleanChanged, this, [this] { emit modified(); });
     if (!d->tools.isEmpty()) {
         // The pen is where a painter starts.
@@ -624,6 +647,7 @@ void SpriteEditor::refreshSprite()
 void SpriteEditor::switchPalette(Palette *palette)
 {
     d->showingOther = palette && palette->colorTable(d->shownTable);
+    d->shownPaletteSource = d->showingOther ? palette : nullptr;
     if (d->showingOther)
         d->shownPalette.fromPalette(d->shownTable);
     d->canvas->setPalette(d->showingOther ? &d->shownPalette : nullptr);

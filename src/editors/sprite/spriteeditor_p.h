@@ -124,6 +124,7 @@ public:
     RGBA shownTable[256];
     PaletteObject shownPalette{&shownTable};
     bool showingOther = false;
+    Palette *shownPaletteSource = nullptr;
     // The layers played one by one: the next row, and the visibility to give back.
     QTimer layerPlay;
     int layerStep = -1;
@@ -177,6 +178,7 @@ public slots:
     void playLayers();
     void toolChosen(QAction *action);
     void colorPicked(uint color, Qt::MouseButton button);
+    void paletteEdited();
     void chooseForeground();
     void swapColors();
     void resizeImage();
