@@ -217,6 +217,28 @@ BasePenTool::BasePenTool(ImageCanvas *canvas, QObject *parent)
 
 BasePenTool::~BasePenTool() = default;
 
+PaintStroke &BasePenTool::paintStroke()
+{
+    if (!m_paint)
+        m_paint = std::make_unique<PaintStroke>(canvas());
+    return *m_paint;
+}
+
+void BasePenTool::strokeTo(const QPoint &from, const QPoint &to)
+{
+    paintStroke().lineTo(from, to);
+}
+
+void BasePenTool::finishStroke()
+{
+    paintStroke().finish(label());
+}
+
+void BasePenTool::cancelStroke()
+{
+    paintStroke().cancel();
+}
+
 int BasePenTool::penSize() const
 {
     return canvas()->painter()->size();
@@ -330,7 +352,6 @@ void BasePenTool::cancel()
 
 PenTool::PenTool(ImageCanvas *canvas, QObject *parent)
     : BasePenTool(canvas, parent)
-    , m_stroke(new PaintStroke(canvas))
 {
 }
 
@@ -349,27 +370,11 @@ const char *PenTool::actionName() const
 bool PenTool::startStroke(const QPoint &)
 {
     // A remap meant for the remap pen would turn this pen into one: it paints plainly.
-    return button() == Qt::LeftButton && m_stroke->begin(canvas()->painter()->color(), {});
-}
-
-void PenTool::strokeTo(const QPoint &from, const QPoint &to)
-{
-    m_stroke->lineTo(from, to);
-}
-
-void PenTool::finishStroke()
-{
-    m_stroke->finish(label());
-}
-
-void PenTool::cancelStroke()
-{
-    m_stroke->cancel();
+    return button() == Qt::LeftButton && paintStroke().begin(canvas()->painter()->color(), {});
 }
 
 EraserTool::EraserTool(ImageCanvas *canvas, QObject *parent)
     : BasePenTool(canvas, parent)
-    , m_stroke(new PaintStroke(canvas))
 {
 }
 
@@ -388,27 +393,11 @@ const char *EraserTool::actionName() const
 bool EraserTool::startStroke(const QPoint &)
 {
     // Index 0 on an indexed picture, the clear word on a true-colour one.
-    return button() == Qt::LeftButton && m_stroke->begin(0, {});
-}
-
-void EraserTool::strokeTo(const QPoint &from, const QPoint &to)
-{
-    m_stroke->lineTo(from, to);
-}
-
-void EraserTool::finishStroke()
-{
-    m_stroke->finish(label());
-}
-
-void EraserTool::cancelStroke()
-{
-    m_stroke->cancel();
+    return button() == Qt::LeftButton && paintStroke().begin(0, {});
 }
 
 ReplaceTool::ReplaceTool(ImageCanvas *canvas, QObject *parent)
     : BasePenTool(canvas, parent)
-    , m_stroke(new PaintStroke(canvas))
 {
 }
 
@@ -445,22 +434,7 @@ bool ReplaceTool::keyPress(int key)
 bool ReplaceTool::startStroke(const QPoint &)
 {
     const QMap<uint, uint> remap = canvas()->painter()->remap();
-    return button() == Qt::LeftButton && !remap.isEmpty() && m_stroke->begin(canvas()->painter()->color(), remap);
-}
-
-void ReplaceTool::strokeTo(const QPoint &from, const QPoint &to)
-{
-    m_stroke->lineTo(from, to);
-}
-
-void ReplaceTool::finishStroke()
-{
-    m_stroke->finish(label());
-}
-
-void ReplaceTool::cancelStroke()
-{
-    m_stroke->cancel();
+    return button() == Qt::LeftButton && !remap.isEmpty() && paintStroke().begin(canvas()->painter()->color(), remap);
 }
 
 // ---- the picker and its kin

@@ -109,16 +109,20 @@ protected:
     bool isStroking() const { return m_stroking; }
     // False when the press starts no stroke (a button the tool doesn't use, no layer).
     virtual bool startStroke(const QPoint &pixel) = 0;
-    virtual void strokeTo(const QPoint &from, const QPoint &to) = 0;
-    virtual void finishStroke() = 0;
+    // By default a stroke paints on the current layer through paintStroke(), begun by
+    // startStroke, and ends as one undo step named after the tool.
+    virtual void strokeTo(const QPoint &from, const QPoint &to);
+    virtual void finishStroke();
     // The stroke is dropped and what it did is taken back.
-    virtual void cancelStroke() = 0;
+    virtual void cancelStroke();
+    PaintStroke &paintStroke();
 
 private:
     void cancel();
 
     bool m_stroking = false;
     QPoint m_last;
+    std::unique_ptr<PaintStroke> m_paint;
 };
 
 // Draws the selection with the pen: the pixels the stroke covers are combined with the
@@ -193,12 +197,6 @@ public:
 
 protected:
     bool startStroke(const QPoint &pixel) override;
-    void strokeTo(const QPoint &from, const QPoint &to) override;
-    void finishStroke() override;
-    void cancelStroke() override;
-
-private:
-    std::unique_ptr<PaintStroke> m_stroke;
 };
 
 // Paints index 0 on an indexed layer and clear pixels on a true-colour one.
@@ -213,12 +211,6 @@ public:
 
 protected:
     bool startStroke(const QPoint &pixel) override;
-    void strokeTo(const QPoint &from, const QPoint &to) override;
-    void finishStroke() override;
-    void cancelStroke() override;
-
-private:
-    std::unique_ptr<PaintStroke> m_stroke;
 };
 
 // Paints through the painter's remap: only the pixels of mapped colours change. With no
@@ -236,12 +228,6 @@ public:
 
 protected:
     bool startStroke(const QPoint &pixel) override;
-    void strokeTo(const QPoint &from, const QPoint &to) override;
-    void finishStroke() override;
-    void cancelStroke() override;
-
-private:
-    std::unique_ptr<PaintStroke> m_stroke;
 };
 
 // Fills the region under the mouse with the painter's colour, with the "Contiguous" box.
