@@ -9,9 +9,12 @@
 #include "editors/graphics/graphicsworkspace.h"
 #include "editors/organizer/organizereditor.h"
 #include "editors/organizer/thumbnailseditor.h"
+#include "editors/palette/paletteeditor.h"
+#include "editors/sprite/spriteeditor.h"
 #include "engine/engine.h"
 #include "engine/extension.h"
 #include "engine/extensionmanager.h"
+#include "project/project.h"
 
 #include <QAction>
 
@@ -24,11 +27,15 @@ GraphicsEditors::GraphicsEditors(StudioHost *host, CodeEditors *codeEditors, QWi
     , m_organizer(new OrganizerEditor)
     , m_explorer(new ThumbnailsEditor)
     , m_emulator(new EmulatorEditor(m_workspace))
+    , m_palettes(new PaletteEditor)
+    , m_sprites(new SpriteEditor(m_workspace, m_palettes, m_explorer, Project::Sprites))
 {
     // The organizer is the host's first extra editor and the explorer its second: the
     // editors find them by kind, the window gives each a place of its own.
     host->addExtraEditor(m_organizer);
     host->addExtraEditor(m_explorer);
+    host->addExtraEditor(m_palettes);
+    host->addEditor(m_sprites);
     // The emulator's view comes up by its action, which stays off until the engine brings
     // an emulator.
     if (QAction *action = m_emulator->action())
@@ -40,6 +47,9 @@ GraphicsEditors::~GraphicsEditors()
     if (m_current)
         m_host->removeEditor(m_current);
     qDeleteAll(m_editors);
+    m_host->removeEditor(m_sprites);
+    delete m_sprites;
+    delete m_palettes;
     delete m_emulator;
     delete m_explorer;
     delete m_organizer;

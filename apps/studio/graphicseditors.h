@@ -1,6 +1,7 @@
 #pragma once
 // The editors that draw on the graphics workspace, and the side editors beside them: the
-// organizer, the sprite explorer, the engine's animation editor, the emulator view.
+// organizer, the sprite explorer, the engine's animation editor, the emulator view, the
+// sprite painter with its palette editor.
 #include <QHash>
 #include <QObject>
 
@@ -11,6 +12,8 @@ class EmulatorEditor;
 class Engine;
 class GraphicsWorkspace;
 class OrganizerEditor;
+class PaletteEditor;
+class SpriteEditor;
 class ThumbnailsEditor;
 } // namespace Ovra
 class CodeEditors;
@@ -28,6 +31,8 @@ public:
     Ovra::OrganizerEditor *organizer() const { return m_organizer; }
     Ovra::ThumbnailsEditor *explorer() const { return m_explorer; }
     Ovra::EmulatorEditor *emulator() const { return m_emulator; }
+    Ovra::PaletteEditor *palettes() const { return m_palettes; }
+    Ovra::SpriteEditor *spriteEditor() const { return m_sprites; }
     // The animation editor of the current engine, or null when the engine brings none (its
     // animation files then open as text).
     Ovra::AnimationEditor *animationEditor() const { return m_current; }
@@ -45,6 +50,8 @@ private:
     Ovra::OrganizerEditor *m_organizer;
     Ovra::ThumbnailsEditor *m_explorer;
     Ovra::EmulatorEditor *m_emulator;
+    Ovra::PaletteEditor *m_palettes;
+    Ovra::SpriteEditor *m_sprites;
     // One editor an engine, made the first time the engine is used.
     QHash<Ovra::AnimationEditorExtension *, Ovra::AnimationEditor *> m_editors;
     Ovra::AnimationEditor *m_current = nullptr;

@@ -83,7 +83,7 @@ MainWindow::MainWindow(StudioHost *host, ProjectLocator *locator, QWidget *paren
     d->centre->addWidget(d->codeEditors->workspace());
     d->centre->addWidget(d->graphicsEditors->workspace());
     d->centre->addWidget(d->soundEditors->workspace());
-    d->createExplorerDock();
+    d->createGraphicsDocks();
     d->createViewMenu();
     d->applyViewOptions();
     QObject::connect(host, &StudioHost::reconfigured, this, [this] { d->applyViewOptions(); });
@@ -270,7 +270,7 @@ void MainWindowPrivate::createViewMenu()
     toolBarMenu->addAction(controlBar->toggleViewAction());
     dockMenu = viewMenu->addMenu(MainWindow::tr("&Docks"));
     dockMenu->setObjectName(QStringLiteral("menu_docks"));
-    for (QDockWidget *dock : {projectDock, messagesDock, sideDock, explorerDock, outputDock})
+    for (QDockWidget *dock : {projectDock, messagesDock, sideDock, explorerDock, palettesDock, outputDock})
         dockMenu->addAction(dock->toggleViewAction());
 }
 

@@ -55,6 +55,7 @@ struct MainWindowPrivate
     QDockWidget *messagesDock = nullptr;
     QDockWidget *sideDock = nullptr;
     QDockWidget *explorerDock = nullptr;
+    QDockWidget *palettesDock = nullptr;
     QDockWidget *outputDock = nullptr;
     QTreeView *tree = nullptr;
     QTreeView *messages = nullptr;
@@ -77,7 +78,8 @@ struct MainWindowPrivate
 
     // mainwindowdocks.cpp
     void createDocks();
-    void createExplorerDock();
+    // The sprite explorer's and the palette editor's docks, beside the editors that use them.
+    void createGraphicsDocks();
     void setTreeModels();
     void treeActivated(const QModelIndex &index);
     // Makes the file's row the tree's current one, in view.

@@ -9,6 +9,8 @@
 #include "editors/extraeditor.h"
 #include "editors/animation/animationeditor.h"
 #include "editors/organizer/thumbnailseditor.h"
+#include "editors/palette/paletteeditor.h"
+#include "editors/sprite/spriteeditor.h"
 #include "engine/script/script.h"
 #include "engine/script/scriptclasses.h"
 #include "foundation/filedialogs.h"
@@ -95,17 +97,35 @@ void MainWindowPrivate::createDocks()
     messagesDock->raise();
 }
 
-void MainWindowPrivate::createExplorerDock()
+void MainWindowPrivate::createGraphicsDocks()
 {
     ThumbnailsEditor *explorer = graphicsEditors->explorer();
     explorerDock = makeDock(q, QStringLiteral("dock_explorer"), MainWindow::tr("Sprite explorer"), explorer->widget(),
                             Qt::RightDockWidgetArea);
     explorerDock->hide();
+    PaletteEditor *palettes = graphicsEditors->palettes();
+    palettesDock = makeDock(q, QStringLiteral("dock_palettes"), palettes->displayName(), palettes->widget(),
+                            Qt::RightDockWidgetArea);
+    // The dock's title names the editor: its own heading would say it twice.
+    if (auto *heading = palettes->widget()->findChild<QLabel *>(QStringLiteral("pal_title")))
+        heading->hide();
+    // The palettes share the side editors' place, one tab each, above the explorer.
+    q->tabifyDockWidget(sideDock, palettesDock);
+    palettesDock->hide();
+    // The sprite painter's switch of the explorer shows or hides the explorer's dock; the
+    // painter starts with its explorer beside it.
+    if (QAction *shown = host->action("spr_explorer")) {
+        shown->setChecked(true);
+        QObject::connect(shown, &QAction::toggled, q, [this] { placeExplorer(host->currentEditor()); });
+    }
 }
 
 void MainWindowPrivate::placeExplorer(Editor *active)
 {
-    const bool uses = active && graphicsEditors && active == graphicsEditors->animationEditor();
+    const bool animations = active && graphicsEditors && active == graphicsEditors->animationEditor();
+    const bool sprites = active && graphicsEditors && active == graphicsEditors->spriteEditor();
+    QAction *explorerSwitch = host->action("spr_explorer");
+    const bool uses = animations || (sprites && explorerSwitch && explorerSwitch->isChecked());
     explorerDock->setVisible(uses);
     ThumbnailsEditor *explorer = graphicsEditors ? graphicsEditors->explorer() : nullptr;
     if (explorer && uses != explorer->isActive()) {
@@ -113,6 +133,16 @@ void MainWindowPrivate::placeExplorer(Editor *active)
             explorer->activate();
         else
             explorer->deactivate();
+    }
+    PaletteEditor *palettes = graphicsEditors ? graphicsEditors->palettes() : nullptr;
+    if (palettes && sprites != palettes->isActive()) {
+        palettesDock->setVisible(sprites);
+        if (sprites) {
+            palettes->activate();
+            palettesDock->raise();
+        } else {
+            palettes->deactivate();
+        }
     }
 }
 
@@ -176,6 +206,11 @@ void MainWindowPrivate::messageActivated(const QModelIndex &index)
 
 void MainWindowPrivate::showExtraEditor(ExtraEditor *editor)
 {
+    // The explorer and the palettes have docks of their own, placed with their editors.
+    if (graphicsEditors && (editor == graphicsEditors->explorer() || editor == graphicsEditors->palettes())) {
+        placeExplorer(host->currentEditor());
+        return;
+    }
     QWidget *shown = editor ? editor->widget() : nullptr;
     if (sideDock->widget() != (shown ? shown : noSideEditor)) {
         // The dock gives its widget back instead of ending it: the editor owns its own.

@@ -57,6 +57,8 @@ QString menuTitle(const QString &name)
         {QStringLiteral("organizer"), QT_TRANSLATE_NOOP("StudioHost", "&Organizer")},
         {QStringLiteral("thumbnails"), QT_TRANSLATE_NOOP("StudioHost", "Sprite e&xplorer")},
         {QStringLiteral("sound"), QT_TRANSLATE_NOOP("StudioHost", "&Sound")},
+        {QStringLiteral("sprite"), QT_TRANSLATE_NOOP("StudioHost", "S&prite")},
+        {QStringLiteral("palettes"), QT_TRANSLATE_NOOP("StudioHost", "Pa&lettes")},
     };
     const char *title = titles.value(name);
     if (title)

@@ -140,7 +140,7 @@ void GraphicsWorkspacePrivate::buildActions()
         }
         actions[i] = action;
         if (i == MainCrossAction || i == RulersAction || i == AttackBoxAction)
-            toolBar->addSeparator();
+            viewSeparators << toolBar->addSeparator();
         toolBar->addAction(action);
         giveIcon(action);
     }
@@ -447,6 +447,28 @@ void GraphicsWorkspace::setSidePanel(QWidget *panel)
 QWidget *GraphicsWorkspace::sidePanel() const
 {
     return d->sidePanel;
+}
+
+void GraphicsWorkspace::setViewActionsVisible(bool visible)
+{
+    for (QAction *action : d->actions)
+        action->setVisible(visible);
+    for (QAction *separator : qAsConst(d->viewSeparators))
+        separator->setVisible(visible);
+}
+
+void GraphicsWorkspace::setEditorActions(const QList<QAction *> &actions)
+{
+    for (QAction *action : qAsConst(d->editorActions))
+        d->toolBar->removeAction(action);
+    delete d->editorSeparator;
+    d->editorSeparator = nullptr;
+    d->editorActions = actions;
+    if (actions.isEmpty())
+        return;
+    QAction *first = d->toolBar->actions().value(0);
+    d->toolBar->insertActions(first, actions);
+    d->editorSeparator = d->toolBar->insertSeparator(first);
 }
 
 void GraphicsWorkspace::enableCross(Cross cross, bool enabled)

@@ -1,7 +1,9 @@
 #pragma once
 #include "editors/workspace.h"
+#include <QList>
 #include <QPoint>
 
+class QAction;
 class QToolBar;
 
 namespace Ovra {
@@ -53,6 +55,12 @@ public:
     void setSidePanel(QWidget *panel);
     QWidget *sidePanel() const;
 
+    // Shows or hides the view actions (origin, crosses, rulers, guides, boxes): a view
+    // that draws none of them (a picture being painted) has no use for their switches.
+    void setViewActionsVisible(bool visible);
+    // The current editor's own actions (its tools), at the head of the tool bar; an empty
+    // list takes them off again. The editor keeps owning them.
+    void setEditorActions(const QList<QAction *> &actions);
     // Enables the view action of a cross (an editor offers only the crosses it uses).
     void enableCross(Cross cross, bool enabled);
     QPoint extraAxis() const;

@@ -76,6 +76,11 @@ public:
     QPointer<QWidget> sidePanel;
     QAction *actions[ViewActionCount] = {};
     QAction *zoomActions[ZoomActionCount] = {};
+    // The separators before the groups of view actions, hidden with them.
+    QList<QAction *> viewSeparators;
+    // The current editor's own actions at the head of the bar, and the separator after them.
+    QList<QAction *> editorActions;
+    QAction *editorSeparator = nullptr;
     QPoint extraAxis;
     QPointer<ExAxisDlg> axisDialog;
     bool centreWhenSized = false;

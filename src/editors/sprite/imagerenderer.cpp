@@ -165,6 +165,7 @@ void ImageRendererPrivate::zoomAbout(double wanted, const QPointF &anchor)
 {
     if (!canvas)
         return;
+    userZoomed = true;
     const double before = scale();
     const QPointF point = (anchor - offset) / before;
     zooming = true;
@@ -210,10 +211,23 @@ void ImageRendererPrivate::selectionChanged()
 }
 
 // A zoom set from outside (the editor's buttons) keeps the middle of the view in place.
+void ImageRendererPrivate::fitWholeZoom()
+{
+    if (userZoomed || !canvas || canvas->size().isEmpty() || viewSize.isEmpty())
+        return;
+    const QSize size = canvas->size();
+    const int whole = qBound(1, qMin(viewSize.width() / size.width(), viewSize.height() / size.height()), 8);
+    zooming = true;
+    canvas->setScale(whole);
+    zooming = false;
+    lastScale = scale();
+}
+
 void ImageRendererPrivate::scaleChanged(double present)
 {
     if (zooming)
         return;
+    userZoomed = true;
     const QPointF middle(viewSize.width() / 2.0, viewSize.height() / 2.0);
     offset = middle - (middle - offset) / lastScale * present;
     lastScale = present;
@@ -242,6 +256,8 @@ void ImageRenderer::setCanvas(ImageCanvas *canvas)
     d->canvas = canvas;
     d->connectCanvas();
     d->lastScale = d->scale();
+    // A canvas that comes with a zoom of its own keeps it.
+    d->userZoomed = canvas && canvas->scale() != 1.0;
     d->placed = false;
     d->shownDirty = true;
     d->selectionChanged();
@@ -325,6 +341,7 @@ void ImageRenderer::zoomFit()
         return;
     const QSize size = d->canvas->size();
     const double fit = qMin(double(d->viewSize.width()) / size.width(), double(d->viewSize.height()) / size.height());
+    d->userZoomed = true;
     d->zooming = true;
     d->canvas->setScale(fit);
     d->zooming = false;
@@ -336,6 +353,7 @@ void ImageRenderer::zoomActual()
 {
     if (!d->canvas)
         return;
+    d->userZoomed = true;
     d->zooming = true;
     d->canvas->setScale(1.0);
     d->zooming = false;
@@ -345,6 +363,7 @@ void ImageRenderer::zoomActual()
 
 void ImageRenderer::centralize()
 {
+    d->fitWholeZoom();
     const QSizeF picture = d->canvas ? QSizeF(d->canvas->size()) * d->scale() : QSizeF();
     // Whole view pixels, so that every picture pixel covers the same number of them.
     d->offset = QPointF(qFloor((d->viewSize.width() - picture.width()) / 2),

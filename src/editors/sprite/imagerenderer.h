@@ -13,7 +13,8 @@ class ImageTool;
 // The view of the sprite painter: the composed layers of a canvas at the canvas's zoom,
 // the outline of the selection and the active tool's marks, on OpenGL or with the
 // painter. The mouse and the keys go to the active tool in picture pixels; the middle
-// button and the wheel move and zoom the view.
+// button and the wheel move and zoom the view. Until the user zooms, a picture comes up at
+// the largest whole zoom (up to 8) that fits the view.
 class OVRA_EXPORT ImageRenderer : public QObject, public GraphicsRendererBase
 {
     Q_OBJECT

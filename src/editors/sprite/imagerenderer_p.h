@@ -55,7 +55,11 @@ public:
     QSize viewSize;
     bool placed = false;       // the offset was set for this picture
     bool zooming = false;      // a zoom of ours moves the offset itself
+    void fitWholeZoom();
     double lastScale = 1.0;
+    // Until the user picks a zoom, each picture placed in the view gets the largest whole
+    // zoom, up to 8, at which it fits.
+    bool userZoomed = false;
     bool showOriginal = false;
     QImage shown;
     bool shownDirty = true;

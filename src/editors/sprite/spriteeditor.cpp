@@ -359,6 +359,10 @@ void SpriteEditor::activate()
         d->workspace->setRenderer(d->renderer);
         d->workspace->activate();
         d->workspace->setSidePanel(d->panel);
+        // The painting tools take the place of the animation view's switches, which draw
+        // nothing on a picture.
+        d->workspace->setViewActionsVisible(false);
+        d->workspace->setEditorActions(d->toolGroup->actions());
         // A sprite has no time: the time line of the animations stands aside meanwhile.
         if (QWidget *line = static_cast<QWidget *>(d->workspace->timeLine())) {
             d->timeLineShown = !line->isHidden();
@@ -388,6 +392,8 @@ void SpriteEditor::deactivate()
         d->thumbnails->setFiles(nullptr, nullptr);
     if (d->workspace) {
         d->workspace->deactivate();
+        d->workspace->setEditorActions({});
+        d->workspace->setViewActionsVisible(true);
         if (d->workspace->sidePanel() == d->panel)
             d->workspace->setSidePanel(nullptr);
         if (QWidget *line = static_cast<QWidget *>(d->workspace->timeLine()))
@@ -618,6 +624,7 @@ void SpriteEditor::setCurrentTool(ImageTool *tool)
         if (QAction *action = d->actions.value(QString::fromLatin1(tool->actionName())))
             action->setChecked(true);
     }
+    d->showToolControls();
     d->renderer->setTool(tool);
 }
 
@@ -658,8 +665,11 @@ void SpriteEditor::switchPalette(Palette *palette)
 
 void SpriteEditor::switchExtraEditor(bool shown)
 {
-    if (m_interface)
-        m_interface->setExtraEditor(shown ? d->thumbnails : nullptr);
+    // Put away, the explorer gives its place back to the organizer (if the user keeps one).
+    if (!shown)
+        d->showOrganizer();
+    else if (m_interface)
+        m_interface->setExtraEditor(d->thumbnails);
 }
 
 void SpriteEditor::setRenderer()

@@ -60,6 +60,8 @@ public:
     void buildLayerFields(QGridLayout *grid, QVBoxLayout *layout);
     void buildActions();
     void buildTools();
+    // The current tool's controls in place of the previous tool's.
+    void showToolControls();
     void makeActive();
     QAction *actionNamed(const char *name) const;
     QWidget *dialogParent() const;
@@ -114,6 +116,8 @@ public:
     QList<ImageTool *> tools;
     ImageTool *tool = nullptr;
     QActionGroup *toolGroup = nullptr;
+    // The current tool's own controls (pen size, "Contiguous"), beside the colour wells.
+    QWidget *toolControls = nullptr;
     // How far the sprite's axis moves when the canvas is saved into it.
     QPoint axisShift;
     // The painter's colours (indices or ARGB words) and the remap pen's table.

@@ -184,6 +184,7 @@ void SpriteEditorPrivate::buildPanel()
         layerButton = nullptr;
         layerMenu = nullptr;
         foregroundWell = backgroundWell = nullptr;
+        toolControls = nullptr;
         selector = nullptr;
         selectorLabel = nullptr;
     });
@@ -209,6 +210,11 @@ void SpriteEditorPrivate::buildPanel()
     connect(backgroundWell, &QToolButton::clicked, this, &SpriteEditorPrivate::swapColors);
     grid->addWidget(foregroundWell, 1, 0);
     grid->addWidget(backgroundWell, 1, 1);
+    toolControls = new QWidget(panel);
+    toolControls->setObjectName(QStringLiteral("spr_tool_controls"));
+    auto *controlsLayout = new QHBoxLayout(toolControls);
+    controlsLayout->setContentsMargins(0, 0, 0, 0);
+    grid->addWidget(toolControls, 1, 2, 1, 2);
 
     buildLayerFields(grid, layout);
     if (interface) {
@@ -287,6 +293,16 @@ void SpriteEditorPrivate::buildTools()
                     SLOT(colorPicked(uint, Qt::MouseButton)));
     }
     connect(toolGroup, &QActionGroup::triggered, this, &SpriteEditorPrivate::toolChosen);
+}
+
+void SpriteEditorPrivate::showToolControls()
+{
+    if (!toolControls)
+        return;
+    for (QWidget *before : toolControls->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly))
+        delete before;
+    if (QWidget *controls = tool ? tool->createToolBar(toolControls) : nullptr)
+        toolControls->layout()->addWidget(controls);
 }
 
 // ---- the slots of the panel ------------------------------------------------------------------
