@@ -46,41 +46,6 @@ public:
     Ovra::ExtraEditor *shownExtra = nullptr;
 };
 
-// Clicks a dialog's button of that role, as a user does.
-inline void clickButton(QDialog *dialog, QDialogButtonBox::StandardButton which)
-{
-    auto *box = dialog->findChild<QDialogButtonBox *>();
-    QVERIFY(box);
-    QTest::mouseClick(box->button(which), Qt::LeftButton);
-}
-
-// Chooses files of one folder in the next file dialog.
-inline void answerFilesDialog(const QString &folder, const QStringList &names)
-{
-    whenShown<QFileDialog>([folder, names](QFileDialog *dialog) {
-        dialog->setDirectory(folder);
-        QStringList quoted;
-        for (const QString &name : names)
-            quoted << QLatin1Char('"') + name + QLatin1Char('"');
-        // Typed into the name field: selectFile() leaves a field that has the focus alone.
-        auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-        QVERIFY(edit);
-        edit->setText(quoted.join(QLatin1Char(' ')));
-        QMetaObject::invokeMethod(dialog, "accept");
-    });
-}
-
-// Fills the next dialog of that class and clicks its OK.
-template<class T>
-inline void acceptWhenShown(std::function<void(T *)> fill = nullptr)
-{
-    whenShown<T>([fill](T *dialog) {
-        if (fill)
-            fill(dialog);
-        clickButton(dialog, QDialogButtonBox::Ok);
-    });
-}
-
 // Each prompt the user saw as "title | text".
 inline QStringList promptTexts(const ScriptedAnswerer &answerer)
 {

@@ -3,6 +3,7 @@
 // masks worked out here from the rules of each tool.
 #include "../render/rendertestsupport.h"
 
+#include "penline.h"
 #include "renderwindow.h"
 
 #include "editors/sprite/imagecanvas.h"
@@ -22,11 +23,6 @@ using namespace Ovra;
 
 Q_DECLARE_METATYPE(Qt::MouseButton)
 
-inline uint qHash(const QPoint &p, uint seed = 0)
-{
-    return qHash(qMakePair(p.x(), p.y()), seed);
-}
-
 namespace {
 
 const QSize pictureSize(40, 30);
@@ -39,31 +35,9 @@ uchar patternAt(int x, int y)
     return uchar((x / 5 + (y / 4) * 3) % 6);
 }
 
-using Pixels = QSet<QPoint>;
-
-// The line from `a` to `b` with a pen of `size`: along the longer axis every step, the
-// shorter one moved by floor((shorter / 2 + i * shorter) / longer) after i steps, as the
-// error of the shorter axis starts at half of its own difference.
 Pixels penLine(QPoint a, QPoint b, int size)
 {
-    Pixels pixels;
-    const int dx = std::abs(b.x() - a.x());
-    const int dy = std::abs(b.y() - a.y());
-    const int sx = b.x() >= a.x() ? 1 : -1;
-    const int sy = b.y() >= a.y() ? 1 : -1;
-    const int longer = qMax(dx, dy);
-    for (int i = 0; i <= longer; ++i) {
-        const int shorter = qMin(dx, dy);
-        const int minor = longer ? (shorter / 2 + i * shorter) / longer : 0;
-        const QPoint at = dx >= dy ? QPoint(a.x() + sx * i, a.y() + sy * minor) : QPoint(a.x() + sx * minor, a.y() + sy * i);
-        for (int y = 0; y < size; ++y) {
-            for (int x = 0; x < size; ++x) {
-                if (QRect(QPoint(), pictureSize).contains(at + QPoint(x, y)))
-                    pixels.insert(at + QPoint(x, y));
-            }
-        }
-    }
-    return pixels;
+    return ::penLine(a, b, size, pictureSize);
 }
 
 // The 4-connected pixels of the start's value among those that `allowed` lets in.

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QMenu>
+#include <QMenuBar>
 #include <QToolBar>
 #include <QTreeView>
 #include <QtTest>
@@ -79,7 +80,12 @@ bool clickToolButton(MainWindow *window, const char *bar, const char *name)
 
 bool chooseFromMenu(MainWindow *window, const char *menuName, const char *name)
 {
+    // The window's own menus are its children; the editors' menus sit in its menu bar.
     auto *menu = window->findChild<QMenu *>(QString::fromLatin1(menuName));
+    for (QAction *entry : window->menuBar()->actions()) {
+        if (!menu && entry->menu() && entry->menu()->objectName() == QLatin1String(menuName))
+            menu = entry->menu();
+    }
     if (!menu)
         return false;
     for (QAction *action : menu->actions()) {

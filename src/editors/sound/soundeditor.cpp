@@ -24,6 +24,7 @@
 #include <QMimeData>
 #include <QSlider>
 #include <QSpinBox>
+#include <QStringListModel>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -549,7 +550,11 @@ void SoundEditor::setCurrentFile(ProjectFile *file)
         disconnect(d->sounds, nullptr, d, nullptr);
     FileEditor::setCurrentFile(sounds);
     d->sounds = sounds;
-    d->selector->setModel(sounds);
+    // A combo box can't be left without a model: with no sounds it gets an empty one.
+    if (sounds)
+        d->selector->setModel(sounds);
+    else
+        d->selector->setModel(new QStringListModel(d->selector));
     if (sounds) {
         connect(sounds, &QAbstractItemModel::rowsInserted, d, &SoundEditorPrivate::countChanged);
         connect(sounds, &QAbstractItemModel::rowsRemoved, d, &SoundEditorPrivate::countChanged);

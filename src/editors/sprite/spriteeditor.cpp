@@ -8,6 +8,7 @@
 #include "editors/organizer/organizereditor.h"
 #include "editors/organizer/thumbnailseditor.h"
 #include "editors/palette/paletteeditor.h"
+#include "editors/palette/palettewidget.h"
 #include "editors/sprite/commands/rasterlayeredit.h"
 #include "editors/sprite/imagecanvas.h"
 #include "editors/sprite/imagelayer.h"
@@ -300,6 +301,7 @@ SpriteEditor::SpriteEditor(GraphicsWorkspace *workspace, PaletteEditor *palettes
     if (palettes) {
         connect(palettes, &PaletteEditor::remapRequested, this, &SpriteEditor::setRemap);
         connect(palettes, &PaletteEditor::paletteChanged, d, &SpriteEditorPrivate::paletteEdited);
+        connect(palettes->paletteWidget(), &PaletteWidget::colorClick, d, &SpriteEditorPrivate::paletteColorClicked);
     }
     connect(d->canvas->undoStack(), &QUndoStack::cleanChanged, this, [this] { emit modified(); });
     if (!d->tools.isEmpty()) {

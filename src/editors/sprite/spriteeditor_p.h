@@ -182,6 +182,8 @@ public slots:
     void playLayers();
     void toolChosen(QAction *action);
     void colorPicked(uint color, Qt::MouseButton button);
+    // A click on a colour of the palette editor chooses it for that button's well.
+    void paletteColorClicked(ushort index, Qt::MouseButton button);
     void paletteEdited();
     void chooseForeground();
     void swapColors();

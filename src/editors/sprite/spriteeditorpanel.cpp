@@ -11,6 +11,8 @@
 #include "editors/sprite/imagerenderer.h"
 #include "editors/sprite/imagetool.h"
 #include "editors/palette/paletteeditor.h"
+#include "editors/palette/palettewidget.h"
+#include "image/paletteobject.h"
 #include "foundation/interface.h"
 #include "foundation/translator.h"
 
@@ -320,6 +322,19 @@ void SpriteEditorPrivate::colorPicked(uint color, Qt::MouseButton button)
         foreground = color;
     bindPainter();
     updateWells();
+}
+
+void SpriteEditorPrivate::paletteColorClicked(ushort index, Qt::MouseButton button)
+{
+    if (button != Qt::LeftButton && button != Qt::RightButton)
+        return;
+    if (canvas->format() == 0) {
+        colorPicked(index, button);
+        return;
+    }
+    const PaletteObject *shown = palettes ? palettes->paletteWidget()->paletteObject() : nullptr;
+    if (shown && index < 256)
+        colorPicked(shown->at(uchar(index)).toQRgb(), button);
 }
 
 void SpriteEditorPrivate::chooseForeground()

@@ -1,0 +1,355 @@
+// The knight's sprites in the studio as a person paints them: the sprite file opened from
+// the project tree in the sprite painter with the palette editor and the explorer beside
+// it, a tool and a colour chosen with the mouse, a stroke on the real OpenGL canvas, undone
+// and saved from the menus, and the work opened again; pictures imported from the Sprite
+// menu and kept on disk.
+#include "studiotestsupport.h"
+
+#include "commandline.h"
+#include "graphicseditors.h"
+
+#include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/organizereditor.h"
+#include "editors/palette/paletteeditor.h"
+#include "editors/palette/paladddlg.h"
+#include "editors/palette/palettewidget.h"
+#include "editors/sprite/imagecanvas.h"
+#include "editors/sprite/imagelayer.h"
+#include "editors/sprite/imagelayers.h"
+#include "editors/sprite/imagerenderer.h"
+#include "editors/sprite/imagetool.h"
+#include "editors/sprite/paldlg.h"
+#include "editors/sprite/rasterlayer.h"
+#include "editors/sprite/spriteeditor.h"
+#include "engine/projectlocator.h"
+#include "image/paletteobject.h"
+#include "image/sprite.h"
+#include "project/project.h"
+#include "render/renderwidgetbase.h"
+
+#include "../render/rendertestsupport.h"
+#include "modalanswer.h"
+#include "penline.h"
+#include "scriptedanswerer.h"
+#include "testfiles.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QDockWidget>
+#include <QSet>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QToolBar>
+#include <QTreeView>
+#include <QtTest>
+
+#include <algorithm>
+#include <memory>
+
+using namespace Ovra;
+using namespace StudioTest;
+
+namespace {
+
+// The pixels where two indexed pictures of one size differ.
+Pixels changedPixels(const QImage &before, const QImage &after)
+{
+    Pixels changed;
+    for (int y = 0; y < before.height(); ++y) {
+        for (int x = 0; x < before.width(); ++x) {
+            if (before.pixelIndex(x, y) != after.pixelIndex(x, y))
+                changed.insert(QPoint(x, y));
+        }
+    }
+    return changed;
+}
+
+} // namespace
+
+class StudioSpritesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void spriteFileOpensInThePainter();
+    void penStrokeIsUndoneSavedAndKept();
+    void importedPicturesAreKept();
+    void paletteAddedFromAFileIsKept();
+    void screenshot();
+
+private:
+    void showKnightsSprites();
+    SpriteEditor *editor() const { return m_studio->window->graphicsEditors()->spriteEditor(); }
+    GraphicsWorkspace *graphics() const { return m_studio->window->graphicsEditors()->workspace(); }
+    PaletteWidget *colours() const { return m_studio->window->graphicsEditors()->palettes()->paletteWidget(); }
+    QWidget *view() const { return dynamic_cast<QWidget *>(graphics()->renderWidget()); }
+    QImage layerImage(int row = 0) const
+    {
+        return static_cast<const RasterLayer *>(editor()->canvas()->layers()->at(row))->image();
+    }
+    // The middle of a picture pixel on the view.
+    QPoint viewOf(QPoint pixel) const
+    {
+        const double scale = editor()->canvas()->scale();
+        return (editor()->renderer()->viewPoint(pixel) + QPointF(scale / 2, scale / 2)).toPoint();
+    }
+    void drag(QPoint from, QPoint to);
+    Sprites *reopenedSprites();
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_work;
+    std::unique_ptr<ProjectLocator> m_locator;
+    std::unique_ptr<Studio> m_studio;
+    std::unique_ptr<ScriptedAnswerer> m_nobody;
+};
+
+void StudioSpritesTest::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+    m_work = m_dir->filePath(QStringLiteral("work"));
+    QVERIFY(copyTree(sourceDir() + QStringLiteral("/examples/sample"), m_work));
+    m_nobody = std::make_unique<ScriptedAnswerer>();
+    m_locator = std::make_unique<ProjectLocator>(pluginDir());
+    m_studio = std::make_unique<Studio>(m_dir->filePath(QStringLiteral("studio.ini")), m_locator.get());
+    m_studio->window->resize(1400, 860);
+    m_studio->window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_studio->window.get()));
+    QVERIFY(m_studio->window->openWork(m_work));
+}
+
+void StudioSpritesTest::cleanup()
+{
+    m_studio.reset();
+    m_locator.reset();
+    m_nobody.reset();
+    m_dir.reset();
+}
+
+void StudioSpritesTest::showKnightsSprites()
+{
+    QTreeView *tree = m_studio->window->projectTree();
+    QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.osp"))));
+    QVERIFY(editor()->isActive());
+    QCOMPARE(m_studio->window->centre()->currentWidget(), static_cast<QWidget *>(graphics()));
+    QVERIFY(QTest::qWaitForWindowExposed(view()));
+    QVERIFY(editor()->currentSprite());
+    QCOMPARE(editor()->canvas()->format(), 0);
+}
+
+void StudioSpritesTest::drag(QPoint from, QPoint to)
+{
+    QWidget *widget = view();
+    QTest::mouseMove(widget, viewOf(from));
+    QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, viewOf(from));
+    for (int step = 1; step <= 4; ++step) {
+        QMouseEvent move(QEvent::MouseMove, viewOf(from + (to - from) * step / 4), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(widget, &move);
+    }
+    QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, viewOf(to));
+}
+
+// The work as the next session finds it on disk.
+Sprites *StudioSpritesTest::reopenedSprites()
+{
+    m_studio.reset();
+    m_studio = std::make_unique<Studio>(m_dir->filePath(QStringLiteral("again.ini")), m_locator.get());
+    if (!m_studio->window->openWork(m_work) || m_studio->host->projectCount() == 0)
+        return nullptr;
+    return dynamic_cast<Sprites *>(m_studio->host->project(0)->file(Project::Sprites));
+}
+
+void StudioSpritesTest::spriteFileOpensInThePainter()
+{
+    showKnightsSprites();
+    QVERIFY(m_studio->host->action("editor_spr")->isChecked());
+    QCOMPARE(m_studio->host->editorForFile(nullptr, Project::Sprites), editor());
+    // The palettes, the explorer and the organizer of the sprites stand beside the canvas.
+    QDockWidget *palettes = m_studio->window->dock(QStringLiteral("dock_palettes"));
+    QDockWidget *explorer = m_studio->window->dock(QStringLiteral("dock_explorer"));
+    QVERIFY(palettes->isVisible());
+    QVERIFY(explorer->isVisible());
+    QCOMPARE(m_studio->window->graphicsEditors()->palettes()->palettes(), editor()->sprites()->palettes());
+    auto *organizer = qobject_cast<OrganizerEditor *>(m_studio->host->extraEditor(0));
+    QCOMPARE(organizer->object(), static_cast<OrganizableObject *>(editor()->sprites()));
+    // The painting tools stand on the view's bar in place of the animation view's switches.
+    QToolBar *bar = graphics()->toolBar();
+    for (ImageTool *tool : editor()->tools())
+        QVERIFY(bar->widgetForAction(m_studio->host->action(tool->actionName()))->isVisible());
+    QVERIFY(!bar->widgetForAction(m_studio->host->action("view_rulers"))->isVisible());
+
+    // The explorer put away and brought back by its switch in the Sprite menu.
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_explorer"));
+    QTRY_VERIFY(!explorer->isVisible());
+    QCOMPARE(organizer->object(), static_cast<OrganizableObject *>(editor()->sprites()));
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_explorer"));
+    QTRY_VERIFY(explorer->isVisible());
+
+    // On to the animations: the palettes go, the view's own switches come back.
+    QTreeView *tree = m_studio->window->projectTree();
+    QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.oan"))));
+    QVERIFY(!editor()->isActive());
+    QTRY_VERIFY(!palettes->isVisible());
+    QVERIFY(bar->widgetForAction(m_studio->host->action("view_rulers"))->isVisible());
+    QVERIFY(!bar->widgetForAction(m_studio->host->action("spr_tool_pen")));
+    QVERIFY(m_nobody->prompts().isEmpty());
+}
+
+// The pen chosen on the bar, its size by "+" on the view, its colour by a click in the
+// palette editor; a stroke at zoom 4 paints exactly the pen's line, Edit ▸ Undo takes it
+// back, Redo and File ▸ Save keep it in the sprite file.
+void StudioSpritesTest::penStrokeIsUndoneSavedAndKept()
+{
+    showKnightsSprites();
+    editor()->canvas()->setScale(4);
+    QVERIFY(clickToolButton(m_studio->window.get(), "graphics_toolbar", "spr_tool_eraser"));
+    QVERIFY(clickToolButton(m_studio->window.get(), "graphics_toolbar", "spr_tool_pen"));
+    QCOMPARE(QByteArray(editor()->currentTool()->actionName()), QByteArray("spr_tool_pen"));
+    QTest::mouseMove(view(), viewOf(QPoint(1, 1)));
+    QTest::keyClick(view(), Qt::Key_Plus);
+    QTest::keyClick(view(), Qt::Key_Plus);
+    const int ink = 7;
+    QTest::mouseClick(colours(), Qt::LeftButton, Qt::NoModifier, colours()->slotRect(ink).center());
+
+    const int row = editor()->currentIndex();
+    const QImage before = layerImage();
+    const QPoint a(4, 6), b(30, 19);
+    drag(a, b);
+    const QImage painted = layerImage();
+    const Pixels expected = penLine(a, b, 3, before.size());
+    Pixels inked; // the pen's pixels that weren't of its colour already
+    for (const QPoint &p : expected) {
+        if (before.pixelIndex(p) != ink)
+            inked.insert(p);
+    }
+    QVERIFY(inked.size() > 40);
+    QCOMPARE(changedPixels(before, painted), inked);
+    for (const QPoint &p : expected)
+        QCOMPARE(painted.pixelIndex(p), ink);
+
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_undo"));
+    QVERIFY(changedPixels(before, layerImage()).isEmpty());
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_redo"));
+    QVERIFY(changedPixels(painted, layerImage()).isEmpty());
+    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QVERIFY(m_nobody->prompts().isEmpty());
+
+    Sprites *sprites = reopenedSprites();
+    QVERIFY(sprites);
+    const QImage kept = sprites->at(uint(row))->image();
+    QCOMPARE(kept.size(), painted.size());
+    QVERIFY(changedPixels(painted, kept).isEmpty());
+}
+
+// Three pictures chosen from the Sprite menu, one of them no picture at all: the broken one
+// is told and skipped, the others become sprites that File ▸ Save writes.
+void StudioSpritesTest::importedPicturesAreKept()
+{
+    showKnightsSprites();
+    const QString folder = m_dir->filePath(QStringLiteral("pictures"));
+    QVERIFY(QDir().mkpath(folder));
+    const QStringList names{QStringLiteral("a_900_0.png"), QStringLiteral("broken.png"), QStringLiteral("c_900_1.png")};
+    QImage picture(12, 10, QImage::Format_ARGB32);
+    picture.fill(qRgb(200, 40, 40));
+    QVERIFY(picture.save(QDir(folder).filePath(names.at(0))));
+    QVERIFY(writeFile(QDir(folder).filePath(names.at(1)), QByteArray("\x89PNG cut short", 14)));
+    picture.fill(qRgb(40, 40, 200));
+    QVERIFY(picture.save(QDir(folder).filePath(names.at(2))));
+    const uint before = editor()->sprites()->count();
+
+    ScriptedAnswerer answers({QMessageBox::No, QMessageBox::Ok, QMessageBox::Ok});
+    answerFilesDialog(folder, names);
+    acceptWhenShown<PalDlg>();
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_add"));
+    QCOMPARE(answers.prompts().size(), 3);
+    QVERIFY(answers.prompts().at(1).text.contains(names.at(1)));
+    QCOMPARE(answers.prompts().at(2).text, QStringLiteral("2 new sprite(s) were imported!"));
+    QCOMPARE(editor()->sprites()->count(), before + 2);
+    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+
+    Sprites *sprites = reopenedSprites();
+    QVERIFY(sprites);
+    QCOMPARE(sprites->count(), before + 2);
+    const QImage first = sprites->at(before)->image().convertToFormat(QImage::Format_ARGB32);
+    const QImage second = sprites->at(before + 1)->image().convertToFormat(QImage::Format_ARGB32);
+    QCOMPARE(first.size(), QSize(12, 10));
+    QCOMPARE(first.pixel(5, 5), qRgb(200, 40, 40));
+    QCOMPARE(second.pixel(5, 5), qRgb(40, 40, 200));
+}
+
+// A palette file chosen from the Palettes menu, its colours read reversed: the container
+// written by File ▸ Save holds it, and the painter's palettes show it.
+void StudioSpritesTest::paletteAddedFromAFileIsKept()
+{
+    showKnightsSprites();
+    RGBA ramp[256];
+    for (int i = 0; i < 256; ++i)
+        ramp[i] = RGBA(uchar(i), uchar(255 - i), uchar(i * 7), 255);
+    {
+        PaletteObject palette(&ramp);
+        QFile file(m_dir->filePath(QStringLiteral("ramp.gpl")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(palette.toFile(&file, "GPL", CodecRules::Complete));
+        palette.switchColors(nullptr, true);
+    }
+    const uint before = editor()->sprites()->palettes()->count();
+
+    ScriptedAnswerer answers({QMessageBox::Yes});
+    answerFilesDialog(m_dir->path(), {QStringLiteral("ramp.gpl")});
+    acceptWhenShown<PalAddDlg>([](PalAddDlg *dialog) {
+        auto *box = dialog->findChild<QCheckBox *>(QStringLiteral("pal_add_reversed"));
+        QTest::mouseClick(box, Qt::LeftButton, Qt::NoModifier, QPoint(8, box->height() / 2));
+        QVERIFY(dialog->isReversed());
+    });
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "palettes", "pal_add"));
+    QCOMPARE(answers.prompts().size(), 1);
+    QCOMPARE(answers.prompts().at(0).text, QStringLiteral("Do you want to load the palettes from files?"));
+    QCOMPARE(editor()->sprites()->palettes()->count(), before + 1);
+    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+
+    Sprites *sprites = reopenedSprites();
+    QVERIFY(sprites);
+    QCOMPARE(sprites->palettes()->count(), before + 1);
+    bool found = false;
+    for (uint i = 0; i < sprites->palettes()->count() && !found; ++i) {
+        RGBA table[256];
+        // The colours, whatever clearness the container gives its first entry.
+        found = sprites->palettes()->at(i)->colorTable(table)
+                && std::equal(table, table + 256, ramp, [](const RGBA &a, const RGBA &b) {
+                       return a.red == b.red && a.green == b.green && a.blue == b.blue;
+                   });
+    }
+    QVERIFY2(found, "the reversed ramp is among the saved palettes");
+}
+
+// The painter with two layers and a selection, the palettes and the explorer beside it.
+void StudioSpritesTest::screenshot()
+{
+    showKnightsSprites();
+    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_layer_duplicate"));
+    QCOMPARE(editor()->canvas()->layers()->count(), 2);
+    QVERIFY(clickToolButton(m_studio->window.get(), "graphics_toolbar", "spr_tool_rectsel"));
+    drag(QPoint(8, 20), QPoint(36, 44));
+    QVERIFY(editor()->canvas()->hasSelection());
+    QVERIFY(editor()->canvas()->isSelected(20, 30));
+    QVERIFY(!editor()->canvas()->isSelected(2, 2));
+
+    const QImage picture = windowPicture(m_studio->window.get());
+    QVERIFY(!picture.isNull());
+    // The canvas shows the sprite over its checker board, not a flat pane.
+    const QRect canvas(view()->mapTo(m_studio->window.get(), QPoint()), view()->size());
+    QSet<QRgb> seen;
+    for (int y = canvas.top(); y < canvas.bottom(); y += 3) {
+        for (int x = canvas.left(); x < canvas.right(); x += 3)
+            seen << picture.pixel(x, y);
+    }
+    QVERIFY2(seen.size() > 12, qPrintable(QString::number(seen.size())));
+    QVERIFY(picture.save(buildDir() + QStringLiteral("/bin/studio-sprites.png")));
+}
+
+OVRA_GL_TEST_MAIN(StudioSpritesTest)
+#include "tst_studiosprites.moc"
