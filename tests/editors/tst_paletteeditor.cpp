@@ -20,11 +20,14 @@
 #include <QColorDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTableWidget>
 #include <QTemporaryDir>
+#include <QToolButton>
 #include <QtTest>
 
 using namespace Ovra;
@@ -161,6 +164,7 @@ private slots:
     void cleanup();
     void actionsCarryTheirTexts_data();
     void actionsCarryTheirTexts();
+    void barShowsDrawnIcons();
     void commandsFirstBringTheSpriteEditor();
     void selectorFollowsThePalettes();
     void addingAnEmptyPalette();
@@ -269,6 +273,50 @@ void PaletteEditorTest::actionsCarryTheirTexts()
     QCOMPARE(made->text(), label);
     QCOMPARE(made->toolTip(), tip);
     QCOMPARE(m_host->actionScopes.value(name), QStringLiteral("palettes/0"));
+}
+
+// The bar keeps its ten buttons, in order; the test host's icons are single pixels, so each
+// shows a drawing of its own, sharp at the sizes a bar asks for. The sheet of them, for the
+// eye, goes beside the program as paletteicons.png.
+void PaletteEditorTest::barShowsDrawnIcons()
+{
+    show();
+    QList<QToolButton *> buttons = m_editor->widget()->findChildren<QToolButton *>(QRegularExpression(QStringLiteral("_button$")));
+    std::sort(buttons.begin(), buttons.end(), [](QToolButton *a, QToolButton *b) { return a->x() < b->x(); });
+    QStringList names;
+    for (const QToolButton *button : qAsConst(buttons))
+        names << button->defaultAction()->objectName();
+    QCOMPARE(names, QStringList({"pal_add", "pal_delete", "pal_open", "pal_save", "pal_remap", "pal_undo", "pal_redo",
+                                 "pal_apply_sprite", "pal_prev", "pal_next"}));
+
+    const QList<int> sides{16, 24, 32};
+    QImage sheet(8 + buttons.size() * 40, 8 + sides.size() * 40, QImage::Format_ARGB32);
+    sheet.fill(QColor(239, 239, 239));
+    QPainter painter(&sheet);
+    QSet<QByteArray> seen;
+    for (int i = 0; i < buttons.size(); ++i) {
+        const QIcon icon = buttons.at(i)->icon();
+        for (int row = 0; row < sides.size(); ++row) {
+            const int side = sides.at(row);
+            QCOMPARE(icon.actualSize(QSize(side, side)), QSize(side, side));
+            const QImage picture = icon.pixmap(side, side).toImage().convertToFormat(QImage::Format_ARGB32);
+            QSet<QRgb> values;
+            int opaque = 0;
+            for (int y = 0; y < side; ++y) {
+                for (int x = 0; x < side; ++x) {
+                    values.insert(picture.pixel(x, y));
+                    opaque += qAlpha(picture.pixel(x, y)) > 128;
+                }
+            }
+            QVERIFY2(values.size() > 2 && opaque > side * side / 16 && opaque < side * side * 9 / 10, qPrintable(names.at(i)));
+            if (side == 24)
+                seen.insert(QByteArray(reinterpret_cast<const char *>(picture.constBits()), int(picture.sizeInBytes())));
+            painter.drawImage(8 + i * 40, 8 + row * 40, picture);
+        }
+    }
+    QCOMPARE(seen.size(), buttons.size());
+    painter.end();
+    QVERIFY(sheet.save(QCoreApplication::applicationDirPath() + QStringLiteral("/paletteicons.png")));
 }
 
 void PaletteEditorTest::commandsFirstBringTheSpriteEditor()

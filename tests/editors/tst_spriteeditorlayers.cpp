@@ -20,6 +20,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QMutex>
+#include <QPainter>
 #include <QSet>
 #include <QSignalSpy>
 #include <QSlider>
@@ -42,6 +43,7 @@ private slots:
 
     void copyCutPaste();
     void toolsAndRemap();
+    void toolsHaveDrawnIcons();
     void layerPanel();
     void pickerSetsTheWells();
     void playLayersAndFind();
@@ -106,6 +108,42 @@ void SpriteEditorLayersTest::toolsAndRemap()
     // The painter made anew for another format keeps it.
     m_editor->canvas()->setFormat(1 - m_editor->canvas()->format(), false);
     QCOMPARE(m_editor->canvas()->painter()->remap(), table);
+}
+
+// The test host's icons are single pixels: each tool shows a drawing of its own instead,
+// sharp at the sizes a tool bar asks for. The sheet of them, for the eye, goes beside
+// the program as imagetoolicons.png.
+void SpriteEditorLayersTest::toolsHaveDrawnIcons()
+{
+    const QList<int> sides{16, 24, 32};
+    QImage sheet(8 + m_editor->tools().size() * 40, 8 + sides.size() * 40, QImage::Format_ARGB32);
+    sheet.fill(QColor(239, 239, 239));
+    QPainter painter(&sheet);
+    QSet<QByteArray> seen;
+    for (int i = 0; i < m_editor->tools().size(); ++i) {
+        const QByteArray name = m_editor->tools().at(i)->actionName();
+        const QIcon icon = action(name.constData())->icon();
+        for (int row = 0; row < sides.size(); ++row) {
+            const int side = sides.at(row);
+            QCOMPARE(icon.actualSize(QSize(side, side)), QSize(side, side));
+            const QImage picture = icon.pixmap(side, side).toImage().convertToFormat(QImage::Format_ARGB32);
+            QSet<QRgb> values;
+            int opaque = 0;
+            for (int y = 0; y < side; ++y) {
+                for (int x = 0; x < side; ++x) {
+                    values.insert(picture.pixel(x, y));
+                    opaque += qAlpha(picture.pixel(x, y)) > 128;
+                }
+            }
+            QVERIFY2(values.size() > 2 && opaque > side * side / 16 && opaque < side * side * 9 / 10, name.constData());
+            if (side == 24)
+                seen.insert(QByteArray(reinterpret_cast<const char *>(picture.constBits()), int(picture.sizeInBytes())));
+            painter.drawImage(8 + i * 40, 8 + row * 40, picture);
+        }
+    }
+    QCOMPARE(seen.size(), m_editor->tools().size());
+    painter.end();
+    QVERIFY(sheet.save(QCoreApplication::applicationDirPath() + QStringLiteral("/imagetoolicons.png")));
 }
 
 // The layer panel as a user works it: a layer picked in the list, its blend mode chosen

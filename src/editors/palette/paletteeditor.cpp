@@ -3,6 +3,7 @@
 
 #include "editors/editor.h"
 #include "editors/organizer/organizereditor.h"
+#include "editors/palette/paletteicons_p.h"
 #include "editors/palette/palettewidget.h"
 #include "foundation/interface.h"
 #include "foundation/prompt.h"
@@ -14,7 +15,6 @@
 #include <QAction>
 #include <QBoxLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QSlider>
 #include <QToolButton>
 
@@ -70,27 +70,6 @@ PaletteTexts *paletteTexts()
     return &texts;
 }
 
-// A glyph for a button of the bar, for hosts that have no icon of their own for it.
-QIcon glyphIcon(const QString &glyph)
-{
-    QIcon icon;
-    for (int side : {16, 24, 32}) {
-        QPixmap pixmap(side, side);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::TextAntialiasing);
-        QFont font = painter.font();
-        font.setPixelSize(side * 3 / 4);
-        font.setBold(true);
-        painter.setFont(font);
-        painter.setPen(QColor(60, 60, 70));
-        painter.drawText(pixmap.rect(), Qt::AlignCenter, glyph);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
-    return icon;
-}
-
 enum Enabling { Always, NeedFile, NeedPalette, NeedUndo, NeedRedo };
 
 const struct ActionEntry
@@ -100,25 +79,25 @@ const struct ActionEntry
     const char *slot;
     Enabling enabling;
     bool checkable;
-    // The glyph of its button on the editor's bar; none for the commands off the bar.
-    const char *glyph;
+    // Whether it has a button on the editor's bar.
+    bool onBar;
 } actionTable[] = {
-    {"pal_clear", 34, SLOT(clear()), NeedFile, false, nullptr},
-    {"pal_clear_unused", 35, SLOT(clearUnused()), NeedFile, false, nullptr},
-    {"pal_add", 36, SLOT(add()), NeedFile, false, "+"},
-    {"pal_delete", 37, SLOT(del()), NeedPalette, false, "\u2212"},
-    {"pal_delete_duplicates", 38, SLOT(delDupl()), NeedFile, false, nullptr},
-    {"pal_open", 39, SLOT(open()), NeedPalette, false, "\u2191"},
-    {"pal_save", 40, SLOT(save()), NeedPalette, false, "\u2193"},
-    {"pal_remap", 41, SLOT(remap()), NeedPalette, false, "\u21c4"},
-    {"pal_undo", 42, SLOT(undo()), NeedUndo, false, "\u21b6"},
-    {"pal_redo", 43, SLOT(redo()), NeedRedo, false, "\u21b7"},
-    {"pal_switch_color", 44, SLOT(switchColor()), NeedPalette, false, nullptr},
-    {"pal_set_color", 45, SLOT(setColor()), NeedPalette, false, nullptr},
-    {"pal_apply_sprite", 46, SLOT(setSprPal()), NeedPalette, false, "\u2713"},
-    {"pal_prev", 47, SLOT(prevPal()), NeedPalette, false, "\u25c0"},
-    {"pal_next", 48, SLOT(nextPal()), NeedPalette, false, "\u25b6"},
-    {"org_palette", PaletteTexts::OrganizerText, SLOT(palOrg(bool)), NeedFile, true, nullptr},
+    {"pal_clear", 34, SLOT(clear()), NeedFile, false, false},
+    {"pal_clear_unused", 35, SLOT(clearUnused()), NeedFile, false, false},
+    {"pal_add", 36, SLOT(add()), NeedFile, false, true},
+    {"pal_delete", 37, SLOT(del()), NeedPalette, false, true},
+    {"pal_delete_duplicates", 38, SLOT(delDupl()), NeedFile, false, false},
+    {"pal_open", 39, SLOT(open()), NeedPalette, false, true},
+    {"pal_save", 40, SLOT(save()), NeedPalette, false, true},
+    {"pal_remap", 41, SLOT(remap()), NeedPalette, false, true},
+    {"pal_undo", 42, SLOT(undo()), NeedUndo, false, true},
+    {"pal_redo", 43, SLOT(redo()), NeedRedo, false, true},
+    {"pal_switch_color", 44, SLOT(switchColor()), NeedPalette, false, false},
+    {"pal_set_color", 45, SLOT(setColor()), NeedPalette, false, false},
+    {"pal_apply_sprite", 46, SLOT(setSprPal()), NeedPalette, false, true},
+    {"pal_prev", 47, SLOT(prevPal()), NeedPalette, false, true},
+    {"pal_next", 48, SLOT(nextPal()), NeedPalette, false, true},
+    {"org_palette", PaletteTexts::OrganizerText, SLOT(palOrg(bool)), NeedFile, true, false},
 };
 
 const char *enablingSignal(Enabling enabling)
@@ -205,11 +184,14 @@ void PaletteEditorPrivate::buildWidget()
     auto *bar = new QHBoxLayout;
     bar->setSpacing(1);
     for (const ActionEntry &entry : actionTable) {
-        if (!entry.glyph)
+        if (!entry.onBar)
             continue;
         QAction *action = actions.value(QString::fromLatin1(entry.name));
-        if (action->icon().actualSize(QSize(16, 16)).width() < 8)
-            action->setIcon(glyphIcon(QString::fromUtf8(entry.glyph)));
+        // A host without pictures (or with placeholders of a pixel or two) would leave
+        // blank buttons: our own drawings stand in.
+        const QSize shown = action->icon().actualSize(QSize(16, 16));
+        if (action->icon().isNull() || shown.width() < 8 || shown.height() < 8)
+            action->setIcon(paletteActionIcon(action->objectName()));
         auto *button = new QToolButton(widget);
         button->setObjectName(QString::fromLatin1(entry.name) + QStringLiteral("_button"));
         button->setDefaultAction(action);

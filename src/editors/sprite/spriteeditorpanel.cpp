@@ -10,6 +10,7 @@
 #include "editors/sprite/imagelayers.h"
 #include "editors/sprite/imagerenderer.h"
 #include "editors/sprite/imagetool.h"
+#include "editors/sprite/imagetoolicons_p.h"
 #include "editors/palette/paletteeditor.h"
 #include "editors/palette/palettewidget.h"
 #include "image/paletteobject.h"
@@ -284,6 +285,11 @@ void SpriteEditorPrivate::buildTools()
             action->setObjectName(name);
             action->setCheckable(true);
         }
+        // A host without pictures (or with placeholders of a pixel or two) would show the
+        // tools as words, too wide for one row: our own drawings stand in.
+        const QSize shown = action->icon().actualSize(QSize(24, 24));
+        if (action->icon().isNull() || shown.width() < 8 || shown.height() < 8)
+            action->setIcon(imageToolIcon(name));
         action->setData(i);
         toolGroup->addAction(action);
         actions.insert(name, action);
