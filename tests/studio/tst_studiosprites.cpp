@@ -96,7 +96,8 @@ private:
         const double scale = editor()->canvas()->scale();
         return (editor()->renderer()->viewPoint(pixel) + QPointF(scale / 2, scale / 2)).toPoint();
     }
-    void drag(QPoint from, QPoint to);
+    // Presses at the first pixel, moves through the others and lets go at the last.
+    void stroke(const QVector<QPoint> &path);
     Sprites *reopenedSprites();
 
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -140,17 +141,16 @@ void StudioSpritesTest::showKnightsSprites()
     QCOMPARE(editor()->canvas()->format(), 0);
 }
 
-void StudioSpritesTest::drag(QPoint from, QPoint to)
+void StudioSpritesTest::stroke(const QVector<QPoint> &path)
 {
     QWidget *widget = view();
-    QTest::mouseMove(widget, viewOf(from));
-    QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, viewOf(from));
-    for (int step = 1; step <= 4; ++step) {
-        QMouseEvent move(QEvent::MouseMove, viewOf(from + (to - from) * step / 4), Qt::NoButton, Qt::LeftButton,
-                         Qt::NoModifier);
+    QTest::mouseMove(widget, viewOf(path.first()));
+    QTest::mousePress(widget, Qt::LeftButton, Qt::NoModifier, viewOf(path.first()));
+    for (const QPoint &pixel : path.mid(1)) {
+        QMouseEvent move(QEvent::MouseMove, viewOf(pixel), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(widget, &move);
     }
-    QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, viewOf(to));
+    QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, viewOf(path.last()));
 }
 
 // The work as the next session finds it on disk.
@@ -200,7 +200,7 @@ void StudioSpritesTest::spriteFileOpensInThePainter()
 }
 
 // The pen chosen on the bar, its size by "+" on the view, its colour by a click in the
-// palette editor; a stroke at zoom 4 paints exactly the pen's line, Edit ▸ Undo takes it
+// palette editor; a stroke with a corner at zoom 4 paints exactly the pen's two lines, Edit ▸ Undo takes it
 // back, Redo and File ▸ Save keep it in the sprite file.
 void StudioSpritesTest::penStrokeIsUndoneSavedAndKept()
 {
@@ -217,10 +217,10 @@ void StudioSpritesTest::penStrokeIsUndoneSavedAndKept()
 
     const int row = editor()->currentIndex();
     const QImage before = layerImage();
-    const QPoint a(4, 6), b(30, 19);
-    drag(a, b);
+    const QPoint a(4, 6), b(30, 19), c(12, 40);
+    stroke({a, b, c});
     const QImage painted = layerImage();
-    const Pixels expected = penLine(a, b, 3, before.size());
+    const Pixels expected = penLine(a, b, 3, before.size()) + penLine(b, c, 3, before.size());
     Pixels inked; // the pen's pixels that weren't of its colour already
     for (const QPoint &p : expected) {
         if (before.pixelIndex(p) != ink)
@@ -333,7 +333,7 @@ void StudioSpritesTest::screenshot()
     QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_layer_duplicate"));
     QCOMPARE(editor()->canvas()->layers()->count(), 2);
     QVERIFY(clickToolButton(m_studio->window.get(), "graphics_toolbar", "spr_tool_rectsel"));
-    drag(QPoint(8, 20), QPoint(36, 44));
+    stroke({QPoint(8, 20), QPoint(20, 30), QPoint(36, 44)});
     QVERIFY(editor()->canvas()->hasSelection());
     QVERIFY(editor()->canvas()->isSelected(20, 30));
     QVERIFY(!editor()->canvas()->isSelected(2, 2));
