@@ -3,6 +3,8 @@
 // square of 32 units from a few strokes, so that it stays sharp at every size.
 #include "editors/animation/animationicons_p.h"
 
+#include "editors/drawnicons_p.h"
+
 #include <QHash>
 #include <QPainter>
 #include <QPainterPath>
@@ -14,17 +16,16 @@
 namespace Ovra {
 namespace {
 
-constexpr QRgb ink = qRgb(60, 66, 76);
+constexpr QRgb ink = iconInk;
 constexpr QRgb attack = qRgb(210, 60, 60);
 constexpr QRgb collision = qRgb(60, 100, 210);
-constexpr QRgb addition = qRgb(46, 150, 62);
-constexpr QRgb removal = qRgb(192, 48, 48);
+constexpr QRgb addition = iconAddition;
+constexpr QRgb removal = iconRemoval;
 constexpr QRgb onion = qRgb(150, 110, 40);
 
 void pen(QPainter &p, const QColor &colour, double width = 2.5)
 {
-    p.setPen(QPen(colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    p.setBrush(Qt::NoBrush);
+    iconPen(p, colour, width);
 }
 
 void arrow(QPainter &p, QPointF from, QPointF to, const QColor &colour = QColor(ink))
@@ -101,7 +102,7 @@ void onionRings(QPainter &p)
     p.drawEllipse(QRectF(11, 10, 16, 16));
 }
 
-using Drawing = std::function<void(QPainter &)>;
+using Drawing = IconDrawing;
 
 // Playback and frames.
 void addFrameDrawings(QHash<QString, Drawing> &table)
@@ -257,28 +258,11 @@ const QHash<QString, Drawing> &drawings()
     return table;
 }
 
-QPixmap drawn(const Drawing &drawing, int size)
-{
-    QPixmap pixmap(size, size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(size / 32.0, size / 32.0);
-    drawing(painter);
-    return pixmap;
-}
-
 } // namespace
 
 QIcon animationActionIcon(const QString &name)
 {
-    const auto found = drawings().constFind(name);
-    if (found == drawings().constEnd())
-        return QIcon();
-    QIcon icon;
-    for (int size : {16, 24, 32, 48})
-        icon.addPixmap(drawn(found.value(), size));
-    return icon;
+    return drawnIcon(drawings(), name);
 }
 
 } // namespace Ovra

@@ -4,6 +4,8 @@
 // so that it stays sharp at every size; an icon is drawn once and kept.
 #include "editors/palette/paletteicons_p.h"
 
+#include "editors/drawnicons_p.h"
+
 #include <QHash>
 #include <QPainter>
 #include <QPainterPath>
@@ -15,9 +17,9 @@
 namespace Ovra {
 namespace {
 
-constexpr QRgb ink = qRgb(60, 66, 76);
-constexpr QRgb addition = qRgb(46, 150, 62);
-constexpr QRgb removal = qRgb(192, 48, 48);
+constexpr QRgb ink = iconInk;
+constexpr QRgb addition = iconAddition;
+constexpr QRgb removal = iconRemoval;
 constexpr QRgb folderBack = qRgb(222, 172, 62);
 constexpr QRgb folderFront = qRgb(246, 208, 104);
 constexpr QRgb paper = qRgb(250, 250, 250);
@@ -26,8 +28,7 @@ constexpr QRgb swatchColours[] = {qRgb(210, 60, 60), qRgb(236, 190, 50), qRgb(46
 
 void pen(QPainter &p, const QColor &colour, double width = 2.5)
 {
-    p.setPen(QPen(colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    p.setBrush(Qt::NoBrush);
+    iconPen(p, colour, width);
 }
 
 void outlined(QPainter &p, const QColor &fill, double width = 2)
@@ -109,7 +110,7 @@ void figure(QPainter &p)
     p.drawLine(QPointF(12.5, 23), QPointF(12.5, 29));
 }
 
-using Drawing = std::function<void(QPainter &)>;
+using Drawing = IconDrawing;
 
 const QHash<QString, Drawing> &drawings()
 {
@@ -176,33 +177,11 @@ const QHash<QString, Drawing> &drawings()
     return table;
 }
 
-QPixmap drawn(const Drawing &drawing, int size)
-{
-    QPixmap pixmap(size, size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(size / 32.0, size / 32.0);
-    drawing(painter);
-    return pixmap;
-}
-
 } // namespace
 
 QIcon paletteActionIcon(const QString &actionName)
 {
-    // Every palette editor asks for the same ten: drawn once.
-    static QHash<QString, QIcon> made;
-    if (const auto kept = made.constFind(actionName); kept != made.constEnd())
-        return kept.value();
-    const auto found = drawings().constFind(actionName);
-    if (found == drawings().constEnd())
-        return QIcon();
-    QIcon icon;
-    for (int size : {16, 24, 32, 48, 64})
-        icon.addPixmap(drawn(found.value(), size));
-    made.insert(actionName, icon);
-    return icon;
+    return drawnIcon(drawings(), actionName);
 }
 
 } // namespace Ovra

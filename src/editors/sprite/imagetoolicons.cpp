@@ -4,6 +4,8 @@
 // it stays sharp at every size; an icon is drawn once and kept.
 #include "editors/sprite/imagetoolicons_p.h"
 
+#include "editors/drawnicons_p.h"
+
 #include <QHash>
 #include <QPainter>
 #include <QPainterPath>
@@ -15,7 +17,7 @@
 namespace Ovra {
 namespace {
 
-constexpr QRgb ink = qRgb(60, 66, 76);
+constexpr QRgb ink = iconInk;
 constexpr QRgb selection = qRgb(60, 100, 210);
 constexpr QRgb wood = qRgb(236, 204, 158);
 constexpr QRgb lacquer = qRgb(240, 186, 56);
@@ -30,8 +32,7 @@ constexpr QRgb swatchTo = qRgb(46, 150, 62);
 
 void pen(QPainter &p, const QColor &colour, double width = 2.5)
 {
-    p.setPen(QPen(colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    p.setBrush(Qt::NoBrush);
+    iconPen(p, colour, width);
 }
 
 void outlined(QPainter &p, const QColor &fill, double width = 2)
@@ -111,7 +112,7 @@ void swatch(QPainter &p, const QRectF &rect, QRgb colour)
     p.drawRoundedRect(rect, 1, 1);
 }
 
-using Drawing = std::function<void(QPainter &)>;
+using Drawing = IconDrawing;
 
 // The tools that choose a part of the picture or move it.
 void addSelectionDrawings(QHash<QString, Drawing> &table)
@@ -236,33 +237,11 @@ const QHash<QString, Drawing> &drawings()
     return table;
 }
 
-QPixmap drawn(const Drawing &drawing, int size)
-{
-    QPixmap pixmap(size, size);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(size / 32.0, size / 32.0);
-    drawing(painter);
-    return pixmap;
-}
-
 } // namespace
 
 QIcon imageToolIcon(const QString &actionName)
 {
-    // Several editors (and every new file of one) ask for the same ten: drawn once.
-    static QHash<QString, QIcon> made;
-    if (const auto kept = made.constFind(actionName); kept != made.constEnd())
-        return kept.value();
-    const auto found = drawings().constFind(actionName);
-    if (found == drawings().constEnd())
-        return QIcon();
-    QIcon icon;
-    for (int size : {16, 24, 32, 48, 64})
-        icon.addPixmap(drawn(found.value(), size));
-    made.insert(actionName, icon);
-    return icon;
+    return drawnIcon(drawings(), actionName);
 }
 
 } // namespace Ovra
