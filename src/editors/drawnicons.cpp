@@ -2,6 +2,9 @@
 
 #include <QPainter>
 #include <QPixmap>
+#include <QPolygonF>
+
+#include <cmath>
 
 namespace Ovra {
 
@@ -9,6 +12,18 @@ void iconPen(QPainter &painter, const QColor &colour, double width)
 {
     painter.setPen(QPen(colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);
+}
+
+void iconArrowHead(QPainter &painter, QPointF tip, QPointF direction, double length, double half)
+{
+    const double norm = std::hypot(direction.x(), direction.y());
+    if (norm <= 0)
+        return;
+    const QPointF u = direction / norm;
+    const QPointF n(-u.y(), u.x());
+    painter.setPen(QPen(QColor(iconInk), 1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(QColor(iconInk));
+    painter.drawPolygon(QPolygonF({tip, tip - u * length + n * half, tip - u * length - n * half}));
 }
 
 namespace {

@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QHash>
 #include <QIcon>
+#include <QPointF>
 #include <QString>
 
 #include <functional>
@@ -23,6 +24,8 @@ constexpr QRgb iconRemoval = qRgb(192, 48, 48);
 
 // A round-capped pen of that colour and width, and no brush.
 void iconPen(QPainter &painter, const QColor &colour, double width = 2.5);
+// A filled arrow head in the ink whose point is at `tip`, pointing along `direction`.
+void iconArrowHead(QPainter &painter, QPointF tip, QPointF direction, double length, double half);
 // The icon of the drawing of that name at 16 to 64 pixels, drawn once and kept; null for a
 // name the table doesn't have.
 QIcon drawnIcon(const IconDrawings &drawings, const QString &name);

@@ -9,6 +9,7 @@
 
 #include "gimppalette.h"
 #include "held.h"
+#include "iconsheet.h"
 #include "modalanswer.h"
 #include "scriptedanswerer.h"
 #include "spritecontainer.h"
@@ -289,34 +290,10 @@ void PaletteEditorTest::barShowsDrawnIcons()
     QCOMPARE(names, QStringList({"pal_add", "pal_delete", "pal_open", "pal_save", "pal_remap", "pal_undo", "pal_redo",
                                  "pal_apply_sprite", "pal_prev", "pal_next"}));
 
-    const QList<int> sides{16, 24, 32};
-    QImage sheet(8 + buttons.size() * 40, 8 + sides.size() * 40, QImage::Format_ARGB32);
-    sheet.fill(QColor(239, 239, 239));
-    QPainter painter(&sheet);
-    QSet<QByteArray> seen;
-    for (int i = 0; i < buttons.size(); ++i) {
-        const QIcon icon = buttons.at(i)->icon();
-        for (int row = 0; row < sides.size(); ++row) {
-            const int side = sides.at(row);
-            QCOMPARE(icon.actualSize(QSize(side, side)), QSize(side, side));
-            const QImage picture = icon.pixmap(side, side).toImage().convertToFormat(QImage::Format_ARGB32);
-            QSet<QRgb> values;
-            int opaque = 0;
-            for (int y = 0; y < side; ++y) {
-                for (int x = 0; x < side; ++x) {
-                    values.insert(picture.pixel(x, y));
-                    opaque += qAlpha(picture.pixel(x, y)) > 128;
-                }
-            }
-            QVERIFY2(values.size() > 2 && opaque > side * side / 16 && opaque < side * side * 9 / 10, qPrintable(names.at(i)));
-            if (side == 24)
-                seen.insert(QByteArray(reinterpret_cast<const char *>(picture.constBits()), int(picture.sizeInBytes())));
-            painter.drawImage(8 + i * 40, 8 + row * 40, picture);
-        }
-    }
-    QCOMPARE(seen.size(), buttons.size());
-    painter.end();
-    QVERIFY(sheet.save(QCoreApplication::applicationDirPath() + QStringLiteral("/paletteicons.png")));
+    QList<QPair<QString, QIcon>> icons;
+    for (const QToolButton *button : qAsConst(buttons))
+        icons << qMakePair(button->defaultAction()->objectName(), button->icon());
+    checkIconSheet(icons, QStringLiteral("paletteicons.png"));
 }
 
 void PaletteEditorTest::commandsFirstBringTheSpriteEditor()

@@ -1,6 +1,7 @@
 // The sprite editor's canvas side as a user works it: the layer panel, the tools and the
 // colour wells on the view, the clipboard, the palettes shown, the organizer beside it,
 // and the screenshot of the editor with layers and a selection.
+#include "iconsheet.h"
 #include "spriteeditortestsupport.h"
 
 #include "editors/organizer/organizereditor.h"
@@ -115,35 +116,10 @@ void SpriteEditorLayersTest::toolsAndRemap()
 // the program as imagetoolicons.png.
 void SpriteEditorLayersTest::toolsHaveDrawnIcons()
 {
-    const QList<int> sides{16, 24, 32};
-    QImage sheet(8 + m_editor->tools().size() * 40, 8 + sides.size() * 40, QImage::Format_ARGB32);
-    sheet.fill(QColor(239, 239, 239));
-    QPainter painter(&sheet);
-    QSet<QByteArray> seen;
-    for (int i = 0; i < m_editor->tools().size(); ++i) {
-        const QByteArray name = m_editor->tools().at(i)->actionName();
-        const QIcon icon = action(name.constData())->icon();
-        for (int row = 0; row < sides.size(); ++row) {
-            const int side = sides.at(row);
-            QCOMPARE(icon.actualSize(QSize(side, side)), QSize(side, side));
-            const QImage picture = icon.pixmap(side, side).toImage().convertToFormat(QImage::Format_ARGB32);
-            QSet<QRgb> values;
-            int opaque = 0;
-            for (int y = 0; y < side; ++y) {
-                for (int x = 0; x < side; ++x) {
-                    values.insert(picture.pixel(x, y));
-                    opaque += qAlpha(picture.pixel(x, y)) > 128;
-                }
-            }
-            QVERIFY2(values.size() > 2 && opaque > side * side / 16 && opaque < side * side * 9 / 10, name.constData());
-            if (side == 24)
-                seen.insert(QByteArray(reinterpret_cast<const char *>(picture.constBits()), int(picture.sizeInBytes())));
-            painter.drawImage(8 + i * 40, 8 + row * 40, picture);
-        }
-    }
-    QCOMPARE(seen.size(), m_editor->tools().size());
-    painter.end();
-    QVERIFY(sheet.save(QCoreApplication::applicationDirPath() + QStringLiteral("/imagetoolicons.png")));
+    QList<QPair<QString, QIcon>> icons;
+    for (const ImageTool *tool : m_editor->tools())
+        icons << qMakePair(QString::fromLatin1(tool->actionName()), action(tool->actionName())->icon());
+    checkIconSheet(icons, QStringLiteral("imagetoolicons.png"));
 }
 
 // The layer panel as a user works it: a layer picked in the list, its blend mode chosen

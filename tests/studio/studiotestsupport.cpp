@@ -1,5 +1,8 @@
 #include "studiotestsupport.h"
 
+#include "engine/projectlocator.h"
+#include "testfiles.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QDir>
@@ -24,6 +27,35 @@ QString sourceDir()
 QString pluginDir()
 {
     return buildDir() + QStringLiteral("/lib/plugins");
+}
+
+bool ExampleWork::open()
+{
+    dir = std::make_unique<QTemporaryDir>();
+    work = dir->filePath(QStringLiteral("work"));
+    if (!dir->isValid() || !copyTree(sourceDir() + QStringLiteral("/examples/sample"), work))
+        return false;
+    nobody = std::make_unique<ScriptedAnswerer>();
+    locator = std::make_unique<Ovra::ProjectLocator>(pluginDir());
+    studio = std::make_unique<Studio>(dir->filePath(QStringLiteral("studio.ini")), locator.get());
+    studio->window->resize(1400, 860);
+    studio->window->show();
+    return QTest::qWaitForWindowExposed(studio->window.get()) && studio->window->openWork(work);
+}
+
+void ExampleWork::close()
+{
+    studio.reset();
+    locator.reset();
+    nobody.reset();
+    dir.reset();
+}
+
+bool ExampleWork::reopen()
+{
+    studio.reset();
+    studio = std::make_unique<Studio>(dir->filePath(QStringLiteral("again.ini")), locator.get());
+    return studio->window->openWork(work) && studio->host->projectCount() > 0;
 }
 
 Studio::Studio(const QString &settingsFile, Ovra::ProjectLocator *locator)

@@ -6,9 +6,12 @@
 #include "mainwindow.h"
 #include "studiohost.h"
 
+#include "scriptedanswerer.h"
+
 #include <QModelIndex>
 #include <QSettings>
 #include <QString>
+#include <QTemporaryDir>
 
 #include <functional>
 #include <memory>
@@ -36,6 +39,22 @@ struct Studio
     std::unique_ptr<MainWindow> window;
 };
 
+// A copy of the example work in a folder of its own, opened in a studio whose window is
+// shown as a person would have it, with nobody answering questions unless a test says so.
+struct ExampleWork
+{
+    // False (with the test failed) when the copy, the window or the work can't be had.
+    bool open();
+    void close();
+    // The work as the next session finds it on disk: the studio ended and made anew.
+    bool reopen();
+
+    std::unique_ptr<QTemporaryDir> dir;
+    QString work;
+    std::unique_ptr<Ovra::ProjectLocator> locator;
+    std::unique_ptr<Studio> studio;
+    std::unique_ptr<ScriptedAnswerer> nobody;
+};
 
 // The first row of the model, at any depth, whose text is `text`.
 QModelIndex findRow(const QAbstractItemModel *model, const QString &text, const QModelIndex &parent = QModelIndex());

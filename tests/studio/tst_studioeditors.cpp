@@ -97,7 +97,7 @@ QStringList treeTexts(const QAbstractItemModel *model, const QModelIndex &parent
 
 } // namespace
 
-class StudioEditorsTest : public QObject
+class StudioEditorsTest : public QObject, private ExampleWork
 {
     Q_OBJECT
 
@@ -115,8 +115,8 @@ private slots:
 
 private:
     void showKnightsAnimations();
-    AnimationEditor *editor() const { return m_studio->window->graphicsEditors()->animationEditor(); }
-    GraphicsWorkspace *graphics() const { return m_studio->window->graphicsEditors()->workspace(); }
+    AnimationEditor *editor() const { return studio->window->graphicsEditors()->animationEditor(); }
+    GraphicsWorkspace *graphics() const { return studio->window->graphicsEditors()->workspace(); }
     QWidget *view() const { return dynamic_cast<QWidget *>(graphics()->renderWidget()); }
     QSpinBox *field(const char *name) const
     {
@@ -126,46 +126,28 @@ private:
     void drag(QPoint from, QPoint to);
     void selectPunchFrame(int frame);
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    QString m_work;
     QString m_file;
-    std::unique_ptr<ProjectLocator> m_locator;
-    std::unique_ptr<Studio> m_studio;
-    std::unique_ptr<ScriptedAnswerer> m_nobody;
 };
 
 void StudioEditorsTest::init()
 {
     qRegisterMetaType<GraphicsRenderer::ItemType>();
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-    m_work = m_dir->filePath(QStringLiteral("work"));
-    QVERIFY(copyTree(sourceDir() + QStringLiteral("/examples/sample"), m_work));
-    m_file = m_work + QStringLiteral("/knight/knight.oan");
-    m_nobody = std::make_unique<ScriptedAnswerer>();
-    m_locator = std::make_unique<ProjectLocator>(pluginDir());
-    m_studio = std::make_unique<Studio>(m_dir->filePath(QStringLiteral("studio.ini")), m_locator.get());
-    m_studio->window->resize(1400, 860);
-    m_studio->window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_studio->window.get()));
-    QVERIFY(m_studio->window->openWork(m_work));
+    QVERIFY(open());
+    m_file = work + QStringLiteral("/knight/knight.oan");
 }
 
 void StudioEditorsTest::cleanup()
 {
-    m_studio.reset();
-    m_locator.reset();
-    m_nobody.reset();
-    m_dir.reset();
+    close();
 }
 
 void StudioEditorsTest::showKnightsAnimations()
 {
-    QTreeView *tree = m_studio->window->projectTree();
+    QTreeView *tree = studio->window->projectTree();
     QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.oan"))));
     QVERIFY(editor());
     QVERIFY(editor()->isActive());
-    QCOMPARE(m_studio->window->centre()->currentWidget(), static_cast<QWidget *>(graphics()));
+    QCOMPARE(studio->window->centre()->currentWidget(), static_cast<QWidget *>(graphics()));
     QVERIFY(QTest::qWaitForWindowExposed(view()));
     // The view puts the origin in its middle the first time it has its size.
     const QRect middle(view()->width() / 4, view()->height() / 4, view()->width() / 2, view()->height() / 2);
@@ -194,8 +176,8 @@ void StudioEditorsTest::drag(QPoint from, QPoint to)
 void StudioEditorsTest::fileOpensInTheAnimationEditor()
 {
     showKnightsAnimations();
-    QVERIFY(m_studio->host->action("editor_anim")->isChecked());
-    QCOMPARE(m_studio->host->editorForFile(nullptr, Project::Animations), editor());
+    QVERIFY(studio->host->action("editor_anim")->isChecked());
+    QCOMPARE(studio->host->editorForFile(nullptr, Project::Animations), editor());
     // The fields show the frame the editor stands on.
     FrameCode *frame = editor()->currentFrame();
     QVERIFY(frame);
@@ -203,20 +185,20 @@ void StudioEditorsTest::fileOpensInTheAnimationEditor()
     QCOMPARE(field("anim_frame_yaxis")->value(), frame->offsetY());
     QCOMPARE(field("anim_frame_time")->value(), frame->delay());
     // The organizer orders the file's animations, the explorer shows its sprites.
-    auto *organizer = qobject_cast<OrganizerEditor *>(m_studio->host->extraEditor(0));
+    auto *organizer = qobject_cast<OrganizerEditor *>(studio->host->extraEditor(0));
     QVERIFY(organizer);
     QCOMPARE(organizer->object(), static_cast<OrganizableObject *>(editor()->animations()));
-    QVERIFY(m_studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
-    QVERIFY(m_studio->host->statusText(0).startsWith(QStringLiteral("Renderer: ")));
+    QVERIFY(studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
+    QVERIFY(studio->host->statusText(0).startsWith(QStringLiteral("Renderer: ")));
     // The sample engine runs no emulator: its view stays off.
-    QVERIFY(m_studio->host->action("editor_emul"));
-    QVERIFY(!m_studio->host->action("editor_emul")->isEnabled());
+    QVERIFY(studio->host->action("editor_emul"));
+    QVERIFY(!studio->host->action("editor_emul")->isEnabled());
 
     // Back to the text: the explorer goes, the animation editor is left.
-    QTreeView *tree = m_studio->window->projectTree();
+    QTreeView *tree = studio->window->projectTree();
     QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.def"))));
     QVERIFY(!editor()->isActive());
-    QTRY_VERIFY(!m_studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
+    QTRY_VERIFY(!studio->window->dock(QStringLiteral("dock_explorer"))->isVisible());
 }
 
 void StudioEditorsTest::draggedAttackBoxChangesItsLine()
@@ -247,14 +229,14 @@ void StudioEditorsTest::draggedAttackBoxChangesItsLine()
     QCOMPARE(canvas->boxes(ContactBoxCode::Attack).at(0).rect.toRect(), moved);
     QCOMPARE(treeTexts(editor()->tree()->model()), rows);
 
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_undo"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "menu_edit", "edit_undo"));
     QCOMPARE(text(), before);
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_redo"));
-    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "menu_edit", "edit_redo"));
+    QVERIFY(clickToolButton(studio->window.get(), "bar_file", "file_save"));
     QTRY_COMPARE(linesOf(readFile(m_file)), now);
     const QList<int> onDisk = differingLines(linesOf(original), linesOf(readFile(m_file)));
     QCOMPARE(onDisk, changed);
-    QVERIFY(m_nobody->prompts().isEmpty());
+    QVERIFY(nobody->prompts().isEmpty());
 }
 
 void StudioEditorsTest::drawnCollisionBoxAddsALine()
@@ -284,7 +266,7 @@ void StudioEditorsTest::movedSpriteChangesTheOffset()
     GraphicsRenderer *canvas = editor()->renderer();
     // The boxes lie over the sprite: they go out of the way to take the sprite itself.
     for (const char *boxes : {"view_attack_box", "view_collision_box"})
-        QTest::mouseClick(graphics()->toolBar()->widgetForAction(m_studio->host->action(boxes)), Qt::LeftButton);
+        QTest::mouseClick(graphics()->toolBar()->widgetForAction(studio->host->action(boxes)), Qt::LeftButton);
     view()->repaint();
     const QRectF sprite = canvas->spriteRect(0);
     QPoint start;
@@ -371,10 +353,10 @@ void StudioEditorsTest::screenshot()
     auto *onion = editor()->panel()->findChild<QLabel *>(QStringLiteral("anim_onion_lb"));
     QCOMPARE(onion->text(), QStringLiteral("Animation: 200 Punch, Frame: 1"));
     QCOMPARE(editor()->currentFrame(), editor()->animations()->at(Punch)->frameAt(2));
-    const QImage picture = windowPicture(m_studio->window.get());
+    const QImage picture = windowPicture(studio->window.get());
     QVERIFY(!picture.isNull());
     // The canvas is no flat pane: the sprite, the boxes and the crosses show on it.
-    const QRect canvas(view()->mapTo(m_studio->window.get(), QPoint()), view()->size());
+    const QRect canvas(view()->mapTo(studio->window.get(), QPoint()), view()->size());
     QSet<QRgb> colours;
     for (int y = canvas.top(); y < canvas.bottom(); y += 4) {
         for (int x = canvas.left(); x < canvas.right(); x += 4)
@@ -386,12 +368,12 @@ void StudioEditorsTest::screenshot()
 
 void StudioEditorsTest::soundsOpenInTheSoundEditor()
 {
-    QTreeView *tree = m_studio->window->projectTree();
+    QTreeView *tree = studio->window->projectTree();
     QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.sbk"))));
-    SoundEditor *sounds = m_studio->window->soundEditors()->editor();
+    SoundEditor *sounds = studio->window->soundEditors()->editor();
     QVERIFY(sounds->isActive());
-    QCOMPARE(m_studio->window->centre()->currentWidget(), static_cast<QWidget *>(sounds->workspace()));
-    QVERIFY(m_studio->host->action("editor_snd")->isChecked());
+    QCOMPARE(studio->window->centre()->currentWidget(), static_cast<QWidget *>(sounds->workspace()));
+    QVERIFY(studio->host->action("editor_snd")->isChecked());
     QCOMPARE(sounds->workspace()->sidePanel(), sounds->panel());
     QVERIFY(sounds->panel()->isVisible());
     QVERIFY(sounds->currentSound());
@@ -405,7 +387,7 @@ void StudioEditorsTest::soundsOpenInTheSoundEditor()
     // Played from the Sound menu through the player (silent on the null driver), and stopped.
     QSignalSpy states(sounds->workspace(), &SoundWorkspace::stateChanged);
     const auto choose = [this](const char *name) {
-        for (QAction *action : m_studio->host->menu(QStringLiteral("sound"))->actions()) {
+        for (QAction *action : studio->host->menu(QStringLiteral("sound"))->actions()) {
             if (action->objectName() == QLatin1String(name) && action->isEnabled()) {
                 action->trigger();
                 return true;
@@ -421,7 +403,7 @@ void StudioEditorsTest::soundsOpenInTheSoundEditor()
 
     // Select the whole sound, reverse it, save: the bank on disk changes, one undo and a
     // save give the bytes back.
-    const QString bank = m_work + QStringLiteral("/knight/knight.sbk");
+    const QString bank = work + QStringLiteral("/knight/knight.sbk");
     const QByteArray original = readFile(bank);
     const QByteArray before = sounds->workspace()->audioData()->sample.data;
     sounds->workspace()->select(0, sounds->workspace()->audioData()->sample.samples);
@@ -434,13 +416,13 @@ void StudioEditorsTest::soundsOpenInTheSoundEditor()
     reverse->trigger();
     QByteArray reversed = sounds->workspace()->audioData()->sample.data;
     QVERIFY(reversed != before);
-    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QVERIFY(clickToolButton(studio->window.get(), "bar_file", "file_save"));
     QTRY_VERIFY(readFile(bank) != original);
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_undo"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "menu_edit", "edit_undo"));
     QCOMPARE(sounds->workspace()->audioData()->sample.data, before);
-    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QVERIFY(clickToolButton(studio->window.get(), "bar_file", "file_save"));
     QTRY_COMPARE(readFile(bank), original);
-    QVERIFY(m_nobody->prompts().isEmpty());
+    QVERIFY(nobody->prompts().isEmpty());
 }
 
 OVRA_GL_TEST_MAIN(StudioEditorsTest)

@@ -66,7 +66,7 @@ Pixels changedPixels(const QImage &before, const QImage &after)
 
 } // namespace
 
-class StudioSpritesTest : public QObject
+class StudioSpritesTest : public QObject, private ExampleWork
 {
     Q_OBJECT
 
@@ -82,9 +82,9 @@ private slots:
 
 private:
     void showKnightsSprites();
-    SpriteEditor *editor() const { return m_studio->window->graphicsEditors()->spriteEditor(); }
-    GraphicsWorkspace *graphics() const { return m_studio->window->graphicsEditors()->workspace(); }
-    PaletteWidget *colours() const { return m_studio->window->graphicsEditors()->palettes()->paletteWidget(); }
+    SpriteEditor *editor() const { return studio->window->graphicsEditors()->spriteEditor(); }
+    GraphicsWorkspace *graphics() const { return studio->window->graphicsEditors()->workspace(); }
+    PaletteWidget *colours() const { return studio->window->graphicsEditors()->palettes()->paletteWidget(); }
     QWidget *view() const { return dynamic_cast<QWidget *>(graphics()->renderWidget()); }
     QImage layerImage(int row = 0) const
     {
@@ -100,42 +100,24 @@ private:
     void stroke(const QVector<QPoint> &path);
     Sprites *reopenedSprites();
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    QString m_work;
-    std::unique_ptr<ProjectLocator> m_locator;
-    std::unique_ptr<Studio> m_studio;
-    std::unique_ptr<ScriptedAnswerer> m_nobody;
 };
 
 void StudioSpritesTest::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-    m_work = m_dir->filePath(QStringLiteral("work"));
-    QVERIFY(copyTree(sourceDir() + QStringLiteral("/examples/sample"), m_work));
-    m_nobody = std::make_unique<ScriptedAnswerer>();
-    m_locator = std::make_unique<ProjectLocator>(pluginDir());
-    m_studio = std::make_unique<Studio>(m_dir->filePath(QStringLiteral("studio.ini")), m_locator.get());
-    m_studio->window->resize(1400, 860);
-    m_studio->window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_studio->window.get()));
-    QVERIFY(m_studio->window->openWork(m_work));
+    QVERIFY(open());
 }
 
 void StudioSpritesTest::cleanup()
 {
-    m_studio.reset();
-    m_locator.reset();
-    m_nobody.reset();
-    m_dir.reset();
+    close();
 }
 
 void StudioSpritesTest::showKnightsSprites()
 {
-    QTreeView *tree = m_studio->window->projectTree();
+    QTreeView *tree = studio->window->projectTree();
     QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.osp"))));
     QVERIFY(editor()->isActive());
-    QCOMPARE(m_studio->window->centre()->currentWidget(), static_cast<QWidget *>(graphics()));
+    QCOMPARE(studio->window->centre()->currentWidget(), static_cast<QWidget *>(graphics()));
     QVERIFY(QTest::qWaitForWindowExposed(view()));
     QVERIFY(editor()->currentSprite());
     QCOMPARE(editor()->canvas()->format(), 0);
@@ -153,50 +135,46 @@ void StudioSpritesTest::stroke(const QVector<QPoint> &path)
     QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, viewOf(path.last()));
 }
 
-// The work as the next session finds it on disk.
+// The sprites of the work as the next session finds them on disk.
 Sprites *StudioSpritesTest::reopenedSprites()
 {
-    m_studio.reset();
-    m_studio = std::make_unique<Studio>(m_dir->filePath(QStringLiteral("again.ini")), m_locator.get());
-    if (!m_studio->window->openWork(m_work) || m_studio->host->projectCount() == 0)
-        return nullptr;
-    return dynamic_cast<Sprites *>(m_studio->host->project(0)->file(Project::Sprites));
+    return reopen() ? dynamic_cast<Sprites *>(studio->host->project(0)->file(Project::Sprites)) : nullptr;
 }
 
 void StudioSpritesTest::spriteFileOpensInThePainter()
 {
     showKnightsSprites();
-    QVERIFY(m_studio->host->action("editor_spr")->isChecked());
-    QCOMPARE(m_studio->host->editorForFile(nullptr, Project::Sprites), editor());
+    QVERIFY(studio->host->action("editor_spr")->isChecked());
+    QCOMPARE(studio->host->editorForFile(nullptr, Project::Sprites), editor());
     // The palettes, the explorer and the organizer of the sprites stand beside the canvas.
-    QDockWidget *palettes = m_studio->window->dock(QStringLiteral("dock_palettes"));
-    QDockWidget *explorer = m_studio->window->dock(QStringLiteral("dock_explorer"));
+    QDockWidget *palettes = studio->window->dock(QStringLiteral("dock_palettes"));
+    QDockWidget *explorer = studio->window->dock(QStringLiteral("dock_explorer"));
     QVERIFY(palettes->isVisible());
     QVERIFY(explorer->isVisible());
-    QCOMPARE(m_studio->window->graphicsEditors()->palettes()->palettes(), editor()->sprites()->palettes());
-    auto *organizer = qobject_cast<OrganizerEditor *>(m_studio->host->extraEditor(0));
+    QCOMPARE(studio->window->graphicsEditors()->palettes()->palettes(), editor()->sprites()->palettes());
+    auto *organizer = qobject_cast<OrganizerEditor *>(studio->host->extraEditor(0));
     QCOMPARE(organizer->object(), static_cast<OrganizableObject *>(editor()->sprites()));
     // The painting tools stand on the view's bar in place of the animation view's switches.
     QToolBar *bar = graphics()->toolBar();
     for (ImageTool *tool : editor()->tools())
-        QVERIFY(bar->widgetForAction(m_studio->host->action(tool->actionName()))->isVisible());
-    QVERIFY(!bar->widgetForAction(m_studio->host->action("view_rulers"))->isVisible());
+        QVERIFY(bar->widgetForAction(studio->host->action(tool->actionName()))->isVisible());
+    QVERIFY(!bar->widgetForAction(studio->host->action("view_rulers"))->isVisible());
 
     // The explorer put away and brought back by its switch in the Sprite menu.
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_explorer"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "sprite", "spr_explorer"));
     QTRY_VERIFY(!explorer->isVisible());
     QCOMPARE(organizer->object(), static_cast<OrganizableObject *>(editor()->sprites()));
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_explorer"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "sprite", "spr_explorer"));
     QTRY_VERIFY(explorer->isVisible());
 
     // On to the animations: the palettes go, the view's own switches come back.
-    QTreeView *tree = m_studio->window->projectTree();
+    QTreeView *tree = studio->window->projectTree();
     QVERIFY(doubleClickRow(tree, findRow(tree->model(), QStringLiteral("knight.oan"))));
     QVERIFY(!editor()->isActive());
     QTRY_VERIFY(!palettes->isVisible());
-    QVERIFY(bar->widgetForAction(m_studio->host->action("view_rulers"))->isVisible());
-    QVERIFY(!bar->widgetForAction(m_studio->host->action("spr_tool_pen")));
-    QVERIFY(m_nobody->prompts().isEmpty());
+    QVERIFY(bar->widgetForAction(studio->host->action("view_rulers"))->isVisible());
+    QVERIFY(!bar->widgetForAction(studio->host->action("spr_tool_pen")));
+    QVERIFY(nobody->prompts().isEmpty());
 }
 
 // The pen chosen on the bar, its size by "+" on the view, its colour by a click in the
@@ -206,8 +184,8 @@ void StudioSpritesTest::penStrokeIsUndoneSavedAndKept()
 {
     showKnightsSprites();
     editor()->canvas()->setScale(4);
-    QVERIFY(clickToolButton(m_studio->window.get(), "graphics_toolbar", "spr_tool_eraser"));
-    QVERIFY(clickToolButton(m_studio->window.get(), "graphics_toolbar", "spr_tool_pen"));
+    QVERIFY(clickToolButton(studio->window.get(), "graphics_toolbar", "spr_tool_eraser"));
+    QVERIFY(clickToolButton(studio->window.get(), "graphics_toolbar", "spr_tool_pen"));
     QCOMPARE(QByteArray(editor()->currentTool()->actionName()), QByteArray("spr_tool_pen"));
     QTest::mouseMove(view(), viewOf(QPoint(1, 1)));
     QTest::keyClick(view(), Qt::Key_Plus);
@@ -231,12 +209,12 @@ void StudioSpritesTest::penStrokeIsUndoneSavedAndKept()
     for (const QPoint &p : expected)
         QCOMPARE(painted.pixelIndex(p), ink);
 
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_undo"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "menu_edit", "edit_undo"));
     QVERIFY(changedPixels(before, layerImage()).isEmpty());
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "menu_edit", "edit_redo"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "menu_edit", "edit_redo"));
     QVERIFY(changedPixels(painted, layerImage()).isEmpty());
-    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
-    QVERIFY(m_nobody->prompts().isEmpty());
+    QVERIFY(clickToolButton(studio->window.get(), "bar_file", "file_save"));
+    QVERIFY(nobody->prompts().isEmpty());
 
     Sprites *sprites = reopenedSprites();
     QVERIFY(sprites);
@@ -250,7 +228,7 @@ void StudioSpritesTest::penStrokeIsUndoneSavedAndKept()
 void StudioSpritesTest::importedPicturesAreKept()
 {
     showKnightsSprites();
-    const QString folder = m_dir->filePath(QStringLiteral("pictures"));
+    const QString folder = dir->filePath(QStringLiteral("pictures"));
     QVERIFY(QDir().mkpath(folder));
     const QStringList names{QStringLiteral("a_900_0.png"), QStringLiteral("broken.png"), QStringLiteral("c_900_1.png")};
     QImage picture(12, 10, QImage::Format_ARGB32);
@@ -264,12 +242,12 @@ void StudioSpritesTest::importedPicturesAreKept()
     ScriptedAnswerer answers({QMessageBox::No, QMessageBox::Ok, QMessageBox::Ok});
     answerFilesDialog(folder, names);
     acceptWhenShown<PalDlg>();
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_add"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "sprite", "spr_add"));
     QCOMPARE(answers.prompts().size(), 3);
     QVERIFY(answers.prompts().at(1).text.contains(names.at(1)));
     QCOMPARE(answers.prompts().at(2).text, QStringLiteral("2 new sprite(s) were imported!"));
     QCOMPARE(editor()->sprites()->count(), before + 2);
-    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QVERIFY(clickToolButton(studio->window.get(), "bar_file", "file_save"));
 
     Sprites *sprites = reopenedSprites();
     QVERIFY(sprites);
@@ -291,7 +269,7 @@ void StudioSpritesTest::paletteAddedFromAFileIsKept()
         ramp[i] = RGBA(uchar(i), uchar(255 - i), uchar(i * 7), 255);
     {
         PaletteObject palette(&ramp);
-        QFile file(m_dir->filePath(QStringLiteral("ramp.gpl")));
+        QFile file(dir->filePath(QStringLiteral("ramp.gpl")));
         QVERIFY(file.open(QIODevice::WriteOnly));
         QVERIFY(palette.toFile(&file, "GPL", CodecRules::Complete));
         palette.switchColors(nullptr, true);
@@ -299,17 +277,17 @@ void StudioSpritesTest::paletteAddedFromAFileIsKept()
     const uint before = editor()->sprites()->palettes()->count();
 
     ScriptedAnswerer answers({QMessageBox::Yes});
-    answerFilesDialog(m_dir->path(), {QStringLiteral("ramp.gpl")});
+    answerFilesDialog(dir->path(), {QStringLiteral("ramp.gpl")});
     acceptWhenShown<PalAddDlg>([](PalAddDlg *dialog) {
         auto *box = dialog->findChild<QCheckBox *>(QStringLiteral("pal_add_reversed"));
         QTest::mouseClick(box, Qt::LeftButton, Qt::NoModifier, QPoint(8, box->height() / 2));
         QVERIFY(dialog->isReversed());
     });
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "palettes", "pal_add"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "palettes", "pal_add"));
     QCOMPARE(answers.prompts().size(), 1);
     QCOMPARE(answers.prompts().at(0).text, QStringLiteral("Do you want to load the palettes from files?"));
     QCOMPARE(editor()->sprites()->palettes()->count(), before + 1);
-    QVERIFY(clickToolButton(m_studio->window.get(), "bar_file", "file_save"));
+    QVERIFY(clickToolButton(studio->window.get(), "bar_file", "file_save"));
 
     Sprites *sprites = reopenedSprites();
     QVERIFY(sprites);
@@ -330,18 +308,18 @@ void StudioSpritesTest::paletteAddedFromAFileIsKept()
 void StudioSpritesTest::screenshot()
 {
     showKnightsSprites();
-    QVERIFY(chooseFromMenu(m_studio->window.get(), "sprite", "spr_layer_duplicate"));
+    QVERIFY(chooseFromMenu(studio->window.get(), "sprite", "spr_layer_duplicate"));
     QCOMPARE(editor()->canvas()->layers()->count(), 2);
-    QVERIFY(clickToolButton(m_studio->window.get(), "graphics_toolbar", "spr_tool_rectsel"));
+    QVERIFY(clickToolButton(studio->window.get(), "graphics_toolbar", "spr_tool_rectsel"));
     stroke({QPoint(8, 20), QPoint(20, 30), QPoint(36, 44)});
     QVERIFY(editor()->canvas()->hasSelection());
     QVERIFY(editor()->canvas()->isSelected(20, 30));
     QVERIFY(!editor()->canvas()->isSelected(2, 2));
 
-    const QImage picture = windowPicture(m_studio->window.get());
+    const QImage picture = windowPicture(studio->window.get());
     QVERIFY(!picture.isNull());
     // The canvas shows the sprite over its checker board, not a flat pane.
-    const QRect canvas(view()->mapTo(m_studio->window.get(), QPoint()), view()->size());
+    const QRect canvas(view()->mapTo(studio->window.get(), QPoint()), view()->size());
     QSet<QRgb> seen;
     for (int y = canvas.top(); y < canvas.bottom(); y += 3) {
         for (int x = canvas.left(); x < canvas.right(); x += 3)

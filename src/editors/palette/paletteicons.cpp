@@ -40,14 +40,7 @@ void outlined(QPainter &p, const QColor &fill, double width = 2)
 // A filled arrow head whose point is at `tip`, pointing along `direction`.
 void head(QPainter &p, QPointF tip, QPointF direction, double length = 6, double half = 4.5)
 {
-    const double norm = std::hypot(direction.x(), direction.y());
-    if (norm <= 0)
-        return;
-    const QPointF u = direction / norm;
-    const QPointF n(-u.y(), u.x());
-    p.setPen(QPen(QColor(ink), 1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    p.setBrush(QColor(ink));
-    p.drawPolygon(QPolygonF({tip, tip - u * length + n * half, tip - u * length - n * half}));
+    iconArrowHead(p, tip, direction, length, half);
 }
 
 void arrow(QPainter &p, QPointF from, QPointF to)

@@ -56,14 +56,7 @@ void ants(QPainter &p)
 // A filled arrow head whose point is at `tip`, pointing along `direction`.
 void head(QPainter &p, QPointF tip, QPointF direction, double length = 6, double half = 4)
 {
-    const double norm = std::hypot(direction.x(), direction.y());
-    if (norm <= 0)
-        return;
-    const QPointF u = direction / norm;
-    const QPointF n(-u.y(), u.x());
-    p.setPen(QPen(QColor(ink), 1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    p.setBrush(QColor(ink));
-    p.drawPolygon(QPolygonF({tip, tip - u * length + n * half, tip - u * length - n * half}));
+    iconArrowHead(p, tip, direction, length, half);
 }
 
 void arrow(QPainter &p, QPointF from, QPointF to, double length = 6, double half = 4)
