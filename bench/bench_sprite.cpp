@@ -1,0 +1,444 @@
+// The sprite painter under a user's hand.
+//
+// A pen stroke: a 1024 x 1024 indexed picture at zoom 8 in a 1280 x 800 view, 200 mouse
+// moves with the left button held, each timed from the event until the view has drawn the
+// frame it caused (on GL until the window's buffers were swapped and the rasteriser is
+// done). The median move is set against the median repaint of the same view with nothing
+// changed, timed the same way. Both roads; the pen of size 1 and of size 8.
+//
+// An import: 200 PNG pictures read by the editor's own import (the pool's threads, one
+// file each), from the answer to its crop question until its first question about what
+// it read, against the same files read one after the other on this thread with the same
+// reading function.
+//
+// The mouse goes through the platform layer, as a user's does, so that the moves carry the
+// held button and each one is handled (and its repaint painted) within QTest's call.
+#define QTEST_QPA_MOUSE_HANDLING
+
+#include "held.h"
+#include "modalanswer.h"
+#include "ratioreporter.h"
+#include "renderwindow.h"
+#include "testfiles.h"
+#include "testinterface.h"
+
+#include "editors/graphics/graphicsworkspace.h"
+#include "editors/organizer/thumbnailseditor.h"
+#include "editors/palette/paletteeditor.h"
+#include "editors/sprite/imagecanvas.h"
+#include "editors/sprite/imagelayers.h"
+#include "editors/sprite/imagepainter.h"
+#include "editors/sprite/imagerenderer.h"
+#include "editors/sprite/imagetools.h"
+#include "editors/sprite/paldlg.h"
+#include "editors/sprite/rasterlayer.h"
+#include "editors/sprite/spriteeditor.h"
+#include "editors/sprite/spriteeditor_p.h"
+#include "engine/extension.h"
+#include "engine/extensionmanager.h"
+#include "foundation/prompt.h"
+#include "image/paletteobject.h"
+#include "image/sprite.h"
+#include "project/project.h"
+#include "render/texture.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QEventLoop>
+#include <QLineEdit>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QThreadPool>
+#include <QTimer>
+#include <QUndoStack>
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <vector>
+
+using namespace Ovra;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double median(std::vector<double> values)
+{
+    const auto middle = values.begin() + values.size() / 2;
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// ---- the pen stroke ----
+
+const QSize pictureSize(1024, 1024);
+const QSize viewSize(1280, 800);
+const int movesPerStroke = 200;
+const uint penColour = 251; // not in the picture: every pixel the pen covers changes
+
+// The view's renderer, counting the frames shown: on the raster road a frame is shown once
+// drawn, on GL once the window swapped its buffers (the widget reports that).
+class CountingRenderer : public ImageRenderer
+{
+public:
+    void render(QPainter &painter) override
+    {
+        ImageRenderer::render(painter);
+        if (!isOpenGL())
+            frameShown();
+    }
+    void frameShown()
+    {
+        ++frames;
+        if (waiting)
+            waiting->quit();
+    }
+
+    int frames = 0;
+    QEventLoop *waiting = nullptr;
+};
+
+// Runs the step and waits until the frame it caused is shown. The time in milliseconds, or
+// -1 unless exactly one frame came.
+double timedFrame(CountingRenderer &renderer, const std::function<void()> &step)
+{
+    const int before = renderer.frames;
+    const Clock::time_point start = Clock::now();
+    step();
+    if (renderer.frames == before) {
+        QEventLoop loop;
+        renderer.waiting = &loop;
+        QTimer::singleShot(5000, &loop, &QEventLoop::quit);
+        loop.exec();
+        renderer.waiting = nullptr;
+    }
+    if (renderer.isOpenGL()) {
+        if (QOpenGLContext *context = QOpenGLContext::currentContext())
+            context->functions()->glFinish();
+    }
+    const double time = millisecondsSince(start);
+    return renderer.frames == before + 1 ? time : -1;
+}
+
+// 256 colours (0 clear) and a picture using the first 240 of them in bands and rings, as a
+// large background of a game would.
+struct PenScene
+{
+    PenScene()
+    {
+        for (int i = 0; i < 256; ++i)
+            colours[i] = RGBA(quint8(i * 7), quint8(255 - i), quint8(i * 13), i == 0 ? 0 : 255);
+        QVector<QRgb> table;
+        for (const RGBA &c : colours)
+            table << c.toQRgb();
+        QImage picture(pictureSize, QImage::Format_Indexed8);
+        picture.setColorTable(table);
+        for (int y = 0; y < picture.height(); ++y) {
+            uchar *line = picture.scanLine(y);
+            for (int x = 0; x < picture.width(); ++x) {
+                const int dx = x - 512, dy = y - 512;
+                line[x] = uchar(((dx * dx + dy * dy) / 900 + y / 16) % 240);
+            }
+        }
+        canvas.setPalette(&palette);
+        canvas.setImage(picture);
+        canvas.setScale(8);
+        renderer.setCanvas(&canvas);
+        canvas.painter()->setColor(penColour);
+        renderer.setTool(&pen);
+    }
+
+    QImage layerPicture() const { return static_cast<const RasterLayer *>(canvas.layers()->at(0))->image(); }
+
+    RGBA colours[256];
+    PaletteObject palette{&colours};
+    ImageCanvas canvas;
+    CountingRenderer renderer;
+    PenTool pen{&canvas};
+};
+
+std::map<bool, double> &stillMedians()
+{
+    static std::map<bool, double> medians;
+    return medians;
+}
+
+// penSize 0: the repaint of the unchanged view; otherwise a stroke of the pen of that size.
+void paintMoves(benchmark::State &state, bool openGL, int penSize)
+{
+    Texture::setOpenGLEnabled(openGL);
+    PenScene scene;
+    const std::unique_ptr<QWidget> view = showRenderer(&scene.renderer, openGL, viewSize);
+    if (!view || scene.renderer.isOpenGL() != openGL) {
+        state.SkipWithError("the view did not come up (GL needs an X server: run under xvfb-run)");
+        return;
+    }
+    if (auto *gl = qobject_cast<GLRenderWidget *>(view.get()))
+        QObject::connect(gl, &QOpenGLWidget::frameSwapped, [&scene] { scene.renderer.frameShown(); });
+    scene.pen.setPenSize(qMax(penSize, 1));
+    const QPoint from(100, 100), to(1180, 700);
+    // The pointer over the view first, so that the pen's square is shown in every frame.
+    QTest::mouseMove(view.get(), from - QPoint(8, 8));
+    QTest::qWait(50);
+    std::vector<double> all;
+    qint64 changed = 0;
+    for (auto _ : state) {
+        const QImage before = scene.layerPicture();
+        std::vector<double> times;
+        if (penSize > 0 && timedFrame(scene.renderer, [&] { QTest::mousePress(view.get(), Qt::LeftButton, {}, from); }) < 0) {
+            state.SkipWithError("the press brought no frame");
+            return;
+        }
+        for (int i = 1; i <= movesPerStroke; ++i) {
+            const QPoint at = from + (to - from) * i / movesPerStroke;
+            const double time = timedFrame(scene.renderer, [&] {
+                if (penSize > 0)
+                    QTest::mouseMove(view.get(), at);
+                else
+                    scene.renderer.update();
+            });
+            if (time < 0) {
+                state.SkipWithError("a step did not bring exactly one frame");
+                return;
+            }
+            times.push_back(time);
+        }
+        if (penSize > 0)
+            QTest::mouseRelease(view.get(), Qt::LeftButton, {}, to);
+        const QImage after = scene.layerPicture();
+        for (int y = 0; y < after.height(); ++y) {
+            for (int x = 0; x < after.width(); ++x)
+                changed += after.constScanLine(y)[x] != before.constScanLine(y)[x];
+        }
+        // The next stroke paints on the same pixels as they were.
+        if (penSize > 0)
+            scene.canvas.undoStack()->undo();
+        state.SetIterationTime(median(times) / 1000);
+        all.insert(all.end(), times.begin(), times.end());
+    }
+    if (penSize > 0 && changed == 0) {
+        state.SkipWithError("the pen changed no pixel");
+        return;
+    }
+    const double middle = median(all);
+    state.counters["median_ms"] = middle;
+    std::sort(all.begin(), all.end());
+    state.counters["p90_ms"] = all[all.size() * 9 / 10];
+    state.counters["pixels"] = double(changed) / double(state.iterations());
+    if (penSize == 0)
+        stillMedians()[openGL] = middle;
+    else if (stillMedians().count(openGL))
+        state.counters["x_still"] = middle / stillMedians()[openGL];
+}
+
+// ---- the import ----
+
+const int pictureCount = 200;
+const int pictureSide = 256;
+// The first file is named after a sprite of the knight (group 0, number 0): the import
+// asks about it as soon as every file is read, which ends the timing.
+const QString takenName = QStringLiteral("a_0_0.png");
+
+// Shapes of flat colours over a clear ground, shaded with noise: what sprites look like.
+QImage spritePicture(QRandomGenerator &random)
+{
+    QImage image(pictureSide, pictureSide, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setPen(Qt::NoPen);
+    for (int i = 0; i < 14; ++i) {
+        painter.setBrush(QColor(QRgb(random.generate() | 0xff000000u)));
+        const QRect box(int(random.bounded(200)), int(random.bounded(200)), 16 + int(random.bounded(80)),
+                        16 + int(random.bounded(80)));
+        if (i % 2)
+            painter.drawEllipse(box);
+        else
+            painter.drawRect(box);
+    }
+    painter.end();
+    for (int y = 48; y < 208; ++y) {
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 32; x < 224; ++x) {
+            if (qAlpha(line[x]) && random.bounded(3) == 0)
+                line[x] ^= 0x00100810u;
+        }
+    }
+    return image;
+}
+
+struct Pictures
+{
+    QTemporaryDir dir;
+    QStringList names;
+    bool ok = false;
+};
+
+const Pictures &pictures()
+{
+    static const std::unique_ptr<Pictures> made = [] {
+        auto pictures = std::make_unique<Pictures>();
+        QRandomGenerator random(0x5eed);
+        pictures->ok = pictures->dir.isValid();
+        for (int i = 0; i < pictureCount && pictures->ok; ++i) {
+            pictures->names << (i == 0 ? takenName : QStringLiteral("pic_%1.png").arg(i, 3, 10, QLatin1Char('0')));
+            pictures->ok = spritePicture(random).save(pictures->dir.filePath(pictures->names.last()), "PNG");
+        }
+        return pictures;
+    }();
+    return *made;
+}
+
+void importOneByOne(benchmark::State &state)
+{
+    const Pictures &files = pictures();
+    if (!files.ok) {
+        state.SkipWithError("the pictures could not be written");
+        return;
+    }
+    for (auto _ : state) {
+        int read = 0;
+        for (const QString &name : files.names) {
+            QImage image;
+            loadSpritePicture(files.dir.filePath(name), &image);
+            read += image.size() == QSize(pictureSide, pictureSide);
+        }
+        if (read != pictureCount) {
+            state.SkipWithError("a picture was not read");
+            break;
+        }
+    }
+}
+
+// The sprite editor on a copy of the knight's work, as its tests build it.
+struct ImportScene
+{
+    bool open()
+    {
+        host.options[QStringLiteral("native_painting")] = true;
+        engine = EngineExtension::forProjectFile(QStringLiteral("any.ovp"));
+        QString error;
+        if (!engine || !work.isValid() || !copyTree(QStringLiteral(OVRA_EXAMPLES_DIR "/sample"), work.path()))
+            return false;
+        project.reset(engine->openProject(work.filePath(QStringLiteral("knight/knight.ovp")), &error));
+        sprites = project ? dynamic_cast<Sprites *>(project->file(Project::Sprites)) : nullptr;
+        if (!sprites)
+            return false;
+        host.projectInUse = project.get();
+        graphics = std::make_unique<GraphicsWorkspace>(&host);
+        editor.reset(new SpriteEditor(graphics.get(), &palettes, &thumbnails, Project::Sprites));
+        editor->setCurrentFile(sprites);
+        host.activateEditor(editor.get());
+        return editor->isActive() && host.action("spr_add");
+    }
+    ~ImportScene()
+    {
+        host.activeEditor = nullptr;
+        editor.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    ExtensionManager manager{QStringLiteral(OVRA_PLUGIN_DIR)};
+    EngineExtension *engine = nullptr;
+    TestInterface host;
+    QTemporaryDir work;
+    Held<Project> project;
+    Sprites *sprites = nullptr;
+    std::unique_ptr<GraphicsWorkspace> graphics;
+    ThumbnailsEditor thumbnails;
+    PaletteEditor palettes;
+    Held<SpriteEditor> editor;
+};
+
+// The user's hand at the import's dialogs: the files typed into the file dialog, the
+// palette dialog taken as it comes.
+void answerDialogs(const Pictures &files)
+{
+    whenShown<QFileDialog>([&files](QFileDialog *dialog) {
+        dialog->setDirectory(files.dir.path());
+        if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
+            edit->setText(QLatin1Char('"') + files.names.join(QStringLiteral("\" \"")) + QLatin1Char('"'));
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
+    whenShown<PalDlg>([](PalDlg *dialog) {
+        if (auto *box = dialog->findChild<QDialogButtonBox *>())
+            QTest::mouseClick(box->button(QDialogButtonBox::Ok), Qt::LeftButton);
+    });
+}
+
+void importOnPool(benchmark::State &state)
+{
+    const Pictures &files = pictures();
+    ImportScene scene;
+    if (!files.ok || !scene.open()) {
+        state.SkipWithError("the pictures or the knight's work could not be made ready");
+        return;
+    }
+    const uint count = scene.sprites->count();
+    const QString done = QStringLiteral("Import | %1 new sprite(s) were imported!").arg(pictureCount - 1);
+    for (auto _ : state) {
+        QStringList prompts;
+        Clock::time_point readStart, readEnd;
+        answerDialogs(files);
+        // No cropping, no replacing. The reading lies between the answer to the crop
+        // question and the question about the first file, named after a sprite there.
+        setAnswerer([&](const Prompt &prompt) {
+            if (prompt.title == QStringLiteral("Replace sprite"))
+                readEnd = Clock::now();
+            prompts << prompt.title + QStringLiteral(" | ") + prompt.text;
+            if (prompt.title == QStringLiteral("Crop"))
+                readStart = Clock::now();
+            return prompt.buttons & QMessageBox::No ? QMessageBox::No : QMessageBox::Ok;
+        });
+        scene.host.action("spr_add")->trigger();
+        setAnswerer(nullptr);
+        if (prompts.size() != 3 || !prompts.at(1).startsWith(QStringLiteral("Replace sprite")) || prompts.at(2) != done
+            || scene.sprites->count() != count + pictureCount - 1) {
+            state.SkipWithError(qPrintable(QStringLiteral("the import went otherwise: ") + prompts.join(QStringLiteral("; "))));
+            break;
+        }
+        state.SetIterationTime(std::chrono::duration<double>(readEnd - readStart).count());
+        scene.editor->undo();
+        if (scene.sprites->count() != count) {
+            state.SkipWithError("the undo did not take the import back");
+            break;
+        }
+    }
+    state.counters["threads"] = QThreadPool::globalInstance()->maxThreadCount();
+}
+
+BENCHMARK_CAPTURE(paintMoves, stillOpenGL, true, 0)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK_CAPTURE(paintMoves, penOpenGL, true, 1)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK_CAPTURE(paintMoves, pen8OpenGL, true, 8)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK_CAPTURE(paintMoves, stillRaster, false, 0)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK_CAPTURE(paintMoves, penRaster, false, 1)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK_CAPTURE(paintMoves, pen8Raster, false, 8)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK(importOneByOne)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(importOnPool)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QApplication app(argc, argv);
+    QStandardPaths::setTestModeEnabled(true);
+    RatioReporter reporter;
+    const std::string strokes = "/iterations:2/manual_time";
+    reporter.addRatio("paintMoves/penOpenGL" + strokes, "paintMoves/stillOpenGL" + strokes);
+    reporter.addRatio("paintMoves/pen8OpenGL" + strokes, "paintMoves/stillOpenGL" + strokes);
+    reporter.addRatio("paintMoves/penRaster" + strokes, "paintMoves/stillRaster" + strokes);
+    reporter.addRatio("paintMoves/pen8Raster" + strokes, "paintMoves/stillRaster" + strokes);
+    reporter.addRatio("importOnPool/iterations:5/manual_time", "importOneByOne/iterations:5");
+    return runWithRatios(argc, argv, reporter);
+}
