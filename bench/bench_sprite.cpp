@@ -236,6 +236,10 @@ void paintMoves(benchmark::State &state, bool openGL, int penSize)
         state.SkipWithError("the view did not come up (GL needs an X server: run under xvfb-run)");
         return;
     }
+    if (scene.canvas.scale() != 8) {
+        state.SkipWithError("the view does not stand at zoom 8");
+        return;
+    }
     if (auto *gl = qobject_cast<GLRenderWidget *>(view.get()))
         QObject::connect(gl, &QOpenGLWidget::frameSwapped, [&scene] { scene.renderer.frameShown(); });
     scene.pen.setPenSize(qMax(penSize, 1));
