@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QtTest>
 #include <QTimer>
@@ -26,7 +27,14 @@ void whenShown(std::function<void(T *)> answer)
         if (dialog) {
             poll->stop();
             poll->deleteLater();
+            QPointer<T> answered(dialog);
             answer(dialog);
+            // A dialog the answer didn't close would leave the code under test waiting in
+            // it for ever: it is put away, and the test fails on what it then finds.
+            QTimer::singleShot(20000, [answered] {
+                if (answered && answered->isVisible())
+                    answered->reject();
+            });
         } else if (clock->elapsed() > 60000) {
             poll->stop();
             poll->deleteLater();
@@ -40,6 +48,10 @@ inline void answerFileDialog(const QString &name)
 {
     whenShown<QFileDialog>([name](QFileDialog *dialog) {
         dialog->selectFile(name);
+        // Typed into the name field as well: selectFile() leaves alone a field that already
+        // has the focus, and the dialog would take what stands there.
+        if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
+            edit->setText(name);
         QMetaObject::invokeMethod(dialog, "accept");
     });
 }
