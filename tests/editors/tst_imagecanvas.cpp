@@ -76,6 +76,9 @@ private slots:
     void indexedCompositionMatchesReference_data();
     void indexedCompositionMatchesReference();
     void rgbaCompositionUsesModes();
+    void partsComposeAsTheWhole_data();
+    void partsComposeAsTheWhole();
+    void changedAreaOnlyWhileTold();
     void mergeVisibleKeepsHidden();
     void mergeAllDropsHidden();
     void remapFollowsNewPalette();
@@ -470,6 +473,61 @@ void ImageCanvasTest::rgbaCompositionUsesModes()
     QVERIFY(near(composed.pixel(1, 0), 105, 60, 40));
     canvas.layers()->at(0)->setVisible(false);
     QVERIFY(near(canvas.composed().pixel(1, 0), 200, 100, 50));
+}
+
+void ImageCanvasTest::partsComposeAsTheWhole_data()
+{
+    QTest::addColumn<bool>("trueColour");
+    QTest::addColumn<QRect>("area");
+    QTest::addColumn<QRect>("expected");
+    for (bool trueColour : {false, true}) {
+        const char *kind = trueColour ? "true colour" : "indexed";
+        QTest::addRow("%s inside", kind) << trueColour << QRect(3, 2, 9, 7) << QRect(3, 2, 9, 7);
+        QTest::addRow("%s one pixel", kind) << trueColour << QRect(22, 16, 1, 1) << QRect(22, 16, 1, 1);
+        QTest::addRow("%s over the edge", kind) << trueColour << QRect(-4, 10, 12, 20) << QRect(0, 10, 8, 7);
+        QTest::addRow("%s outside", kind) << trueColour << QRect(30, 30, 4, 4) << QRect();
+    }
+}
+
+// A part composes to the same pixels as that part of the whole, held to the canvas.
+void ImageCanvasTest::partsComposeAsTheWhole()
+{
+    QFETCH(bool, trueColour);
+    QFETCH(QRect, area);
+    QFETCH(QRect, expected);
+    ImageCanvas canvas;
+    fillPalette(*canvas.palette(), 3);
+    QRandomGenerator random(21);
+    const QSize size(23, 17);
+    for (int i = 0; i < 3; ++i) {
+        const QImage picture = indexedPicture(size, *canvas.palette(), random, 256);
+        if (i == 0) {
+            canvas.setImage(trueColour ? picture.convertToFormat(QImage::Format_ARGB32) : picture);
+        } else {
+            auto *layer = static_cast<RasterLayer *>(canvas.addLayer(0));
+            layer->setImage(trueColour ? picture.convertToFormat(QImage::Format_ARGB32) : picture);
+            canvas.setLayerOpacity(0, 0.6);
+        }
+    }
+    const QImage part = canvas.composed(area);
+    QCOMPARE(part.isNull(), expected.isNull());
+    if (!expected.isNull())
+        QCOMPARE(part, canvas.composed().copy(expected));
+}
+
+// The changed area is told with the signal of a layer's change, and forgotten after it.
+void ImageCanvasTest::changedAreaOnlyWhileTold()
+{
+    ImageCanvas canvas;
+    canvas.setImage(QImage(8, 8, QImage::Format_ARGB32));
+    auto *layer = static_cast<RasterLayer *>(canvas.layers()->at(0));
+    QList<QRect> told;
+    connect(&canvas, &ImageCanvas::changed, this, [&] { told << canvas.changedArea(); });
+    layer->changed(QRect(2, 3, 4, 1));
+    layer->changed();
+    canvas.setLayerOpacity(0, 0.5);
+    QCOMPARE(told, QList<QRect>({QRect(2, 3, 4, 1), QRect(), QRect()}));
+    QCOMPARE(canvas.changedArea(), QRect());
 }
 
 void ImageCanvasTest::mergeVisibleKeepsHidden()

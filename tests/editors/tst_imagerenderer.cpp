@@ -61,6 +61,8 @@ private slots:
     void cleanup();
 
     void backEnds_data();
+    void strokeRedrawsItsPart_data() { backEnds_data(); }
+    void strokeRedrawsItsPart();
     void placeAndPixels();
     void placeAndPixels_data() { backEnds_data(); }
     void panAndZoom();
@@ -212,6 +214,26 @@ void ImageRendererTest::placeAndPixels()
 
 // The middle button drags the view; the wheel zooms about the mouse; the canvas mover drags
 // the view with the left button; fit and actual size keep to the canvas's bounds.
+// A change told with its area is drawn from that part alone: the view shows what a full
+// composition shows.
+void ImageRendererTest::strokeRedrawsItsPart()
+{
+    QFETCH(bool, openGL);
+    QVERIFY(show(openGL));
+    auto *top = static_cast<RasterLayer *>(m_canvas->layers()->at(0));
+    const QRect area(10, 6, 5, 3);
+    top->imagePointer()->fill(4);
+    top->changed(area); // the rest of the fill isn't told: it stays as it was on the view
+    const QImage part = grab();
+    QCOMPARE(shown(part, QPoint(12, 7)), QColor(m_colors[4].toQRgb()));
+    top->changed();
+    QTRY_COMPARE(shown(grab(), QPoint(2, 20)), QColor(m_colors[4].toQRgb()));
+    QVERIFY(shown(part, QPoint(2, 20)) != QColor(m_colors[4].toQRgb()));
+    const QImage whole = grab();
+    for (const QPoint &inside : {QPoint(10, 6), QPoint(14, 8), QPoint(12, 7)})
+        QCOMPARE(shown(part, inside), shown(whole, inside));
+}
+
 void ImageRendererTest::panAndZoom()
 {
     QFETCH(bool, openGL);

@@ -440,13 +440,29 @@ bool ImageCanvasPrivate::merge(bool all, const QString &text)
 
 QImage ImageCanvas::composed() const
 {
-    return d->format() == 1 ? d->composedRgba() : d->composedIndexed();
+    return composed(QRect(QPoint(), d->size()));
 }
 
-void ImageCanvas::layerChanged(ImageLayer *layer)
+QImage ImageCanvas::composed(const QRect &area) const
+{
+    const QRect whole(QPoint(), d->size());
+    const QRect part = whole.isEmpty() ? QRect() : area & whole;
+    if (part.isEmpty())
+        return QImage();
+    return d->format() == 1 ? d->composedRgba(part) : d->composedIndexed(part);
+}
+
+void ImageCanvas::layerChanged(ImageLayer *layer, const QRect &area)
 {
     d->layers->layerChanged(layer);
+    d->changedArea = area;
     emit changed();
+    d->changedArea = QRect();
+}
+
+QRect ImageCanvas::changedArea() const
+{
+    return d->changedArea;
 }
 
 } // namespace Ovra

@@ -93,9 +93,15 @@ public:
     // The visible layers drawn together: an indexed picture over the palette on an indexed
     // canvas, an ARGB32 picture on a true-colour one.
     QImage composed() const;
+    // The same for one part of the picture (the part inside the canvas), at its place.
+    QImage composed(const QRect &area) const;
 
-    // Called by layers when their name, visibility, mode or pixels change.
-    void layerChanged(ImageLayer *layer);
+    // Called by layers when their name, visibility, mode or pixels change; `area` is the
+    // part of the picture the change touched, null when it may be all of it.
+    void layerChanged(ImageLayer *layer, const QRect &area = QRect());
+    // While `changed` is being told: the part of the picture that changed, or a null
+    // rectangle when it may be all of it. Null at any other time.
+    QRect changedArea() const;
 
 signals:
     void changed();

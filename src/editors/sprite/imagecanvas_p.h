@@ -26,8 +26,8 @@ public:
     void insertLayer(int row, ImageLayer *layer);
     // Replaces the layers that take part by their composition.
     bool merge(bool all, const QString &text);
-    QImage composedIndexed() const;
-    QImage composedRgba() const;
+    QImage composedIndexed(const QRect &area) const;
+    QImage composedRgba(const QRect &area) const;
 
     ImageCanvas *const q;
     RGBA ownColors[256] = {};
@@ -38,6 +38,7 @@ public:
     QUndoStack undoStack;
     QByteArray selection;
     double scale = 1.0;
+    QRect changedArea;
 
 private:
     int m_format = 0;

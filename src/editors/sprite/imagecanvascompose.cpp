@@ -3,8 +3,6 @@
 #include "editors/sprite/imagecanvas_p.h"
 #include "editors/sprite/rasterlayer.h"
 
-#include <QVarLengthArray>
-
 #include <vector>
 
 namespace Ovra {
@@ -33,6 +31,7 @@ public:
     {
         for (int k = 0; k < layers.size(); ++k)
             m_widths[k] = layers.at(k)->width();
+        m_found.reserve(size_t(layers.size()));
         for (int i = 0; i < 256; ++i)
             m_alphas[i] = colors[i].alpha;
     }
@@ -45,7 +44,7 @@ public:
 
     uchar pixel(int x)
     {
-        m_found.clear();
+        m_found.clear(); // keeps its room: no allocation a pixel
         const int count = m_rows.size();
         const uchar *const *rows = m_rows.constData();
         const int *widths = m_widths.constData();
@@ -57,21 +56,21 @@ public:
             const uchar alpha = m_alphas[index];
             if (alpha == 0)
                 continue;
-            if (alpha == 255 && m_found.isEmpty())
+            if (alpha == 255 && m_found.empty())
                 return index;
-            m_found.append(m_colors[index]);
+            m_found.push_back(m_colors[index]);
             if (alpha == 255)
                 break;
         }
-        return m_found.isEmpty() ? 0 : mixed();
+        return m_found.empty() ? 0 : mixed();
     }
 
 private:
     uchar mixed()
     {
-        RGBA color = m_found.last();
-        for (int i = m_found.size() - 2; i >= 0; --i)
-            color = mixedTowards(color, m_found.at(i));
+        RGBA color = m_found.back();
+        for (int i = int(m_found.size()) - 2; i >= 0; --i)
+            color = mixedTowards(color, m_found[size_t(i)]);
         // The search over 256 entries is the cost of a mixed pixel, and the same few mixtures
         // come back all over a picture: a small table remembers the latest answers.
         const quint32 key = color.toQRgb();
@@ -90,7 +89,7 @@ private:
     QVector<const uchar *> m_rows;
     QVector<int> m_widths;
     uchar m_alphas[256];
-    QVarLengthArray<RGBA, 32> m_found;
+    std::vector<RGBA> m_found;
     struct Remembered
     {
         quint32 key = 0;
@@ -103,9 +102,9 @@ private:
 
 } // namespace
 
-QImage ImageCanvasPrivate::composedIndexed() const
+QImage ImageCanvasPrivate::composedIndexed(const QRect &area) const
 {
-    QImage result(m_size, QImage::Format_Indexed8);
+    QImage result(area.size(), QImage::Format_Indexed8);
     if (result.isNull())
         return result;
     const RGBA (&colors)[256] = palette->palette();
@@ -121,22 +120,23 @@ QImage ImageCanvasPrivate::composedIndexed() const
     }
     IndexedComposer composer(colors, *palette, visible);
     for (int y = 0; y < result.height(); ++y) {
-        composer.startRow(y);
+        composer.startRow(area.top() + y);
         uchar *out = result.scanLine(y);
         for (int x = 0; x < result.width(); ++x)
-            out[x] = composer.pixel(x);
+            out[x] = composer.pixel(area.left() + x);
     }
     return result;
 }
 
-QImage ImageCanvasPrivate::composedRgba() const
+QImage ImageCanvasPrivate::composedRgba(const QRect &area) const
 {
-    QImage result(m_size, QImage::Format_ARGB32_Premultiplied);
+    QImage result(area.size(), QImage::Format_ARGB32_Premultiplied);
     if (result.isNull())
         return result;
     result.fill(0);
     {
         QPainter painter(&result);
+        painter.translate(-area.topLeft());
         const QList<ImageLayer *> &stack = layers->layers();
         for (int i = stack.size() - 1; i >= 0; --i) {
             if (stack.at(i)->isVisible())

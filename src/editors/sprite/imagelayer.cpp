@@ -145,10 +145,10 @@ void ImageLayer::copyPropertiesFrom(const ImageLayer &other)
     d->opacity = other.d->opacity;
 }
 
-void ImageLayer::notifyChanged()
+void ImageLayer::notifyChanged(const QRect &area)
 {
     if (d->canvas)
-        d->canvas->layerChanged(this);
+        d->canvas->layerChanged(this, area);
 }
 
 } // namespace Ovra

@@ -68,8 +68,9 @@ public:
 protected:
     // Copies the name, mode, opacity and visibility of `other`.
     void copyPropertiesFrom(const ImageLayer &other);
-    // Tells the canvas (its layer list and its views) that this layer changed.
-    void notifyChanged();
+    // Tells the canvas (its layer list and its views) that this layer changed, in `area`
+    // of the picture or anywhere for a null one.
+    void notifyChanged(const QRect &area = QRect());
 
 private:
     Q_DISABLE_COPY(ImageLayer)

@@ -10,6 +10,7 @@
 #include <QSignalBlocker>
 #include <QtMath>
 
+#include <cstring>
 #include <iterator>
 
 namespace Ovra {
@@ -99,8 +100,15 @@ const QImage &ImageRendererPrivate::shownPicture()
 {
     if (shownDirty) {
         shownDirty = false;
+        staleArea = QRect();
         const QImage picture = showOriginal ? composedOriginal() : canvas->composed();
         shown = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    } else if (!staleArea.isEmpty()) {
+        const QImage part = canvas->composed(staleArea).convertToFormat(QImage::Format_ARGB32_Premultiplied);
+        const int bytes = part.width() * 4;
+        for (int y = 0; y < part.height(); ++y)
+            memcpy(shown.scanLine(staleArea.top() + y) + staleArea.left() * 4, part.constScanLine(y), size_t(bytes));
+        staleArea = QRect();
     }
     return shown;
 }
@@ -196,7 +204,11 @@ void ImageRendererPrivate::connectCanvas()
 
 void ImageRendererPrivate::canvasChanged()
 {
-    shownDirty = true;
+    const QRect area = canvas ? canvas->changedArea() : QRect();
+    if (area.isNull() || showOriginal || shown.size() != canvas->size())
+        shownDirty = true;
+    else if (!shownDirty)
+        staleArea |= area & QRect(QPoint(), canvas->size());
     q->update();
 }
 

@@ -63,6 +63,8 @@ public:
     bool showOriginal = false;
     QImage shown;
     bool shownDirty = true;
+    // A part of `shown` to compose again (a stroke's few pixels), when not all of it is.
+    QRect staleArea;
     QVector<SelectionEdge> edges;
     bool edgesDirty = true;
     QPoint mouse;

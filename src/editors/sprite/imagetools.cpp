@@ -58,10 +58,10 @@ bool LayerStroke::begin()
     return true;
 }
 
-void LayerStroke::touched()
+void LayerStroke::touched(const QRect &area)
 {
     if (layerAlive())
-        m_layer->changed();
+        m_layer->changed(area);
 }
 
 void LayerStroke::commit(const QString &text)
@@ -111,8 +111,12 @@ void PaintStroke::lineTo(const QPoint &from, const QPoint &to)
 {
     if (!m_stroke.isOpen())
         return;
-    m_canvas->painter()->drawLine(from, to);
-    m_stroke.touched();
+    ImagePainter *painter = m_canvas->painter();
+    painter->drawLine(from, to);
+    // Only the pen's squares along the line changed: the views compose that part again.
+    const int reach = qMax(1, painter->size()) - 1;
+    m_stroke.touched(QRect(QPoint(qMin(from.x(), to.x()), qMin(from.y(), to.y())),
+                           QPoint(qMax(from.x(), to.x()) + reach, qMax(from.y(), to.y()) + reach)));
 }
 
 void PaintStroke::finish(const QString &text)

@@ -33,8 +33,8 @@ public:
     bool isOpen() const { return m_layer != nullptr; }
     RasterLayer *layer() const { return m_layer; }
     const QImage &before() const { return m_before; }
-    // Tells the views that the pixels changed.
-    void touched();
+    // Tells the views that the pixels changed: those of `area`, or any for a null one.
+    void touched(const QRect &area = QRect());
     // Pushes the step named `text` if the picture differs from the one at the beginning.
     void commit(const QString &text);
     // Puts the picture of the beginning back.

@@ -148,9 +148,9 @@ void RasterLayer::setImage(const QImage &image)
     changed();
 }
 
-void RasterLayer::changed()
+void RasterLayer::changed(const QRect &area)
 {
-    notifyChanged();
+    notifyChanged(area);
 }
 
 void RasterLayer::replaceImage(const QImage &image)

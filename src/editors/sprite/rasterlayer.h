@@ -30,8 +30,8 @@ public:
     void swapImage(QImage &image);
     // Replaces the picture without an undo command.
     void setImage(const QImage &image);
-    // Tells the views that the pixels changed.
-    void changed();
+    // Tells the views that the pixels changed: those of `area`, or any for a null one.
+    void changed(const QRect &area = QRect());
 
 private:
     // Puts `image` in place and pushes the command that brings the old picture back.
