@@ -3,7 +3,7 @@
 // masks worked out here from the rules of each tool.
 #include "../render/rendertestsupport.h"
 
-#include "penline.h"
+#include "pixelsets.h"
 #include "renderwindow.h"
 
 #include "editors/sprite/imagecanvas.h"
@@ -38,25 +38,6 @@ uchar patternAt(int x, int y)
 Pixels penLine(QPoint a, QPoint b, int size)
 {
     return ::penLine(a, b, size, pictureSize);
-}
-
-// The 4-connected pixels of the start's value among those that `allowed` lets in.
-Pixels region(const QImage &image, QPoint start, const std::function<bool(QPoint)> &allowed)
-{
-    Pixels found{start};
-    QVector<QPoint> queue{start};
-    const uint value = image.pixel(start);
-    while (!queue.isEmpty()) {
-        const QPoint p = queue.takeLast();
-        for (const QPoint step : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
-            const QPoint n = p + step;
-            if (image.valid(n) && !found.contains(n) && image.pixel(n) == value && allowed(n)) {
-                found.insert(n);
-                queue.append(n);
-            }
-        }
-    }
-    return found;
 }
 
 // The first pixels where two pictures differ, for the failure message; empty when equal.

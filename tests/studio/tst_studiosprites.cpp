@@ -29,7 +29,7 @@
 
 #include "../render/rendertestsupport.h"
 #include "modalanswer.h"
-#include "penline.h"
+#include "pixelsets.h"
 #include "scriptedanswerer.h"
 #include "testfiles.h"
 
@@ -40,6 +40,7 @@
 #include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QToolBar>
+#include <QToolButton>
 #include <QTreeView>
 #include <QtTest>
 
@@ -76,6 +77,8 @@ private slots:
 
     void spriteFileOpensInThePainter();
     void penStrokeIsUndoneSavedAndKept();
+    void toolsOnTheKnight_data();
+    void toolsOnTheKnight();
     void importedPicturesAreKept();
     void paletteAddedFromAFileIsKept();
     void screenshot();
@@ -221,6 +224,83 @@ void StudioSpritesTest::penStrokeIsUndoneSavedAndKept()
     const QImage kept = sprites->at(uint(row))->image();
     QCOMPARE(kept.size(), painted.size());
     QVERIFY(changedPixels(painted, kept).isEmpty());
+}
+
+void StudioSpritesTest::toolsOnTheKnight_data()
+{
+    QTest::addColumn<QByteArray>("tool");
+    QTest::addColumn<bool>("contiguous");
+    QTest::newRow("bucket, contiguous") << QByteArray("spr_tool_paintbucket") << true;
+    QTest::newRow("bucket, everywhere") << QByteArray("spr_tool_paintbucket") << false;
+    QTest::newRow("eraser") << QByteArray("spr_tool_eraser") << true;
+    QTest::newRow("picker") << QByteArray("spr_tool_picker") << true;
+    QTest::newRow("magic wand") << QByteArray("spr_tool_magicwand") << true;
+}
+
+// Each tool taken from the bar, its "Contiguous" box clicked beside the colour wells, used
+// with the mouse on the knight: the pixels, the colour or the mask a reference gives.
+void StudioSpritesTest::toolsOnTheKnight()
+{
+    QFETCH(QByteArray, tool);
+    QFETCH(bool, contiguous);
+    showKnightsSprites();
+    const QImage before = layerImage();
+    // A spot of the knight's own colours (not the clear ground) in a patch of some size.
+    QPoint spot(-1, -1);
+    for (int y = before.height() / 2; y < before.height() && spot.x() < 0; ++y) {
+        for (int x = 0; x < before.width() && spot.x() < 0; ++x) {
+            if (before.pixelIndex(x, y) != 0 && region(before, QPoint(x, y)).size() > 12)
+                spot = QPoint(x, y);
+        }
+    }
+    QVERIFY(spot.x() >= 0);
+    const int under = before.pixelIndex(spot);
+    const int ink = under == 7 ? 8 : 7;
+    QTest::mouseClick(colours(), Qt::LeftButton, Qt::NoModifier, colours()->slotRect(ink).center());
+    QVERIFY(clickToolButton(studio->window.get(), "graphics_toolbar", tool.constData()));
+    if (auto *box = editor()->widget()->findChild<QCheckBox *>()) {
+        QCOMPARE(box->text(), QStringLiteral("Contiguous"));
+        if (box->isChecked() != contiguous)
+            QTest::mouseClick(box, Qt::LeftButton, Qt::NoModifier, QPoint(8, box->height() / 2));
+        QCOMPARE(box->isChecked(), contiguous);
+    }
+
+    Pixels expected;
+    if (tool == "spr_tool_eraser") {
+        stroke({spot, spot + QPoint(9, 4)});
+        expected = penLine(spot, spot + QPoint(9, 4), 1, before.size());
+    } else {
+        stroke({spot});
+        expected = region(before, spot);
+        if (!contiguous) {
+            expected.clear();
+            for (int y = 0; y < before.height(); ++y)
+                for (int x = 0; x < before.width(); ++x)
+                    if (before.pixelIndex(x, y) == under)
+                        expected.insert(QPoint(x, y));
+            QVERIFY2(expected.size() > region(before, spot).size(), "the colour should stand in other places too");
+        }
+    }
+    if (tool == "spr_tool_picker") {
+        QVERIFY(changedPixels(before, layerImage()).isEmpty());
+        auto *well = editor()->widget()->findChild<QToolButton *>(QStringLiteral("spr_foreground"));
+        QCOMPARE(well->toolTip(), QStringLiteral("Foreground: %1").arg(under));
+    } else if (tool == "spr_tool_magicwand") {
+        QVERIFY(changedPixels(before, layerImage()).isEmpty());
+        for (int y = 0; y < before.height(); ++y)
+            for (int x = 0; x < before.width(); ++x)
+                QCOMPARE(editor()->canvas()->isSelected(x, y), expected.contains(QPoint(x, y)));
+    } else {
+        const int value = tool == "spr_tool_eraser" ? 0 : ink;
+        Pixels painted;
+        for (const QPoint &p : expected)
+            if (before.pixelIndex(p) != value)
+                painted.insert(p);
+        QCOMPARE(changedPixels(before, layerImage()), painted);
+        for (const QPoint &p : expected)
+            QCOMPARE(layerImage().pixelIndex(p), value);
+    }
+    QVERIFY(nobody->prompts().isEmpty());
 }
 
 // Three pictures chosen from the Sprite menu, one of them no picture at all: the broken one

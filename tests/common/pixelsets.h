@@ -1,13 +1,17 @@
 #pragma once
 
-// Sets of picture pixels, and the pixels a square pen covers along a line: the references
-// the painting tools' tests hold the pictures against.
+// Sets of picture pixels: those a square pen covers along a line, those a fill reaches. The
+// references the painting tools' tests hold the pictures against.
+#include <QImage>
 #include <QPoint>
 #include <QRect>
 #include <QSet>
 #include <QSize>
 
+#include <QVector>
+
 #include <cstdlib>
+#include <functional>
 
 inline uint qHash(const QPoint &p, uint seed = 0)
 {
@@ -40,4 +44,23 @@ inline Pixels penLine(QPoint a, QPoint b, int size, const QSize &picture)
         }
     }
     return pixels;
+}
+
+// The 4-connected pixels of the start's value among those that `allowed` lets in.
+inline Pixels region(const QImage &image, QPoint start, const std::function<bool(QPoint)> &allowed = nullptr)
+{
+    Pixels found{start};
+    QVector<QPoint> queue{start};
+    const uint value = image.pixel(start);
+    while (!queue.isEmpty()) {
+        const QPoint p = queue.takeLast();
+        for (const QPoint step : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
+            const QPoint n = p + step;
+            if (image.valid(n) && !found.contains(n) && image.pixel(n) == value && (!allowed || allowed(n))) {
+                found.insert(n);
+                queue.append(n);
+            }
+        }
+    }
+    return found;
 }
