@@ -22,7 +22,6 @@ constexpr QRgb addition = iconAddition;
 constexpr QRgb removal = iconRemoval;
 constexpr QRgb folderBack = qRgb(222, 172, 62);
 constexpr QRgb folderFront = qRgb(246, 208, 104);
-constexpr QRgb paper = qRgb(250, 250, 250);
 // The four colours of a swatch, in reading order.
 constexpr QRgb swatchColours[] = {qRgb(210, 60, 60), qRgb(236, 190, 50), qRgb(46, 150, 62), qRgb(60, 100, 210)};
 
