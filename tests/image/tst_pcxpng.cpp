@@ -230,6 +230,11 @@ void PcxPngTest::fuzzFindings()
     QImage image(4, 4, QImage::Format_Indexed8);
     bool hasPalette = false;
     QVERIFY(!loadPCX(image, &device, &hasPalette));
+    // Read into no picture, as the codecs by name read: none is made.
+    QImage none;
+    QVERIFY(device.seek(0));
+    QVERIFY(!loadPCX(none, &device, nullptr));
+    QVERIFY(none.isNull());
 }
 
 void PcxPngTest::oddPlanesStayInTheirRows()
