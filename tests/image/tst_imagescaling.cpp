@@ -331,13 +331,7 @@ void ImageScalingTest::rotationByZeroIsTheSamePicture()
 {
     for (QImage::Format format : {QImage::Format_Indexed8, QImage::Format_ARGB32, QImage::Format_RGB32}) {
         const QImage source = pattern(9, 4, format);
-        const QImage turned = rotateImage(source, 0, 0);
-        QCOMPARE(turned.size(), source.size());
-        QCOMPARE(turned.format(), format);
-        for (int y = 0; y < 4; ++y) {
-            for (int x = 0; x < 9; ++x)
-                QCOMPARE(turned.pixel(x, y), source.pixel(x, y));
-        }
+        QCOMPARE(rotateImage(source, 0, 0), source);
     }
 }
 
