@@ -92,11 +92,7 @@ void PcxPngTest::roundTrip()
     bool hasPalette = image.format() != QImage::Format_Indexed8;
     QVERIFY(load(bytes, back, &hasPalette));
     QCOMPARE(hasPalette, image.format() == QImage::Format_Indexed8);
-    QCOMPARE(back.format(), image.format());
-    QCOMPARE(back.size(), image.size());
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            QCOMPARE(back.pixel(x, y), image.pixel(x, y));
+    QCOMPARE(back, image);
 }
 
 void PcxPngTest::writtenBytes()
