@@ -225,8 +225,8 @@ private slots:
         QTest::newRow("enumeration") << "Side.Right" << QVariant(2);
         QTest::newRow("enumeration of a type") << "Node.Shade.Dark" << QVariant(1);
         QTest::newRow("no such enumerator") << "Side.Missing" << QVariant();
-        QTest::newRow("enumerators listed") << "(function() local n = 0 for k, v in pairs(Side) do n = n + v end return n end)()"
-                                            << QVariant(7);
+        QTest::newRow("enumerators listed")
+            << "(function() local n = 0 for k, v in pairs(Side) do n = n + v end return n end)()" << QVariant(7);
         // Flags as integers combine with Lua's own operator, or through a flags value.
         QTest::newRow("flags as integers") << "hasTop(Side.Left | Side.Top)" << QVariant(true);
         QTest::newRow("flags value") << "hasTop(Sides() | Side.Right)" << QVariant(false);
