@@ -1,6 +1,7 @@
 #include "engine/engine.h"
 
 #include "scriptedanswerer.h"
+#include "testfiles.h"
 #include "testinterface.h"
 
 #include <QAbstractItemModelTester>
@@ -33,12 +34,6 @@ public:
     QString singleFileFilters(int) const override { return QString(); }
     ProjectFile *createFile(int, Project *) override { return nullptr; }
 };
-
-bool writeFile(const QString &name, const QByteArray &data)
-{
-    QFile file(name);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
 
 // The elements of a file as "element name=... value=..." lines, in order.
 QStringList outline(const QString &name)
@@ -173,7 +168,6 @@ void EnginePrivateTest::valueTyping()
 {
     QFETCH(QString, written);
     QFETCH(QVariant, read);
-    QDir().mkpath(m_host->config);
     QVERIFY(writeFile(configFile(), "<configuration><config name=\"v\" value=\"" + written.toUtf8()
                                         + "\"/></configuration>"));
     TestEngine engine;
@@ -191,7 +185,6 @@ void EnginePrivateTest::missingFileIsNoError()
 
 void EnginePrivateTest::malformedFileKeepsWhatWasRead()
 {
-    QDir().mkpath(m_host->config);
     QVERIFY(writeFile(configFile(), "<configuration>\n"
                                     "  <engine name=\"Kept\"><param name=\"exe\" value=\"/k\"/>"
                                     "<param name=\"ext\" value=\"ignored\"/></engine>\n"

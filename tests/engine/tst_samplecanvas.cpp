@@ -140,7 +140,7 @@ private slots:
     void cleanupTestCase();
     void spritesAtTheirPlace_data();
     void spritesAtTheirPlace();
-    void turnedHalfwayIsMirroredBoth_data();
+    void turnedHalfwayIsMirroredBoth_data() { onBothRoads(); }
     void turnedHalfwayIsMirroredBoth();
     void blends_data();
     void blends();
@@ -148,7 +148,7 @@ private slots:
     void onionAtItsOpacity();
     void glAndRasterAgree();
     void offScreenViews();
-    void paletteEditIsOneUpload_data();
+    void paletteEditIsOneUpload_data() { onBothRoads(); }
     void paletteEditIsOneUpload();
     void containerChangesDropTextures();
     void framesWithoutPictures();
@@ -157,6 +157,7 @@ private slots:
 
 private:
     void addBackEnds();
+    void onBothRoads();
     // The canvas on the back end of the row, shown; false after a failure.
     bool show(bool openGL);
     QImage grab();
@@ -244,6 +245,12 @@ void bothRoads(const char *name, const Values &...values)
             openGL ? QStringLiteral("gl") : QStringLiteral("raster"), QLatin1String(name))));
         (row << openGL << ... << values);
     }
+}
+
+void SampleCanvasTest::onBothRoads()
+{
+    addBackEnds();
+    bothRoads("");
 }
 
 bool SampleCanvasTest::show(bool openGL)
@@ -339,12 +346,6 @@ void SampleCanvasTest::spritesAtTheirPlace()
 
 // Turning a picture half a turn about its axis puts every pixel where mirroring it both
 // ways does.
-void SampleCanvasTest::turnedHalfwayIsMirroredBoth_data()
-{
-    addBackEnds();
-    bothRoads("");
-}
-
 void SampleCanvasTest::turnedHalfwayIsMirroredBoth()
 {
     QFETCH(bool, openGL);
@@ -453,22 +454,19 @@ void SampleCanvasTest::onionAtItsOpacity()
 // Where both roads draw the same things, they draw them alike.
 void SampleCanvasTest::glAndRasterAgree()
 {
-    Frames frames(m_sprites);
-    m_canvas->showFrames({frames.frame(QStringLiteral("(200, 2) delay=1 offset=(-30, 0)"))});
-    m_canvas->setOnionSkin(true, GraphicsRenderer::OnionPlain, 0.5f);
-    m_canvas->setOnionSkinSprite(spriteOf(10, 0), QPoint(40, 0));
-    QVERIFY(show(true));
-    const QImage gl = grab();
+    Frames frames[2] = {Frames(m_sprites), Frames(m_sprites)};
+    QImage pictures[2];
+    for (bool openGL : {true, false}) {
+        cleanup();
+        init();
+        m_canvas->showFrames({frames[openGL].frame(QStringLiteral("(200, 2) delay=1 offset=(-30, 0)"))});
+        m_canvas->setOnionSkin(true, GraphicsRenderer::OnionPlain, 0.5f);
+        m_canvas->setOnionSkinSprite(spriteOf(10, 0), QPoint(40, 0));
+        QVERIFY(show(openGL));
+        pictures[openGL] = grab();
+    }
     const QRect area = m_canvas->spriteRect(0).toAlignedRect().united(QRect(180, 100, 120, 110));
-    cleanup();
-    init();
-    Frames again(m_sprites);
-    m_canvas->showFrames({again.frame(QStringLiteral("(200, 2) delay=1 offset=(-30, 0)"))});
-    m_canvas->setOnionSkin(true, GraphicsRenderer::OnionPlain, 0.5f);
-    m_canvas->setOnionSkinSprite(spriteOf(10, 0), QPoint(40, 0));
-    QVERIFY(show(false));
-    const QImage raster = grab();
-    QVERIFY(largestDifference(gl, raster, area) <= 3);
+    QVERIFY(largestDifference(pictures[1], pictures[0], area) <= 3);
 }
 
 // Off screen (as pictures are made for export) the GL view looks from the other side of
@@ -497,12 +495,6 @@ void SampleCanvasTest::offScreenViews()
         view.setRenderer(nullptr);
     }
     QVERIFY(largestDifference(pictures[0], pictures[1], m_canvas->spriteRect(0).toAlignedRect()) <= 3);
-}
-
-void SampleCanvasTest::paletteEditIsOneUpload_data()
-{
-    addBackEnds();
-    bothRoads("");
 }
 
 void SampleCanvasTest::paletteEditIsOneUpload()

@@ -200,7 +200,6 @@ private slots:
     void exportAlphaThreshold();
     void exportOfIndexedFrames_data();
     void exportOfIndexedFrames();
-    void exportRefusals();
 
     void quantizerKeepsFewColoursExactly();
     void quantizerReducesToItsLimit();
@@ -223,8 +222,7 @@ void GifImageTest::subImagesRoundTrip()
     GIFImage back;
     QVERIFY(loadInto(back, bytes));
     QVERIFY(back.canLoop());
-    QCOMPARE(back.width(), quint16(40));
-    QCOMPARE(back.height(), quint16(30));
+    QCOMPARE(QSize(back.width(), back.height()), QSize(40, 30));
     QCOMPARE(back.globalColorMap(), gif.globalColorMap());
     QCOMPARE(back.images().size(), 2);
     const GIFImage::SubImage a = back.images().at(0);
@@ -235,8 +233,7 @@ void GifImageTest::subImagesRoundTrip()
     QVERIFY(a.colorMap.isEmpty());
     QCOMPARE(pixelsOf(b.image), pixelsOf(second.image));
     QCOMPARE(b.colorMap, second.colorMap);
-    QCOMPARE(b.left, qint16(11));
-    QCOMPARE(b.top, qint16(9));
+    QCOMPARE(QPoint(b.left, b.top), QPoint(11, 9));
     QCOMPARE(b.transparentIndex, qint16(-1));
     QCOMPARE(b.delay, 0.f); // delays are written, not read
 }
@@ -330,8 +327,7 @@ void GifImageTest::singlePicture()
     // Read back, the file takes the picture's size.
     GIFImage back;
     QVERIFY(loadInto(back, bytes));
-    QCOMPARE(back.width(), quint16(9));
-    QCOMPARE(back.height(), quint16(6));
+    QCOMPARE(QSize(back.width(), back.height()), QSize(9, 6));
     QCOMPARE(back.images().first().transparentIndex, qint16(2));
 
     // Without a global map there is no background to tell it.
@@ -376,6 +372,11 @@ void GifImageTest::refusals()
     GIFImage one(2, 2, false);
     one.images() << GIFImage::SubImage{indexedPicture(2, 2, 2, 0), {}, 0, 0, -1, 0};
     QVERIFY(!one.save(&missing));
+    // The exporter: no frames, no device, no picture to show.
+    buffer.open(QIODevice::WriteOnly);
+    QVERIFY(!saveGIF(&buffer, {}, 1, 1, false, true));
+    QVERIFY(!saveGIF(nullptr, {{indexedPicture(2, 2, 2, 0), 0, 0, 1}}, 1, 1, false, true));
+    QVERIFY(!saveGIF(&buffer, {{QImage(), 0, 0, 1}}, 1, 1, false, true));
 }
 
 void GifImageTest::damagedFiles_data()
@@ -565,16 +566,6 @@ void GifImageTest::exportOfIndexedFrames()
         const int index = uchar(file.frames.at(2).pixels.at(8 * 1 + 4));
         QCOMPARE(file.frames.at(2).local.at(index), RGB(1, 2, 3));
     }
-}
-
-void GifImageTest::exportRefusals()
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QVERIFY(!saveGIF(&buffer, {}, 1, 1, false, true));
-    QVERIFY(!saveGIF(nullptr, {{indexedPicture(2, 2, 2, 0), 0, 0, 1}}, 1, 1, false, true));
-    QVERIFY(!saveGIF(&buffer, {{QImage(), 0, 0, 1}}, 1, 1, false, true)); // nothing to show
 }
 
 void GifImageTest::quantizerKeepsFewColoursExactly()

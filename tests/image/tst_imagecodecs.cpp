@@ -4,8 +4,6 @@
 #include "imagetestbytes.h"
 
 #include <QBuffer>
-#include <QDir>
-#include <QFile>
 #include <QtTest>
 
 using namespace Ovra;
@@ -56,8 +54,6 @@ private slots:
     void rowPaddingIsCleared();
     void extensionsServeOtherNames();
     void refusals();
-    void fuzzFindingsAreRefused_data();
-    void fuzzFindingsAreRefused();
 };
 
 void ImageCodecsTest::builtInFormats_data()
@@ -140,24 +136,6 @@ void ImageCodecsTest::refusals()
     QVERIFY(!loadByName("garbage", "PNG", none));
     QVERIFY(!loadByName("garbage", "XYZ", none));
     QVERIFY(none.isNull());
-}
-
-// The files our fuzzer once crashed on, kept where scripts/fuzz starts each run from. Run
-// in the sanitized build, a read outside the picture's memory stops the test.
-void ImageCodecsTest::fuzzFindingsAreRefused_data()
-{
-    ImageTestBytes::addFuzzFindings(QStringLiteral(FUZZREGRESSIONDIR "/pcx"));
-}
-
-void ImageCodecsTest::fuzzFindingsAreRefused()
-{
-    QFETCH(QString, file);
-    QFile device(file);
-    QVERIFY(device.open(QIODevice::ReadOnly));
-    QVERIFY(device.size() > 0);
-    QImage image;
-    QVERIFY(!loadImage(&device, "PCX", image));
-    QVERIFY(image.isNull());
 }
 
 QTEST_MAIN(ImageCodecsTest)
