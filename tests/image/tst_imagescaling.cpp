@@ -1,3 +1,4 @@
+#include "image/hqx_p.h"
 #include "image/imagescaling.h"
 #include "image/paletteobject.h"
 
@@ -55,6 +56,53 @@ struct Palette
     }
 };
 
+const quint32 light = 0xFFE0E0E0;
+const quint32 dark = 0xFF202020;
+
+// Channel by channel, alpha too: (a * x + b * y) >> shift, as the filters weigh.
+quint32 weigh(quint32 x, int a, quint32 y, int b, int shift)
+{
+    quint32 result = 0;
+    for (int channel = 0; channel < 32; channel += 8)
+        result |= quint32((int((x >> channel) & 0xFF) * a + int((y >> channel) & 0xFF) * b) >> shift) << channel;
+    return result;
+}
+
+// hq2x over a picture given as rows of pixels; the result as rows too.
+QVector<QVector<quint32>> hq2xOf(const QVector<QVector<quint32>> &rows)
+{
+    const int height = rows.size();
+    const int width = rows.first().size();
+    QVector<quint32> source;
+    for (const auto &row : rows)
+        source += row;
+    QVector<quint32> target(width * 2 * height * 2);
+    hq2x(source.constData(), target.data(), width, height, width * 2 * 4);
+    QVector<QVector<quint32>> result;
+    for (int y = 0; y < height * 2; ++y)
+        result << target.mid(y * width * 2, width * 2);
+    return result;
+}
+
+QVector<QVector<quint32>> pictureOf(int width, int height, const std::function<quint32(int, int)> &pixel)
+{
+    QVector<QVector<quint32>> rows;
+    for (int y = 0; y < height; ++y) {
+        rows << QVector<quint32>();
+        for (int x = 0; x < width; ++x)
+            rows.last() << pixel(x, y);
+    }
+    return rows;
+}
+
+QVector<QVector<quint32>> turned(const QVector<QVector<quint32>> &rows)
+{
+    // A quarter turn clockwise.
+    const int height = rows.size();
+    const int width = rows.first().size();
+    return pictureOf(height, width, [&](int x, int y) { return rows.at(height - 1 - x).at(y); });
+}
+
 } // namespace
 
 class ImageScalingTest : public QObject
@@ -73,6 +121,11 @@ private slots:
     void epxPassesByFactor_data();
     void epxPassesByFactor();
     void hq2xKeepsFlatAreas();
+    void hq2xSoftensASinglePixel();
+    void hq2xSmoothsADiagonal();
+    void hq2xSoftensACheckerboard();
+    void hq2xFollowsAnEdgeOfTwoSteps();
+    void hq2xTreatsEveryDirectionAlike();
     void hqFiltersKeepIndexedPictures_data();
     void hqFiltersKeepIndexedPictures();
     void rotationByZeroIsTheSamePicture();
@@ -256,28 +309,89 @@ void ImageScalingTest::epxPassesByFactor()
 
 void ImageScalingTest::hq2xKeepsFlatAreas()
 {
-    // At exactly twice the size the hq filter works alone.
-    Palette palette;
-    QImage flat(3, 4, QImage::Format_ARGB32);
-    flat.fill(0x80406080u);
-    QImage doubled(6, 8, QImage::Format_ARGB32);
-    doubled.fill(0x80406080u);
-    QCOMPARE(resizeImage(flat, QSize(6, 8), palette.entries, HqNearestFilter), doubled);
+    const auto flat = hq2xOf(pictureOf(3, 4, [](int, int) { return 0x80406080u; }));
+    QCOMPARE(flat, pictureOf(6, 8, [](int, int) { return 0x80406080u; }));
     // Colours too near to tell apart are no edge: the quarters beside the seam blend
     // with both sides, (2E + S + T) / 4, the outer quarters keep their own colour.
-    QImage seam(5, 3, QImage::Format_ARGB32);
-    for (int y = 0; y < 3; ++y) {
-        for (int x = 0; x < 5; ++x)
-            seam.setPixel(x, y, x < 2 ? 0xFF808080u : 0xFF828282u);
-    }
-    const QImage result = resizeImage(seam, QSize(10, 6), palette.entries, HqNearestFilter);
+    const auto result = hq2xOf(pictureOf(5, 3, [](int x, int) { return x < 2 ? 0xFF808080u : 0xFF828282u; }));
     for (int y = 0; y < 6; ++y) {
-        QCOMPARE(result.pixel(3, y), 0xFF808080u);
-        QCOMPARE(result.pixel(4, y), 0xFF818181u);
-        QCOMPARE(result.pixel(0, y), 0xFF808080u);
-        QCOMPARE(result.pixel(9, y), 0xFF828282u);
+        QCOMPARE(result.at(y).at(3), 0xFF808080u);
+        QCOMPARE(result.at(y).at(4), 0xFF818181u);
+        QCOMPARE(result.at(y).at(0), 0xFF808080u);
+        QCOMPARE(result.at(y).at(9), 0xFF828282u);
     }
 }
+
+void ImageScalingTest::hq2xSoftensASinglePixel()
+{
+    const auto result = hq2xOf(pictureOf(5, 5, [](int x, int y) { return x == 2 && y == 2 ? light : dark; }));
+    // The dot keeps fourteen sixteenths of itself in each of its four pixels.
+    const quint32 dot = weigh(light, 14, dark, 2, 4);
+    for (int y = 0; y < 10; ++y) {
+        for (int x = 0; x < 10; ++x) {
+            const bool inside = (x == 4 || x == 5) && (y == 4 || y == 5);
+            QCOMPARE(result.at(y).at(x), inside ? dot : dark);
+        }
+    }
+}
+
+void ImageScalingTest::hq2xSmoothsADiagonal()
+{
+    // Light above the diagonal, dark on and below it: the steps fill with half tones.
+    const auto result = hq2xOf(pictureOf(8, 8, [](int x, int y) { return x > y ? light : dark; }));
+    const quint32 half = weigh(light, 2, dark, 2, 2);
+    for (int k = 1; k < 6; ++k) {
+        // The dark pixel on the diagonal: its top-right quarter.
+        QCOMPARE(result.at(2 * k).at(2 * k + 1), half);
+        QCOMPARE(result.at(2 * k).at(2 * k), dark);
+        QCOMPARE(result.at(2 * k + 1).at(2 * k + 1), dark);
+        // The light pixel beside it: its bottom-left quarter.
+        QCOMPARE(result.at(2 * k + 1).at(2 * k + 2), half);
+        QCOMPARE(result.at(2 * k).at(2 * k + 2), light);
+        QCOMPARE(result.at(2 * k + 1).at(2 * k + 3), light);
+    }
+}
+
+void ImageScalingTest::hq2xSoftensACheckerboard()
+{
+    const auto result = hq2xOf(pictureOf(6, 6, [](int x, int y) { return (x + y) % 2 ? light : dark; }));
+    // Inside, each pixel keeps six eighths of itself in all four quarters.
+    for (int y = 2; y < 10; ++y) {
+        for (int x = 2; x < 10; ++x) {
+            const bool isLight = ((x / 2) + (y / 2)) % 2;
+            QCOMPARE(result.at(y).at(x), isLight ? weigh(light, 6, dark, 2, 3) : weigh(dark, 6, light, 2, 3));
+        }
+    }
+}
+
+void ImageScalingTest::hq2xFollowsAnEdgeOfTwoSteps()
+{
+    // A dark pixel under a light row that turns down at its left: the edge runs through the
+    // top-left quarter, which leans strongly to the light side, and the top-right leans a
+    // little.
+    const auto rows = pictureOf(5, 5, [](int x, int y) { return y < 1 || (y == 1 && x < 2) ? light : dark; });
+    const auto result = hq2xOf(rows);
+    // The pixel at (2, 1): light above, above-right and left; dark elsewhere.
+    QCOMPARE(result.at(2).at(4), weigh(dark, 2, light, 6, 3));
+    QCOMPARE(result.at(2).at(5), weigh(dark, 6, light, 2, 3));
+    QCOMPARE(result.at(3).at(4), dark);
+    QCOMPARE(result.at(3).at(5), dark);
+}
+
+void ImageScalingTest::hq2xTreatsEveryDirectionAlike()
+{
+    // Random pictures of four colours: turning the picture and enlarging it gives the
+    // enlargement turned.
+    QRandomGenerator random(17);
+    const quint32 colours[] = {light, dark, 0xFF20C020, 0x80E02020};
+    for (int round = 0; round < 20; ++round) {
+        const int width = 1 + random.bounded(9);
+        const int height = 1 + random.bounded(9);
+        const auto picture = pictureOf(width, height, [&](int, int) { return colours[random.bounded(4)]; });
+        QCOMPARE(hq2xOf(turned(picture)), turned(hq2xOf(picture)));
+    }
+}
+
 void ImageScalingTest::hqFiltersKeepIndexedPictures_data()
 {
     QTest::addColumn<int>("filter");
